@@ -1,0 +1,26 @@
+# The daemon, and one companion program for each folder of tools/ that has C++ files.
+
+file(GLOB daemon_main CONFIGURE_DEPENDS "${CMAKE_SOURCE_DIR}/src/core/main.cpp")
+if(daemon_main)
+  add_executable(haldenmapd ${daemon_main})
+  target_link_libraries(haldenmapd PRIVATE core)
+  set_target_properties(haldenmapd PROPERTIES RUNTIME_OUTPUT_DIRECTORY "${HALDEN_BIN_DIR}")
+endif()
+
+# Companions may use libraries that the daemon does without; lacking those, the daemon still builds.
+find_package(CLI11 QUIET)
+if(CLI11_FOUND)
+  file(GLOB tool_sources CONFIGURE_DEPENDS "${CMAKE_SOURCE_DIR}/tools/*/*.cpp")
+else()
+  message(WARNING "libcli11-dev is missing, the programs of tools/ are left out: ./dev setup installs it")
+endif()
+foreach(source IN LISTS tool_sources)
+  cmake_path(GET source PARENT_PATH folder)
+  cmake_path(GET folder FILENAME tool)
+  if(NOT TARGET ${tool})
+    add_executable(${tool})
+    target_link_libraries(${tool} PRIVATE core CLI11::CLI11)
+    set_target_properties(${tool} PROPERTIES RUNTIME_OUTPUT_DIRECTORY "${HALDEN_BIN_DIR}")
+  endif()
+  target_sources(${tool} PRIVATE "${source}")
+endforeach()

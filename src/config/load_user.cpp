@@ -1,0 +1,33 @@
+// The record of a user.
+
+#include "config/log_file.h"
+#include "config/record_reader.h"
+
+namespace {
+
+ZnUniString ReadUser(const ZnUniString& user, ZnSMBNFSUserConfig& config) {
+  ZnRecordReader in(user);
+  config.username = user;
+  config.machinenames = in.List("/machinenames");
+  if (config.machinenames.IsEmpty()) return "No machines were specified for " + user;
+  config.notmachines = in.List("/notmachines");
+  config.logfile = ZnExpandLogFile(in.Text("/logfile"), user);
+
+  ZnUniString unixname = in.UserName("/unixname");
+  config.unixuser.emplace(unixname, true);
+  ZnUserDatabaseIterator account;
+  if (!config.unixuser->found() || !account.Find(unixname)) {
+    return "Failed to find UNIX user \"" + unixname + "\" whilst loading config for " + user;
+  }
+  in.Owner(account.Current(), config.uid, config.gid);
+  config.unixperms = in.Permissions();
+  if (config.unixperms == 0) return "The user " + user + " has been configured to be inaccessable";
+  config.rootaccess = in.Flag("/rootaccess");
+  return {};
+}
+
+}  // namespace
+
+ZnUniString ZnSMBNFSConfig::LoadUserConfig(const ZnUniString& user, ZnSMBNFSUserConfig& config) {
+  return LoadRecord(usercache_, user, config, [&] { return ReadUser(user, config); });
+}

@@ -1,0 +1,31 @@
+#pragma once
+// What the configuration says of one machine of one user.
+
+#include "runtime/codeset.h"
+#include "runtime/list.h"
+#include "runtime/uni_string.h"
+
+struct ZnSMBNFSMachineConfig {
+  ZnUniString user;
+  ZnUniString machine;
+  ZnUniString nbtname;          // never "*" or empty; in the case given
+  ZnUniString ipaddress = "*";  // name or address; "*" finds it by the machine's name
+  int32_t port = 139;           // TCP, as configured: may be no port number at all
+  ZnUniString winname = "*";    // user name on the machine; resolved, never "*" in a loaded record
+  ZnUniString domain;
+  ZnUniString password;                    // in clear
+  ZnEncoding encoding = ZnCodeset::Cp850;  // of 8-bit names
+  bool hidedollar = false;
+  int32_t dnslookup = 0;            // 0 never, 1 by the look of the name, 2 first
+  ZnDList<ZnUniString> sharenames;  // "*" stands for the shares of the configuration
+  int32_t smbtimeout = 10;          // seconds, like those below; any number may be configured
+  int32_t sessiontimeout = 300;
+  int32_t sharesttl = 0;
+  int32_t maxopenfiles = 100;
+  int32_t timeoffset = -1;  // seconds; -1 takes the machine's own
+  bool oldsetattr = false;
+  int32_t uid = -1;  // owner and group shown
+  int32_t gid = -1;
+  int32_t unixperms = 0;  // permission bits shown
+  bool rootaccess = false;
+};

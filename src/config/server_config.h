@@ -1,0 +1,25 @@
+#pragma once
+// What the configuration says of the server as a whole.
+
+#include <algorithm>
+
+#include "runtime/codeset.h"
+#include "runtime/inet_addr.h"
+#include "runtime/list.h"
+#include "runtime/uni_string.h"
+
+struct ZnSMBNFSServerConfig {
+  int32_t port = 4444;  // UDP, as configured: may be no port number at all
+  int32_t usercachemode = 1;
+  ZnUniString timezone;
+  int32_t cleanupdelay = 10;  // seconds, as configured
+  bool paranoidupdate = false;
+  bool maximiselimits = false;
+  ZnDList<ZnUniString> addresses;  // whose calls are accepted; never empty in a loaded record
+  ZnDList<ZnInetAddr> winsservers;
+  bool optimisticnodeinvalidation = false;
+  ZnEncoding rpcencoding = ZnCodeset::Latin1;  // of the text in RPC records
+
+  // Seconds from one clean-up to the next, at least 1: a timer of no delay would keep the loop from all else.
+  uint32_t CleanUpSeconds() const { return static_cast<uint32_t>(std::max(cleanupdelay, 1)); }
+};

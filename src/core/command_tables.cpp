@@ -1,0 +1,486 @@
+#include "core/command_tables.h"
+
+#include <algorithm>
+#include <limits>
+
+#include "rpc/rpc_server.h"
+#include "tree/file_system.h"
+#include "tree/nfs_time.h"
+
+namespace {
+
+using E = ZnSMBNFSEnum;
+using FS = ZnSMBNFSFileSystem;
+using Command = ZnSMBNFSCommand;
+using Outcome = ZnSMBNFSOutcome;
+
+Outcome Refuse(Command& command, ZnNFSEnum::Status error) {
+  command.error = error;
+  return Outcome::Refused;
+}
+
+// --- Actions that one call of the file system is all of ---
+
+template <void (FS::*Step)(Command*)>
+Outcome Call(FS& filesystem, Command& command) {
+  (filesystem.*Step)(&command);
+  return Outcome::Called;
+}
+
+Outcome Done(FS&, Command&) { return Outcome::Reply; }
+
+// --- Actions that begin with a decision ---
+
+// Takes the step unless the check before it has found an error.
+template <void (FS::*Check)(Command*), void (FS::*Step)(Command*)>
+Outcome CheckThen(FS& filesystem, Command& command) {
+  (filesystem.*Check)(&command);
+  if (command.error != ZnNFSEnum::NFS_OK) return Outcome::Refused;
+  return Call<Step>(filesystem, command);
+}
+
+Outcome FindHandle(FS& filesystem, Command& command) {
+  command.handle = ZnSMBNFSHandle(ZnFindProcedure(command.command)->handle(command));
+  return Call<&FS::NBFindByHandle>(filesystem, command);
+}
+
+Outcome UpdateTopContents(FS& filesystem, Command& command) {
+  if (!command.node) return Refuse(command, ZnNFSEnum::NFSERR_STALE);
+  if (!filesystem.serverconfig().paranoidupdate || command.node->IsInside()) return Outcome::GoOn;
+  return Call<&FS::BUpdateNodeContents>(filesystem, command);
+}
+
+template <class Args>
+Outcome FindName(FS& filesystem, Command& command) {
+  command.name = command.As<Args>().name;
+  return Call<&FS::NBFindByName>(filesystem, command);
+}
+
+template <void (FS::*Check)(Command*)>
+Outcome OpenToRead(FS& filesystem, Command& command) {
+  command.openread = true;
+  return CheckThen<Check, &FS::BOpenFile>(filesystem, command);
+}
+
+template <void (FS::*Check)(Command*)>
+Outcome OpenToWrite(FS& filesystem, Command& command) {
+  command.openwrite = true;
+  return CheckThen<Check, &FS::BOpenFile>(filesystem, command);
+}
+
+// A truncation is a write of no bytes at the new size.
+Outcome Truncate(FS& filesystem, Command& command) {
+  if (!filesystem.SetAttrNeedTruncate(&command)) return Outcome::GoOn;
+  command.offset = command.sattr->size;
+  command.data.Clear();
+  return Call<&FS::BWriteToFile>(filesystem, command);
+}
+
+// --- SETATTR ---
+
+// A time of a million microseconds is a client's way to say "now".
+void ResolveNow(ZnNFSTimeVal& time) {
+  constexpr uint32_t kNow = 1000000;
+  if (time.useconds == kNow) time = ZnNfsTime(ZnTimeVal::now());
+}
+
+void TakeAttributes(Command& command, const ZnNFSSattr& attributes) {
+  command.ownsattr = attributes;
+  ResolveNow(command.ownsattr.atime);
+  ResolveNow(command.ownsattr.mtime);
+  command.sattr = &command.ownsattr;
+}
+
+Outcome SetattrBegin(FS& filesystem, Command& command) {
+  TakeAttributes(command, command.As<ZnNFSSattrargs>().attributes);
+  return Call<&FS::BSetAttributes>(filesystem, command);
+}
+
+Outcome SetattrOpen(FS& filesystem, Command& command) {
+  if (!filesystem.SetAttrNeedOpen(&command)) return Outcome::GoOn;
+  return OpenToWrite<&FS::CheckSetAttrOpen>(filesystem, command);
+}
+
+// --- READLINK, READ, WRITE ---
+
+Outcome ReadLink(FS& filesystem, Command& command) {
+  command.offset = 0;
+  command.count = ZnNFSEnum::kMaxData;
+  return Call<&FS::BReadFromFile>(filesystem, command);
+}
+
+// A reply must fit into a datagram, and a file ends where 32 bits do; a short read is the client's cue to go on.
+Outcome Read(FS& filesystem, Command& command) {
+  const auto& args = command.As<ZnNFSReadargs>();
+  command.offset = args.offset;
+  command.count = std::min({args.count, ZnNFSEnum::kMaxData, std::numeric_limits<uint32_t>::max() - args.offset});
+  return Call<&FS::BReadFromFile>(filesystem, command);
+}
+
+Outcome Write(FS& filesystem, Command& command) {
+  const auto& args = command.As<ZnNFSWriteargs>();
+  if (args.data.Length() > std::numeric_limits<uint32_t>::max() - args.offset)
+    return Refuse(command, ZnNFSEnum::NFSERR_FBIG);
+  command.offset = args.offset;
+  command.data = args.data;
+  return Call<&FS::BWriteToFile>(filesystem, command);
+}
+
+// --- CREATE, MKDIR ---
+
+void TakeCreateArguments(Command& command) {
+  const auto& args = command.As<ZnNFSCreateargs>();
+  command.name = args.where.name;
+  TakeAttributes(command, args.attributes);
+}
+
+// An existing file counts as created.
+Outcome Create(FS& filesystem, Command& command) {
+  TakeCreateArguments(command);
+  filesystem.CheckCreateFile(&command);
+  if (command.error == ZnNFSEnum::NFSERR_EXIST) {
+    command.error = ZnNFSEnum::NFS_OK;
+    return Outcome::GoOn;
+  }
+  if (command.error != ZnNFSEnum::NFS_OK) return Outcome::Refused;
+  return Call<&FS::BCreateFile>(filesystem, command);
+}
+
+Outcome CreateOpen(FS& filesystem, Command& command) {
+  if (!filesystem.SetAttrNeedTruncate(&command)) return Outcome::GoOn;
+  return OpenToWrite<&FS::CheckWriteToFile>(filesystem, command);
+}
+
+Outcome MakeDirectory(FS& filesystem, Command& command) {
+  TakeCreateArguments(command);
+  return CheckThen<&FS::CheckMakeDirectory, &FS::BMakeDirectory>(filesystem, command);
+}
+
+// --- RENAME, LINK ---
+
+Outcome RenameSource(FS& filesystem, Command& command) {
+  command.name = command.As<ZnNFSRenameargs>().from.name;
+  return Call<&FS::NBFindByName>(filesystem, command);
+}
+
+Outcome RenameTargetDirectory(FS& filesystem, Command& command) {
+  command.savednode = command.node;
+  command.handle = ZnSMBNFSHandle(command.As<ZnNFSRenameargs>().to.dir);
+  return Call<&FS::NBFindByHandle>(filesystem, command);
+}
+
+Outcome RenameTarget(FS& filesystem, Command& command) {
+  command.node2 = command.node;
+  command.name = command.As<ZnNFSRenameargs>().to.name;
+  command.tolerant = true;
+  return Call<&FS::NBFindByName>(filesystem, command);
+}
+
+// What stands at the target goes first, unless it is the very node being renamed: another case of its name must not
+// cost the file.
+Outcome RenameClearTarget(FS& filesystem, Command& command) {
+  command.tolerant = false;
+  if (command.error != ZnNFSEnum::NFS_OK) {
+    command.error = ZnNFSEnum::NFS_OK;
+    return Outcome::GoOn;
+  }
+  if (!command.node) return Refuse(command, ZnNFSEnum::NFSERR_STALE);
+  if (command.node == command.savednode.Get()) return Outcome::GoOn;
+  if (command.node->IsDirectory()) return Call<&FS::BRemoveDirectory>(filesystem, command);
+  return Call<&FS::BRemoveFile>(filesystem, command);
+}
+
+Outcome Rename(FS& filesystem, Command& command) {
+  command.node = command.savednode;
+  return CheckThen<&FS::CheckRename, &FS::BRename>(filesystem, command);
+}
+
+Outcome LinkTargetDirectory(FS& filesystem, Command& command) {
+  command.savednode = command.node;
+  command.handle = ZnSMBNFSHandle(command.As<ZnNFSLinkargs>().to.dir);
+  return Call<&FS::NBFindByHandle>(filesystem, command);
+}
+
+Outcome Link(FS& filesystem, Command& command) {
+  command.node2 = command.node;
+  command.node = command.savednode;
+  command.name = command.As<ZnNFSLinkargs>().to.name;
+  return CheckThen<&FS::CheckCreateLink, &FS::NBCreateLink>(filesystem, command);
+}
+
+// --- SYMLINK: a link is a file whose name is marked and whose contents are the target ---
+
+Outcome CreateLinkFile(FS& filesystem, Command& command) {
+  command.name = command.As<ZnNFSSymlinkargs>().from.name;
+  return CheckThen<&FS::CheckCreateSymLink, &FS::BCreateFile>(filesystem, command);
+}
+
+Outcome OpenLinkFile(FS& filesystem, Command& command) {
+  command.openwrite = true;
+  return Call<&FS::BOpenFile>(filesystem, command);
+}
+
+Outcome WriteLinkFile(FS& filesystem, Command& command) {
+  command.offset = 0;
+  command.data = command.As<ZnNFSSymlinkargs>().to.AsEncoding(ZnCodeset::Latin1);
+  return Call<&FS::BWriteToFile>(filesystem, command);
+}
+
+// --- RMDIR ---
+
+Outcome UpdateParentContents(FS& filesystem, Command& command) {
+  if (!command.node) return Refuse(command, ZnNFSEnum::NFSERR_STALE);
+  command.node = command.node->parent;
+  return Call<&FS::BUpdateNodeContents>(filesystem, command);
+}
+
+// --- Replies ---
+
+template <class Result>
+Result WithStatus(Command& command, bool needsnode = true) {
+  Result result;
+  if (needsnode && command.error == ZnNFSEnum::NFS_OK && !command.node) command.error = ZnNFSEnum::NFSERR_STALE;
+  result.status = command.error;
+  return result;
+}
+
+template <class Result>
+void Send(ZnRPCServer& server, const Command& command, const Result& result) {
+  server.SendSuccess(command.source, command.xid, result);
+}
+
+void StatReply(ZnRPCServer& server, FS&, Command& command) {
+  Send(server, command, WithStatus<ZnNFSStat>(command, false));
+}
+
+void AttributesReply(ZnRPCServer& server, FS&, Command& command) {
+  auto result = WithStatus<ZnNFSAttrstat>(command);
+  if (result.status == ZnNFSEnum::NFS_OK) result.attributes = command.node->attribs;
+  Send(server, command, result);
+}
+
+void NodeReply(ZnRPCServer& server, FS&, Command& command) {
+  auto result = WithStatus<ZnNFSDiropres>(command);
+  if (result.status == ZnNFSEnum::NFS_OK) {
+    result.file = command.node->handle;
+    result.attributes = command.node->attribs;
+  }
+  Send(server, command, result);
+}
+
+void LinkReply(ZnRPCServer& server, FS&, Command& command) {
+  auto result = WithStatus<ZnNFSReadlinkres>(command, false);
+  result.data = ZnUniString::CreateFrom(command.data, ZnCodeset::Latin1);
+  Send(server, command, result);
+}
+
+void ReadReply(ZnRPCServer& server, FS&, Command& command) {
+  auto result = WithStatus<ZnNFSReadres>(command);
+  if (result.status == ZnNFSEnum::NFS_OK) {
+    result.attributes = command.node->attribs;
+    result.data = command.data;
+  }
+  Send(server, command, result);
+}
+
+void DirectoryReply(ZnRPCServer& server, FS& filesystem, Command& command) {
+  auto result = WithStatus<ZnNFSReaddirres>(command);
+  if (result.status == ZnNFSEnum::NFS_OK) {
+    const auto& args = command.As<ZnNFSReaddirargs>();
+    uint32_t eof = 0;
+    filesystem.FillContents(command.node.Get(), args.cookie, std::min(args.count, ZnNFSEnum::kMaxData), result.entries,
+                            eof);
+    result.eof = eof != 0;
+  }
+  Send(server, command, result);
+}
+
+void StatfsReply(ZnRPCServer& server, FS&, Command& command) {
+  command.statfs.status = command.error;
+  Send(server, command, command.statfs);
+}
+
+// --- The handle that a procedure begins with ---
+
+const ZnNFSFileHandle& HandleItself(const Command& command) { return command.As<ZnNFSFileHandle>(); }
+template <class Args>
+const ZnNFSFileHandle& FileOf(const Command& command) {
+  return command.As<Args>().file;
+}
+template <class Args>
+const ZnNFSFileHandle& DirOf(const Command& command) {
+  return command.As<Args>().dir;
+}
+template <class Args>
+const ZnNFSFileHandle& WhereOf(const Command& command) {
+  return command.As<Args>().where.dir;
+}
+template <class Args>
+const ZnNFSFileHandle& FromDirOf(const Command& command) {
+  return command.As<Args>().from.dir;
+}
+const ZnNFSFileHandle& LinkFrom(const Command& command) { return command.As<ZnNFSLinkargs>().from; }
+
+// --- The tables: on this status, do this, and its end finds the command at that status ---
+
+constexpr ZnSMBNFSStep kStart{E::STStart, "NBFindByHandle", FindHandle, E::STLookup};
+
+constexpr ZnSMBNFSStep kGetattr[] = {
+    kStart,
+    {E::STLookup, "paranoidupdate: BUpdateNodeContents", UpdateTopContents, E::STUpdate},
+    {E::STUpdate, "BUpdateNode", Call<&FS::BUpdateNode>, E::STUpdate2},
+    {E::STUpdate2, "reply", Done, E::STUpdate2},
+};
+
+constexpr ZnSMBNFSStep kSetattr[] = {
+    kStart,
+    {E::STLookup, "BSetAttributes", SetattrBegin, E::STSetAttribs},
+    {E::STSetAttribs, "SetAttrNeedOpen: CheckSetAttrOpen, BOpenFile", SetattrOpen, E::STOpen},
+    {E::STOpen, "SetAttrNeedTruncate: BWriteToFile", Truncate, E::STWrite},
+    {E::STWrite, "BSetAllAttributes", Call<&FS::BSetAllAttributes>, E::STSetAllAttribs},
+    {E::STSetAllAttribs, "BSetTimes", Call<&FS::BSetTimes>, E::STSetTimes},
+    {E::STSetTimes, "BUpdateNode", Call<&FS::BUpdateNode>, E::STUpdate2},
+    {E::STUpdate2, "reply", Done, E::STUpdate2},
+};
+
+constexpr ZnSMBNFSStep kLookup[] = {
+    kStart,
+    {E::STLookup, "BUpdateNodeContents", Call<&FS::BUpdateNodeContents>, E::STUpdate},
+    {E::STUpdate, "NBFindByName", FindName<ZnNFSDiropargs>, E::STLookup2},
+    {E::STLookup2, "BUpdateNode", Call<&FS::BUpdateNode>, E::STUpdate2},
+    {E::STUpdate2, "reply", Done, E::STUpdate2},
+};
+
+constexpr ZnSMBNFSStep kReadlink[] = {
+    kStart,
+    {E::STLookup, "CheckReadFromFile, BOpenFile", OpenToRead<&FS::CheckReadFromFile>, E::STOpen},
+    {E::STOpen, "BReadFromFile", ReadLink, E::STRead},
+    {E::STRead, "reply", Done, E::STRead},
+};
+
+constexpr ZnSMBNFSStep kRead[] = {
+    kStart,
+    {E::STLookup, "CheckReadFromFile, BOpenFile", OpenToRead<&FS::CheckReadFromFile>, E::STOpen},
+    {E::STOpen, "BReadFromFile", Read, E::STRead},
+    {E::STRead, "BUpdateNode", Call<&FS::BUpdateNode>, E::STUpdate2},
+    {E::STUpdate2, "reply", Done, E::STUpdate2},
+};
+
+constexpr ZnSMBNFSStep kWrite[] = {
+    kStart,
+    {E::STLookup, "CheckWriteToFile, BOpenFile", OpenToWrite<&FS::CheckWriteToFile>, E::STOpen},
+    {E::STOpen, "BWriteToFile", Write, E::STWrite},
+    {E::STWrite, "BUpdateNode", Call<&FS::BUpdateNode>, E::STUpdate2},
+    {E::STUpdate2, "reply", Done, E::STUpdate2},
+};
+
+constexpr ZnSMBNFSStep kCreate[] = {
+    kStart,
+    {E::STLookup, "BUpdateNodeContents", Call<&FS::BUpdateNodeContents>, E::STUpdate3},
+    {E::STUpdate3, "CheckCreateFile, BCreateFile", Create, E::STCreate},
+    {E::STCreate, "BUpdateNodeContents", Call<&FS::BUpdateNodeContents>, E::STUpdate},
+    {E::STUpdate, "NBFindByName", Call<&FS::NBFindByName>, E::STLookup2},
+    {E::STLookup2, "BSetAttributes", Call<&FS::BSetAttributes>, E::STSetAttribs},
+    {E::STSetAttribs, "SetAttrNeedTruncate: CheckWriteToFile, BOpenFile", CreateOpen, E::STOpen},
+    {E::STOpen, "SetAttrNeedTruncate: BWriteToFile", Truncate, E::STWrite},
+    {E::STWrite, "BUpdateNode", Call<&FS::BUpdateNode>, E::STUpdate2},
+    {E::STUpdate2, "reply", Done, E::STUpdate2},
+};
+
+constexpr ZnSMBNFSStep kRemove[] = {
+    kStart,
+    {E::STLookup, "BUpdateNodeContents", Call<&FS::BUpdateNodeContents>, E::STUpdate},
+    {E::STUpdate, "NBFindByName", FindName<ZnNFSDiropargs>, E::STLookup2},
+    {E::STLookup2, "BRemoveFile", Call<&FS::BRemoveFile>, E::STRemove},
+    {E::STRemove, "reply", Done, E::STRemove},
+};
+
+constexpr ZnSMBNFSStep kRename[] = {
+    kStart,
+    {E::STLookup, "BUpdateNodeContents", Call<&FS::BUpdateNodeContents>, E::STUpdate},
+    {E::STUpdate, "NBFindByName of the source", RenameSource, E::STLookup2},
+    {E::STLookup2, "NBFindByHandle of the target directory", RenameTargetDirectory, E::STLookup3},
+    {E::STLookup3, "NBFindByName of the target, tolerant", RenameTarget, E::STLookup4},
+    {E::STLookup4, "target exists: BRemoveDirectory or BRemoveFile", RenameClearTarget, E::STRemove},
+    {E::STRemove, "CheckRename, BRename", Rename, E::STRename},
+    {E::STRename, "reply", Done, E::STRename},
+};
+
+constexpr ZnSMBNFSStep kLink[] = {
+    kStart,
+    {E::STLookup, "NBFindByHandle of the target directory", LinkTargetDirectory, E::STLookup2},
+    {E::STLookup2, "CheckCreateLink, NBCreateLink", Link, E::STCreate},
+    {E::STCreate, "reply", Done, E::STCreate},
+};
+
+constexpr ZnSMBNFSStep kSymlink[] = {
+    kStart,
+    {E::STLookup, "CheckCreateSymLink, BCreateFile", CreateLinkFile, E::STCreate},
+    {E::STCreate, "BUpdateNodeContents", Call<&FS::BUpdateNodeContents>, E::STUpdate},
+    {E::STUpdate, "NBFindByName", Call<&FS::NBFindByName>, E::STLookup2},
+    {E::STLookup2, "BOpenFile", OpenLinkFile, E::STOpen},
+    {E::STOpen, "BWriteToFile", WriteLinkFile, E::STWrite},
+    {E::STWrite, "reply", Done, E::STWrite},
+};
+
+constexpr ZnSMBNFSStep kMkdir[] = {
+    kStart,
+    {E::STLookup, "BUpdateNodeContents", Call<&FS::BUpdateNodeContents>, E::STUpdate3},
+    {E::STUpdate3, "CheckMakeDirectory, BMakeDirectory", MakeDirectory, E::STCreate},
+    {E::STCreate, "BUpdateNodeContents", Call<&FS::BUpdateNodeContents>, E::STUpdate},
+    {E::STUpdate, "NBFindByName", Call<&FS::NBFindByName>, E::STLookup2},
+    {E::STLookup2, "BUpdateNode", Call<&FS::BUpdateNode>, E::STUpdate2},
+    {E::STUpdate2, "reply", Done, E::STUpdate2},
+};
+
+constexpr ZnSMBNFSStep kRmdir[] = {
+    kStart,
+    {E::STLookup, "BUpdateNodeContents", Call<&FS::BUpdateNodeContents>, E::STUpdate},
+    {E::STUpdate, "NBFindByName", FindName<ZnNFSDiropargs>, E::STLookup2},
+    {E::STLookup2, "BUpdateNodeContents of the directory itself", Call<&FS::BUpdateNodeContents>, E::STUpdate2},
+    {E::STUpdate2, "CheckRemoveDirectory, BRemoveDirectory",
+     CheckThen<&FS::CheckRemoveDirectory, &FS::BRemoveDirectory>, E::STRemove},
+    {E::STRemove, "BUpdateNodeContents of the parent", UpdateParentContents, E::STUpdate3},
+    {E::STUpdate3, "reply", Done, E::STUpdate3},
+};
+
+constexpr ZnSMBNFSStep kReaddir[] = {
+    kStart,
+    {E::STLookup, "BUpdateNodeContents", Call<&FS::BUpdateNodeContents>, E::STRead},
+    {E::STRead, "FillContents, reply", Done, E::STRead},
+};
+
+constexpr ZnSMBNFSStep kStatfs[] = {
+    kStart,
+    {E::STLookup, "NBStatFileSystem", Call<&FS::NBStatFileSystem>, E::STStatfs},
+    {E::STStatfs, "reply", Done, E::STStatfs},
+};
+
+constexpr ZnSMBNFSProcedure kProcedures[] = {
+    {1, "GETATTR", HandleItself, kGetattr, AttributesReply},
+    {2, "SETATTR", FileOf<ZnNFSSattrargs>, kSetattr, AttributesReply},
+    {4, "LOOKUP", DirOf<ZnNFSDiropargs>, kLookup, NodeReply},
+    {5, "READLINK", HandleItself, kReadlink, LinkReply},
+    {6, "READ", FileOf<ZnNFSReadargs>, kRead, ReadReply},
+    {8, "WRITE", FileOf<ZnNFSWriteargs>, kWrite, AttributesReply},
+    {9, "CREATE", WhereOf<ZnNFSCreateargs>, kCreate, NodeReply},
+    {10, "REMOVE", DirOf<ZnNFSDiropargs>, kRemove, StatReply},
+    {11, "RENAME", FromDirOf<ZnNFSRenameargs>, kRename, StatReply},
+    {12, "LINK", LinkFrom, kLink, StatReply},
+    {13, "SYMLINK", FromDirOf<ZnNFSSymlinkargs>, kSymlink, StatReply},
+    {14, "MKDIR", WhereOf<ZnNFSCreateargs>, kMkdir, NodeReply},
+    {15, "RMDIR", DirOf<ZnNFSDiropargs>, kRmdir, StatReply},
+    {16, "READDIR", DirOf<ZnNFSReaddirargs>, kReaddir, DirectoryReply},
+    {17, "STATFS", HandleItself, kStatfs, StatfsReply},
+};
+
+}  // namespace
+
+const ZnSMBNFSProcedure* ZnFindProcedure(int number) {
+  for (const ZnSMBNFSProcedure& procedure : kProcedures) {
+    if (procedure.number == number) return &procedure;
+  }
+  return nullptr;
+}
+
+std::span<const ZnSMBNFSProcedure> ZnAllProcedures() { return kProcedures; }

@@ -1,0 +1,18 @@
+#include "model/command.h"
+
+#include "model/session_base.h"
+#include "model/upward.h"
+
+ZnSMBNFSCommand::ZnSMBNFSCommand(const ZnInetAddr& callSource, const ZnRPCAuthBlock& callAuth, uint32_t callXid,
+                                 ZnSMBNFSCommandHandler* handler)
+    : source(callSource), auth(callAuth), xid(callXid), handler_(handler) {}
+
+ZnSMBNFSCommand::~ZnSMBNFSCommand() {
+  if (handler_) handler_->CommandEnds(*this);
+  if (session) session->RemoveCommand(this);
+}
+
+void ZnSMBNFSCommand::Drop() {
+  if (handler_) handler_->ForgetCall(*this);
+  delete this;
+}

@@ -1,0 +1,79 @@
+#pragma once
+// An NFS call in flight. It walks its procedure's states until a reply can be sent, and belongs to nobody but itself
+// meanwhile: whoever ends it deletes it, and its destructor withdraws it from its session and from the server.
+
+#include <memory>
+#include <variant>
+
+#include "model/enums.h"
+#include "model/node.h"
+#include "rpc/nfs_records.h"
+#include "rpc/rpc_records.h"
+#include "runtime/inet_addr.h"
+#include "runtime/list.h"
+#include "runtime/weak_ref.h"
+#include "smb/client/share_object.h"
+
+class ZnSMBNFSCommandHandler;
+
+// The call's decoded arguments, by procedure.
+using ZnSMBNFSArguments =
+    std::variant<std::monostate, ZnNFSFileHandle, ZnNFSSattrargs, ZnNFSDiropargs, ZnNFSReadargs, ZnNFSWriteargs,
+                 ZnNFSCreateargs, ZnNFSRenameargs, ZnNFSLinkargs, ZnNFSSymlinkargs, ZnNFSReaddirargs>;
+
+class ZnSMBNFSCommand {
+ public:
+  // A call from `source`; `handler` (not owned) hears of its end. A null handler is for a session's own clean-up
+  // command.
+  ZnSMBNFSCommand(const ZnInetAddr& source, const ZnRPCAuthBlock& auth, uint32_t xid, ZnSMBNFSCommandHandler* handler);
+  ZnSMBNFSCommand(const ZnSMBNFSCommand&) = delete;
+  ZnSMBNFSCommand& operator=(const ZnSMBNFSCommand&) = delete;
+  ~ZnSMBNFSCommand();
+
+  template <class Args>
+  const Args& As() const {
+    return std::get<Args>(args);
+  }
+
+  // Ends the command as if its datagram had been lost: no reply, and a retransmission is served like a new call.
+  // Deletes it.
+  void Drop();
+
+  int command = 0;  // NFS procedure number, or 101 for a control request
+  ZnSMBNFSEnum::Status status = ZnSMBNFSEnum::STStart;
+  ZnNFSEnum::Status error = ZnNFSEnum::NFS_OK;  // for the reply
+  bool tolerant = false;                        // while true an error is recorded, but the command goes on its way
+  ZnInetAddr source;                            // where the reply goes
+  ZnRPCAuthBlock auth;
+  uint32_t xid = 0;
+  ZnSMBNFSArguments args;
+
+  ZnWeakRef<ZnSMBNFSNode> node;       // where the command stands
+  ZnWeakRef<ZnSMBNFSNode> node2;      // target directory of RENAME and LINK
+  ZnWeakRef<ZnSMBNFSNode> savednode;  // parked across a second look-up
+  ZnSMBNFSHandle handle;              // to be found
+  const ZnNFSSattr* sattr = nullptr;  // to be applied; `ownsattr` or null
+  ZnNFSSattr ownsattr;                // worked out from the call's
+  ZnUniString name;
+  uint32_t offset = 0;
+  uint32_t count = 0;      // bytes wanted by a read
+  ZnByteBuffer data;       // bytes read, or to be written
+  uint32_t writeend = 0;   // offset behind the last byte of the write
+  bool truncates = false;  // the write is one of no bytes: its offset becomes the file's size
+  ZnUniString linkpath;
+  bool openread = false;
+  bool openwrite = false;
+  ZnNFSStatfsres statfs;
+
+  // The session's part.
+  ZnSMBNFSSessionBase* session = nullptr;  // in whose queue the command stands; it outlives that
+  ZnSMBNFSEnum::SessionCommand sessioncommand = ZnSMBNFSEnum::SCRequestShares;
+  ZnSMBNFSEnum::SessionStatus sessionstatus = ZnSMBNFSEnum::SSTStart;
+  ZnDList<ZnSMBCShareObject> shares;
+  ZnDList<ZnSMBCFileObject> files;
+  std::unique_ptr<ZnSMBCFileObject> fileobject, fileobject2;  // of the request in progress
+  bool retried = false;                                       // begun again after a stale connection
+
+ private:
+  ZnSMBNFSCommandHandler* handler_;
+};

@@ -1,0 +1,97 @@
+#pragma once
+// The enumerations of the gateway: where a command stands, what its session is asked to do, and how far it has got with
+// that.
+
+#include "runtime/uni_string.h"
+
+struct ZnSMBNFSEnum {
+  // The states of a command.
+  enum Status : int {
+    STStart = 0,
+    STError = 1,
+    STLookup = 5,
+    STLookup2 = 6,
+    STLookup3 = 7,
+    STLookup4 = 8,
+    STUpdate = 11,
+    STSetAttribs = 12,
+    STOpen = 13,
+    STRead = 14,
+    STWrite = 15,
+    STCreate = 16,
+    STClose = 17,
+    STRemove = 18,
+    STRename = 19,
+    STStatfs = 20,
+    STUpdate2 = 21,
+    STUpdate3 = 22,
+    STSetTimes = 23,
+    STSetAllAttribs = 24,
+  };
+
+  // What a session is asked to do for a command.
+  enum SessionCommand : int {
+    SCRequestShares = 0,
+    SCRequestDirs = 1,
+    SCRequestAttribs = 2,
+    SCRequestMkdir = 3,
+    SCRequestSetAllAttribs = 4,
+    SCRequestRmdir = 5,
+    SCRequestCreateFile = 6,
+    SCRequestOpenFile = 7,
+    SCRequestWrite = 8,
+    SCRequestRead = 9,
+    SCRequestRm = 10,
+    SCRequestSetAttribs = 11,
+    SCRequestSetTimes = 12,
+    SCRequestRename = 13,
+    SCCleanUp = 20,
+  };
+
+  // How far the session has got with it.
+  enum SessionStatus : int {
+    SSTStart = 0,
+    SSTError = 1,
+    SSTGetAddress = 10,
+    SSTConnect = 11,
+    SSTConnectTree = 13,
+    SSTGetShares = 14,
+    SSTGetDirs = 15,
+    SSTGetAttribs = 16,
+    SSTMkdir = 17,
+    SSTGetSetAttribs = 18,
+    SSTRmdir = 19,
+    SSTCreateFile = 30,
+    SSTClosedAllFiles = 31,
+    SSTCloseFiles = 32,
+    SSTOpenFile = 33,
+    SSTWrite = 34,
+    SSTRead = 35,
+    SSTRm = 36,
+    SSTClosedAllTrees = 37,
+    SSTGetOldAttribs = 38,
+    SSTGetSetOldAttribs = 39,
+    SSTSetTimes = 40,
+    SSTRename = 41,
+    SSTGetTime = 42,
+    SSTGotTime = 43,
+  };
+
+  // Restrictions on names that clients create; a mask.
+  enum AllowedNames : int {
+    ANMustBeLong = 1,
+    ANMustBeShort = 2,
+    ANNoReserved = 32,
+    ANNoMangled = 64,
+    ANNoShortMatch = 256,
+    ANNoLongMatch = 512,
+    ANMustBeUpper = 4096,
+    ANMustBeLower = 8192,
+  };
+
+  // The enumerator's name; for other values "Unknown <type> (<number>)".
+  static ZnUniString StatusString(Status value);
+  static ZnUniString SessionCommandString(SessionCommand value);
+  static ZnUniString SessionStatusString(SessionStatus value);
+  static ZnUniString AllowedNamesString(AllowedNames value);
+};

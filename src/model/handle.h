@@ -1,0 +1,29 @@
+#pragma once
+// The 32 bytes by which an NFS client names a node. Only this process reads them: eight 32-bit words in host order, of
+// which two are the top (a 64-bit number, one for each user, machine and share) and six the bottom (a counter inside
+// one machine's session). A node of a share has its machine's top, so the top tells which session knows the handle; no
+// path is kept in it.
+
+#include <array>
+
+#include "rpc/nfs_records.h"
+
+class ZnSMBNFSHandle : public ZnNFSFileHandle {
+ public:
+  ZnSMBNFSHandle() = default;
+  explicit ZnSMBNFSHandle(const ZnNFSFileHandle& handle) : ZnNFSFileHandle(handle) {}
+
+  // Clears the bottom.
+  void TopOnly();
+  // True for the handles of levels 0 to 3: the bottom is all zero.
+  bool InTop() const;
+  // Adds one to the bottom counter: word 0 (the last four bytes) first, carrying as far as word 5.
+  void IncBottom();
+  // Adds one to the top, a 64-bit number.
+  void IncTop();
+};
+
+template <>
+struct std::hash<ZnSMBNFSHandle> {
+  size_t operator()(const ZnSMBNFSHandle& handle) const noexcept { return std::hash<ZnNFSFileHandle>()(handle); }
+};

@@ -1,0 +1,109 @@
+#include "model/log_catalogue.h"
+
+#include "runtime/os_stream.h"
+
+namespace {
+
+constexpr char kNotice[] = "Halden(5.60.514)";
+constexpr char kError[] = "\nHalden(5.60.514) ERROR:\n";
+constexpr char kFatal[] =
+    "\nHalden(5.60.514) FATAL ERROR: \n"
+    "The program has encountered an error that means it cannot continue.\n"
+    "It will now exit. A technical description is given below to help\n"
+    "establish the cause.\n";
+
+// The filtered messages, by their places in the logger's table.
+enum Filtered : size_t { kLoggingStart, kLoggingStop, kNfsRequest, kShareConnected };
+constexpr const char* kNames[] = {"log/logging/start", "log/logging/stop", "nfs/request/recv", "share/connect/success",
+                                  nullptr};
+
+template <class... Text>
+void WriteError(const char* banner, const char* category, const Text&... text) {
+  ZnOSStream line;
+  line << ZnTimeVal::now() << ZnLog::kFieldSeparator << ZnLog::ProcInfo() << ZnLog::kFieldSeparator << banner
+       << category;
+  (line << ... << text) << ZnLog::kLineEnd;
+  ZnLog::Error(line.text());
+}
+
+template <class... Field>
+void WriteFiltered(Filtered index, const Field&... fields) {
+  if (!ZnLog::Gen(index)) return;
+  ZnOSStream line;
+  line << kNames[index];
+  ((line << ZnLog::kFieldSeparator << fields), ...);
+  line << ZnLog::kLineEnd;
+  ZnLog::Log(line.text());
+}
+
+}  // namespace
+
+const char* const* MyLogger::MessageStrings() const { return kNames; }
+
+void Log001() { WriteError(kNotice, " nfssmb/process/start"); }
+void Log002() { WriteError(kNotice, " nfssmb/process/restart"); }
+void Log003() { WriteError(kNotice, " nfssmb/process/stop"); }
+void Log004() { WriteFiltered(kLoggingStart); }
+void Log005() { WriteFiltered(kLoggingStop); }
+
+void Log006(int code) { WriteError(kFatal, " nfssmb/process/exit\n", "Caught a fatal signal: ", code); }
+
+void Log007(const ZnUniString& reason) {
+  WriteError(kError, " nfssmb/init/failure\n", "Failed to initialise the server: ", reason);
+}
+
+void Log008() {
+  WriteError(kError, " nfssmb/initsec/failure\n",
+             "Failed to initialise the security.\nMake sure the security config key is set to a valid value.");
+}
+
+void Log009(int signal) { WriteError(kError, " nfssmb/process/exit\n", "Caught an exit signal: ", signal); }
+
+void Log010(const ZnUniString& reason) {
+  WriteError(kError, " nfssmb/start/failure\n", "Failed to start server: ", reason);
+}
+
+void Log100(const ZnInetAddr& source, const ZnUniString& call) { WriteFiltered(kNfsRequest, source, call); }
+
+void Log101(const ZnInetAddr& source, int version, int expected) {
+  WriteError(kError, " nfs/request/badver\n", "Received an NFS packet with the wrong version from ", source, ". Got ",
+             version, ", expected ", expected, ".\nCheck your mount settings are using NFS v2.");
+}
+
+void Log102(const ZnInetAddr& source, const ZnUniString& only, const ZnUniString& addresses) {
+  WriteError(kError, " nfs/packet/notlocal\n", "Received an NFS packet from ", source, "\nThe server will ", only,
+             " respond to packets from: ", addresses);
+}
+
+void Log200(const ZnUniString& error) { WriteError(kError, " smb/connect/error\n", error); }
+
+void Log201(const ZnUniString& user, const ZnUniString& machine, const ZnUniString& share) {
+  WriteFiltered(kShareConnected, user, machine, share);
+}
+
+void Log202(const ZnUniString& user, const ZnUnixError& error) {
+  WriteError(kError, " user/config/failure\n", "Failed to open ", user, "'s log file: ", error);
+}
+
+void Log400(const ZnUniString& error) { WriteError(kError, " config/user/failure\n", error); }
+void Log401(const ZnUniString& error) { WriteError(kError, " config/machine/failure\n", error); }
+void Log402(const ZnUniString& error) { WriteError(kError, " config/share/failure\n", error); }
+
+void Log403(const ZnUniString& address) {
+  WriteError(kError, " config/server/failure\n", "Invalid IP address specified for local machine: ", address,
+             "\nYou will be unable to contact the server.\nReconfigure the local IP address of the machine.");
+}
+
+void Log404(const ZnUniString& machine, const ZnUniString& reason) {
+  WriteError(kError, " config/machine/failure\n", "Failed to connect to machine ", machine,
+             " because of bad configuration.\n", reason);
+}
+
+void Log405(const ZnUniString& share, const ZnUniString& machine, const ZnUniString& reason) {
+  WriteError(kError, " config/tree/failure\n", "Failed to connect to share ", share, " on ", machine,
+             " because of bad configuration.\n", reason);
+}
+
+void Log406(const ZnUniString& reason) {
+  WriteError(kError, " config/controller/failure\n", "Bad configuration for controller: ", reason);
+}

@@ -1,0 +1,46 @@
+#include "model/node.h"
+
+#include <vector>
+
+#include "model/directory_index.h"
+#include "model/session_base.h"
+#include "model/user_base.h"
+
+namespace {
+
+constexpr uint32_t kDirectoryType = 2;
+
+// Visits a node and everything below it without recursion: the depth of a share's directories is the server's choice.
+template <class Visit>
+void ForEachBelow(ZnSMBNFSNode* top, Visit visit) {
+  std::vector<ZnSMBNFSNode*> open{top};
+  while (!open.empty()) {
+    ZnSMBNFSNode* node = open.back();
+    open.pop_back();
+    visit(node);
+    for (auto& child : node->children) open.push_back(child.value);
+  }
+}
+
+}  // namespace
+
+ZnSMBNFSNode::ZnSMBNFSNode() = default;
+ZnSMBNFSNode::~ZnSMBNFSNode() = default;
+
+bool ZnSMBNFSNode::IsDirectory() const { return attribs.type == kDirectoryType; }
+
+void OutOfDate(ZnSMBNFSNode* node, bool contents) {
+  node->attribtime = {};
+  if (contents) node->contentstime = {};
+}
+
+void NeedsUpdate(ZnSMBNFSNode* node) {
+  ForEachBelow(node, [](ZnSMBNFSNode* each) { OutOfDate(each, true); });
+}
+
+void ClearNode(ZnSMBNFSNode* node) {
+  ForEachBelow(node, [](ZnSMBNFSNode* each) {
+    each->tree = nullptr;
+    each->file = nullptr;
+  });
+}

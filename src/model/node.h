@@ -1,0 +1,72 @@
+#pragma once
+// One entry of the tree: the root (level 0), a user (1), a machine (2), a share (3), or a file or directory inside a
+// share (4 and deeper). The level follows from the strings and the handle.
+//
+// Who owns what: the dictionary in which a node's handle is entered owns the node (the file system's for levels 0 to 3,
+// the session's for the rest); `children` only refer to nodes. A user node owns its user, a machine node its session.
+// Whoever keeps a node across an event keeps a ZnWeakRef, since a refresh may prune it meanwhile.
+
+#include <memory>
+
+#include "model/handle.h"
+#include "runtime/dictionary.h"
+#include "runtime/time_val.h"
+#include "runtime/uni_string.h"
+#include "runtime/weak_ref.h"
+#include "smb/client/file_object.h"
+
+class ZnSMBNFSNode;
+class ZnSMBNFSSessionBase;
+class ZnSMBNFSUserBase;
+struct ZnSMBNFSDirectoryIndex;
+struct ZnSMBNFSFile;
+struct ZnSMBNFSTree;
+
+using ZnSMBNFSHandleDictionary = ZnDictionary<ZnSMBNFSHandle, std::unique_ptr<ZnSMBNFSNode>>;
+using ZnSMBNFSChildren = ZnDictionary<ZnUniString, ZnSMBNFSNode*>;
+
+class ZnSMBNFSNode : public ZnReferable {
+ public:
+  // The strings empty, the times out of date, the file object's times now.
+  ZnSMBNFSNode();
+  ~ZnSMBNFSNode();
+  ZnSMBNFSNode(const ZnSMBNFSNode&) = delete;
+  ZnSMBNFSNode& operator=(const ZnSMBNFSNode&) = delete;
+
+  bool IsRoot() const { return parent == this; }
+  bool IsUser() const { return userinfo != nullptr; }
+  bool IsMachine() const { return machinenode == this; }
+  bool IsShare() const { return sharenode == this; }
+  // Levels 4 and deeper: what a server stores.
+  bool IsInside() const { return !IsRoot() && !handle.InTop(); }
+  bool IsDirectory() const;
+
+  ZnUniString name;  // as clients see it, apart from a link's prefix; key in the parent's children
+  // Windows path of the directory that holds this entry, relative to the share, with "\" at both ends.
+  ZnUniString path;
+  ZnNFSFattr attribs;                            // as handed to clients
+  ZnSMBCFileObject fileobject;                   // what the server last said of the entry
+  ZnUniString user, machine, share;              // key triple of the configuration; empty below the entry's level
+  ZnSMBNFSHandle handle;                         // never changes
+  uint32_t id = 0;                               // file id
+  ZnSMBNFSNode* parent = nullptr;                // the root's is the root
+  ZnSMBNFSNode* machinenode = nullptr;           // the machine above, or this one
+  ZnSMBNFSNode* sharenode = nullptr;             // the share above, or this one
+  std::unique_ptr<ZnSMBNFSUserBase> userinfo;    // user nodes
+  std::unique_ptr<ZnSMBNFSSessionBase> session;  // machine nodes, once needed
+  ZnSMBNFSTree* tree = nullptr;                  // share nodes, once needed; the session owns it
+  ZnSMBNFSFile* file = nullptr;                  // while open; the session owns it
+  ZnSMBNFSHandleDictionary* handles = nullptr;   // where this node's handle is entered
+  ZnSMBNFSChildren children;
+  std::unique_ptr<ZnSMBNFSDirectoryIndex> index;  // of the children; null until asked for
+  ZnTimeVal lastused;                             // machine nodes: when a look-up last found it
+  ZnTimeVal attribtime;                           // when attribs were refreshed; zero is out of date
+  ZnTimeVal contentstime;                         // when children were refreshed; zero is out of date
+};
+
+// Marks a node's attributes, and its contents too if asked, as out of date.
+void OutOfDate(ZnSMBNFSNode* node, bool contents);
+// The same for a node and everything below it.
+void NeedsUpdate(ZnSMBNFSNode* node);
+// Forgets the open files and trees of a node and everything below it: they went with their connection.
+void ClearNode(ZnSMBNFSNode* node);

@@ -1,0 +1,23 @@
+#pragma once
+// A file that a session holds open on its server.
+
+#include "runtime/time_val.h"
+#include "runtime/weak_ref.h"
+#include "smb/client/file_object.h"
+
+class ZnSMBNFSNode;
+
+struct ZnSMBNFSFile : ZnSMBCFileObject, ZnReferable {
+  // Null for the short-lived file of a create, and once the node was pruned: the file outlives it until it is closed.
+  ZnWeakRef<ZnSMBNFSNode> node;
+  bool readable = false;
+  bool writable = false;
+  bool fresh = false;  // opened by the running command
+  bool inuse = false;  // a read, write or time change is under way
+  bool close = false;  // to be closed on the next pass
+  ZnTimeVal lastused;
+  ZnTimeVal closetime;  // modification time for the close; zero seconds means leave the server's
+  // The end of what was written through this file: a listing that still shows an older size doesn't lower the node's
+  // below it.
+  uint32_t writtensize = 0;
+};

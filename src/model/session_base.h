@@ -1,0 +1,55 @@
+#pragma once
+// What the tree knows of a machine's session: the queue it hands commands to, and the state that tree and session
+// share.
+
+#include <list>
+#include <memory>
+
+#include "config/machine_config.h"
+#include "model/enums.h"
+#include "model/node.h"
+#include "model/open_file.h"
+#include "model/share_tree.h"
+#include "rpc/nfs_enum.h"
+
+class ZnSMBNFSCommand;
+
+class ZnSMBNFSSessionBase {
+ public:
+  ZnSMBNFSSessionBase() = default;
+  ZnSMBNFSSessionBase(const ZnSMBNFSSessionBase&) = delete;
+  ZnSMBNFSSessionBase& operator=(const ZnSMBNFSSessionBase&) = delete;
+  virtual ~ZnSMBNFSSessionBase() = default;
+
+  // Queues a command, or goes on with it at once when it is the running one already. When the session has done its part
+  // it calls ZnSMBNFSSessionHost::CompleteRequest, perhaps before this returns; a failure shows as sessionstatus
+  // SSTError. After the call the command may be gone.
+  virtual void Request(ZnSMBNFSCommand* command, ZnSMBNFSEnum::SessionCommand what) = 0;
+  // Withdraws a command whose life ends; the next one begins. Called by the command's destructor.
+  virtual void RemoveCommand(ZnSMBNFSCommand* command) = 0;
+  // Fails every queued command, with a report to the user.
+  virtual void SendErrors() = 0;
+  // What NFS is told of a request that failed.
+  virtual ZnNFSEnum::Status ConvertError(const ZnSMBNFSCommand& command) const = 0;
+  // Periodic: closes what has been idle too long. True when there is no connection.
+  virtual bool CleanUp() = 0;
+  virtual bool IsConnected() const = 0;
+  // What the server can do: 0 oldest dialect, 1 no native operating system told, 2 Windows NT, 3 any other. Known once
+  // connected.
+  virtual unsigned serverclass() const = 0;
+
+  // The profile changed: machine and share records are loaded again before their next use.
+  void NeedsConfigReload(bool reload) {
+    needsreload = reload;
+    for (auto& tree : trees) tree->needsreload = reload;
+  }
+
+  ZnSMBNFSNode* machinenode = nullptr;  // owns this session
+  ZnSMBNFSMachineConfig config;         // a copy
+  ZnSMBNFSHandle handlecounter;         // the next handle inside this session
+  bool needsreload = false;
+  ZnTimeVal lastactivity;  // last command queued or finished, clean-ups excepted
+  std::list<std::unique_ptr<ZnSMBNFSTree>> trees;
+  std::list<std::unique_ptr<ZnSMBNFSFile>> files;  // open on the server, oldest first
+  ZnSMBNFSHandleDictionary handles;                // owns the nodes of level 4 and deeper
+};

@@ -1,0 +1,42 @@
+#include "rpc/nfs_enum.h"
+
+namespace ZnNFSEnum {
+
+namespace {
+
+struct StatusName {
+  Status status;
+  const char* name;
+};
+
+constexpr StatusName kStatusNames[] = {
+    {NFS_OK, "NFS_OK"},
+    {NFSERR_PERM, "NFSERR_PERM"},
+    {NFSERR_NOENT, "NFSERR_NOENT"},
+    {NFSERR_IO, "NFSERR_IO"},
+    {NFSERR_NXIO, "NFSERR_NXIO"},
+    {NFSERR_ACCES, "NFSERR_ACCES"},
+    {NFSERR_EXIST, "NFSERR_EXIST"},
+    {NFSERR_NODEV, "NFSERR_NODEV"},
+    {NFSERR_NOTDIR, "NFSERR_NOTDIR"},
+    {NFSERR_ISDIR, "NFSERR_ISDIR"},
+    {NFSERR_FBIG, "NFSERR_FBIG"},
+    {NFSERR_NOSPC, "NFSERR_NOSPC"},
+    {NFSERR_ROFS, "NFSERR_ROFS"},
+    {NFSERR_NAMETOOLONG, "NFSERR_NAMETOOLONG"},
+    {NFSERR_NOTEMPTY, "NFSERR_NOTEMPTY"},
+    {NFSERR_DQUOT, "NFSERR_DQUOT"},
+    {NFSERR_STALE, "NFSERR_STALE"},
+    {NFSERR_WFLUSH, "NFSERR_WFLUSH"},
+};
+
+}  // namespace
+
+std::string StatusString(Status status) {
+  for (const StatusName& entry : kStatusNames) {
+    if (entry.status == status) return entry.name;
+  }
+  return "Unknown Status (" + std::to_string(status) + ")";
+}
+
+}  // namespace ZnNFSEnum

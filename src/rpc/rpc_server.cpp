@@ -1,0 +1,129 @@
+#include "rpc/rpc_server.h"
+
+namespace {
+
+// The largest call of version 2: 8192 bytes of data behind its headers, with a full machine name and 16 groups.
+constexpr size_t kReadBufferSize = 9216;
+constexpr unsigned kSocketBufferSize = 32768;
+// A client may have 16 writes of 8192 bytes on their way, and several clients so many each: what doesn't fit is lost,
+// and sent again only after a second or more.
+constexpr unsigned kWantedReceiveBuffer = 1 << 20;
+
+ZnRPCMessageFromServer Accepted(uint32_t xid, ZnRPCEnum::AcceptStat status) {
+  ZnRPCMessageFromServer message;
+  message.xid = xid;
+  message.reply_body.status = ZnRPCEnum::MSG_ACCEPTED;
+  message.reply_body.accepted.status = status;
+  return message;
+}
+
+ZnRPCMessageFromServer Denied(uint32_t xid, ZnRPCEnum::RejectStat status) {
+  ZnRPCMessageFromServer message;
+  message.xid = xid;
+  message.reply_body.status = ZnRPCEnum::MSG_DENIED;
+  message.reply_body.rejected.status = status;
+  return message;
+}
+
+}  // namespace
+
+ZnRPCServer::ZnRPCServer(ZnEventLoopBase* loop, unsigned port)
+    : loop_(loop), read_callback_(this, &ZnRPCServer::ReadCallback) {
+  reply_.Reserve(kReadBufferSize);
+  error_ = Start(port);
+}
+
+ZnRPCServer::~ZnRPCServer() {
+  if (watched_) loop_->RemoveFileEvent(static_cast<unsigned>(socket_.Fd()), true, false, &read_callback_);
+}
+
+// The text of what failed; null when all is well.
+const char* ZnRPCServer::Start(unsigned port) {
+  ZnInetAddr address;
+  address.Port(port);
+  // Not blocking, since a datagram that woke the loop may be gone when it is read (a bad checksum).
+  if (!address.Error().IsEmpty() || !socket_.Bind(address, ZnSocket::Datagram, false, 0, false) ||
+      !socket_.SetBlocking(false)) {
+    return "Failed to bind to local socket";
+  }
+  socket_.SetReceiveBufferSize(kWantedReceiveBuffer);  // as far as the host allows
+  if (socket_.GetReceiveBufferSize() < kSocketBufferSize && !socket_.SetReceiveBufferSize(kSocketBufferSize)) {
+    return "Failed to set get buffer size";
+  }
+  if (socket_.GetTransmitBufferSize() < kSocketBufferSize && !socket_.SetTransmitBufferSize(kSocketBufferSize)) {
+    return "Failed to set send buffer size";
+  }
+  watched_ = loop_->AddFileEvent(static_cast<unsigned>(socket_.Fd()), true, false, &read_callback_);
+  return watched_ ? nullptr : "Failed to add callback";
+}
+
+void ZnRPCServer::ReadCallback(ZnEventCallback*, ZnEvent::cbdispatch value) {
+  if (value == ZnEvent::Fired) ProcessRpcMessage();
+}
+
+void ZnRPCServer::ProcessRpcMessage() {
+  static uint8_t buffer[kReadBufferSize];  // decoded in full before a handler can run, so that one serves all
+  size_t length = sizeof buffer;
+  ZnInetAddr source;
+  ZnFile::IoStatus status = socket_.ReadMessage(buffer, sizeof buffer, length, source);
+  if (status == ZnFile::IoStatus::Failed || status == ZnFile::IoStatus::Closed) return;
+
+  ZnRPCMessageFromClient message;
+  ZnXdrReader in(buffer, length);
+  if (!message.Read(in)) return;
+  if (message.call_body.rpcversion != ZnRPCEnum::kRpcVersion) {
+    return SendRpcMismatch(source, message.xid, ZnRPCEnum::kRpcVersion, ZnRPCEnum::kRpcVersion);
+  }
+  HandleRpcMessage(message, message.call_body.credentials, source);
+}
+
+void ZnRPCServer::SendRpcMessage(const ZnRPCMessageFromServer& message, const ZnInetAddr& to) {
+  reply_.SetLength(0);
+  ZnXdrWriter out(reply_);
+  message.Write(out);
+  SendReply(to);
+}
+
+void ZnRPCServer::SendSuccess(const ZnInetAddr& to, uint32_t xid, const ZnPacket& data) {
+  StartSuccess(xid);
+  reply_.Append(data);
+  SendReply(to);
+}
+
+void ZnRPCServer::SendMiscError(const ZnInetAddr& to, uint32_t xid, ZnRPCEnum::AcceptStat status) {
+  using namespace ZnRPCEnum;
+  if (status == SUCCESS || status == PROG_MISMATCH) status = GARBAGE_ARGS;
+  SendRpcMessage(Accepted(xid, status), to);
+}
+
+void ZnRPCServer::SendProgMismatch(const ZnInetAddr& to, uint32_t xid, uint32_t low, uint32_t high) {
+  ZnRPCMessageFromServer message = Accepted(xid, ZnRPCEnum::PROG_MISMATCH);
+  message.reply_body.accepted.low = low;
+  message.reply_body.accepted.high = high;
+  SendRpcMessage(message, to);
+}
+
+void ZnRPCServer::SendRpcMismatch(const ZnInetAddr& to, uint32_t xid, uint32_t low, uint32_t high) {
+  ZnRPCMessageFromServer message = Denied(xid, ZnRPCEnum::RPC_MISMATCH);
+  message.reply_body.rejected.low = low;
+  message.reply_body.rejected.high = high;
+  SendRpcMessage(message, to);
+}
+
+void ZnRPCServer::SendAuthError(const ZnInetAddr& to, uint32_t xid, ZnRPCEnum::AuthStat status) {
+  ZnRPCMessageFromServer message = Denied(xid, ZnRPCEnum::AUTH_ERROR);
+  message.reply_body.rejected.authstat = status;
+  SendRpcMessage(message, to);
+}
+
+// The reply so far; the result follows. A message with no data in it is the front of one with data.
+void ZnRPCServer::StartSuccess(uint32_t xid) {
+  reply_.SetLength(0);
+  ZnXdrWriter out(reply_);
+  Accepted(xid, ZnRPCEnum::SUCCESS).Write(out);
+}
+
+void ZnRPCServer::SendReply(const ZnInetAddr& to) {
+  size_t length = 0;
+  socket_.WriteMessage(reply_.Data(), reply_.Length(), length, to);
+}

@@ -1,0 +1,62 @@
+#pragma once
+// An RPC server on one UDP socket (RFC 1057), without record marking and without a port mapper. It keeps nothing about
+// a call: a reply may leave at any later time, given the caller's address and transaction id.
+
+#include "rpc/rpc_records.h"
+#include "runtime/event_loop.h"
+#include "runtime/socket.h"
+
+class ZnRPCServer {
+ public:
+  // Binds `port` (0: any free one) on all interfaces and watches it on `loop`, which outlives the server. error() tells
+  // how it went.
+  ZnRPCServer(ZnEventLoopBase* loop, unsigned port);
+  ZnRPCServer(const ZnRPCServer&) = delete;
+  ZnRPCServer& operator=(const ZnRPCServer&) = delete;
+  virtual ~ZnRPCServer();
+
+  // Empty when the server stands, else why it doesn't.
+  const ZnUniString& error() const { return error_; }
+  // The address that is bound, with its port.
+  bool LocalAddress(ZnInetAddr& address) { return socket_.LocalAddress(address); }
+
+  // Serves one call of RPC version 2. All that is needed after the return must be copied. The server isn't touched
+  // after this returns.
+  virtual void HandleRpcMessage(ZnRPCMessageFromClient& message, ZnRPCAuthBlock& credentials,
+                                const ZnInetAddr& source) = 0;
+
+  // Replies. Each is sent once; one that can't be sent is dropped, since callers that hear nothing call again.
+  void SendRpcMessage(const ZnRPCMessageFromServer& message, const ZnInetAddr& to);
+  // The call was served, with the encoded result (empty for none).
+  void SendSuccess(const ZnInetAddr& to, uint32_t xid, const ZnPacket& data);
+  // The same, encoding a record straight into the reply.
+  template <class R, class Reader, class Writer>
+  void SendSuccess(const ZnInetAddr& to, uint32_t xid, const ZnRecord<R, Reader, Writer>& result) {
+    StartSuccess(xid);
+    Writer out(reply_);
+    result.Write(out);
+    SendReply(to);
+  }
+  // The call wasn't served. SUCCESS and PROG_MISMATCH say nothing without more data and become GARBAGE_ARGS.
+  void SendMiscError(const ZnInetAddr& to, uint32_t xid, ZnRPCEnum::AcceptStat status);
+  // `low` to `high` are the versions of the program that are served.
+  void SendProgMismatch(const ZnInetAddr& to, uint32_t xid, uint32_t low, uint32_t high);
+  void SendRpcMismatch(const ZnInetAddr& to, uint32_t xid, uint32_t low, uint32_t high);
+  void SendAuthError(const ZnInetAddr& to, uint32_t xid, ZnRPCEnum::AuthStat status);
+
+  // The socket is ready: reads and serves one datagram.
+  void ReadCallback(ZnEventCallback* callback, ZnEvent::cbdispatch value);
+  void ProcessRpcMessage();
+
+ private:
+  const char* Start(unsigned port);
+  void StartSuccess(uint32_t xid);
+  void SendReply(const ZnInetAddr& to);
+
+  ZnEventLoopBase* loop_;
+  ZnSocket socket_;
+  ZnUniString error_;
+  ZnSimpleCallback<ZnEvent::cbdispatch, ZnRPCServer> read_callback_;
+  bool watched_ = false;
+  ZnPacket reply_;  // the reply under construction; its room is used again and again
+};

@@ -1,0 +1,108 @@
+#pragma once
+// The process as its host sees it: the signals that it catches, and the user in whose name it
+// acts.
+
+#include <sys/types.h>
+
+#include <array>
+#include <csignal>
+#include <vector>
+
+#include "runtime/event_loop.h"
+#include "runtime/unix_error.h"
+
+class ZnUnixUser;
+
+class ZnProcess {
+ public:
+  ZnProcess() = default;
+  ZnProcess(const ZnProcess&) = delete;
+  ZnProcess& operator=(const ZnProcess&) = delete;
+  virtual ~ZnProcess() = default;
+
+  // Calls `callback` from ProcessSignals after signal `number` has come; one signal may have several callbacks, called
+  // in the order of their registration. Not owned; must outlive the process object. Gives true.
+  virtual bool CatchSignal(int number, ZnEventCallback* callback) = 0;
+  // Between these two, caught signals are kept for ProcessSignals; outside, they are dropped.
+  virtual void StartSignals() = 0;
+  virtual void StopSignals() = 0;
+  // Dispatches the signals that came since the last call, lowest number first, each number once. 1 if there was any,
+  // else 0.
+  virtual int ProcessSignals() = 0;
+  // Becomes readable when a signal has come, and stays so until ProcessSignals; -1 if there is none. For poll only.
+  virtual int WakeDescriptor() const = 0;
+
+  // Take on the effective user, group and supplementary groups of a user; process-wide, so the caller goes back by
+  // BecomeRoot before it returns to the event loop. False if the user doesn't exist or the host refuses: UidError then
+  // tells why, and the identity may stand between the two until the next BecomeRoot. `user` loses those of its groups
+  // that are too many for the host.
+  virtual bool BecomeUser(ZnUnixUser& user) = 0;
+  virtual bool BecomeRoot() = 0;
+  // The user "nobody", or "nouser" where there is none.
+  virtual bool BecomeNobody() = 0;
+  virtual const ZnUnixError& UidError() const = 0;
+};
+
+// The handler only notes the number and writes a byte into a pipe that the event loop polls along with its descriptors:
+// a signal that comes between the look at the caught ones and poll thus ends that poll instead of waiting for the next
+// event.
+class ZnUnixProcess : public ZnProcess {
+ public:
+  ZnUnixProcess();
+  ~ZnUnixProcess() override;
+
+  bool CatchSignal(int number, ZnEventCallback* callback) override;
+  void StartSignals() override;
+  void StopSignals() override;
+  int ProcessSignals() override;
+  int WakeDescriptor() const override { return wake_read_; }
+
+  bool BecomeUser(ZnUnixUser& user) override;
+  bool BecomeRoot() override;
+  bool BecomeNobody() override;
+  const ZnUnixError& UidError() const override { return uid_error_; }
+
+  // Where a fault of the program itself is noted besides standard error; -1 for nowhere. The current log's descriptor.
+  static void SetFaultLog(int fd);
+
+ protected:
+  // The system calls of an identity change; 0, or -1 with errno.
+  virtual int SetEffectiveUid(uid_t uid);
+  virtual int SetEffectiveGid(gid_t gid);
+  virtual int SetGroups(const std::vector<gid_t>& groups);
+
+ private:
+  struct ZnEventSignal {
+    ZnEventCallback* callback;
+    int number;
+  };
+  static constexpr int kSignals = 65;  // Linux numbers its signals from 1 to 64
+
+  static void had_a_signal(int number, siginfo_t* info, void* context);
+  static void Install(int number);
+  void NoteSignal(int number);
+  void OpenWakePipe();
+
+  bool ChangeUid(uid_t uid);
+  bool ChangeGid(gid_t gid);
+  bool FixGroups(ZnUnixUser& user);
+  // Record what failed; give false.
+  bool UserLookupFailed(const ZnUniString& names);
+  bool SetUidError(const char* call, const ZnUniString& argument);
+
+  static volatile sig_atomic_t dosigs;
+
+  std::vector<ZnEventSignal> signals_;
+  std::array<volatile sig_atomic_t, kSignals> caught_{};
+  volatile sig_atomic_t caught_count_ = 0;
+  int wake_read_ = -1;
+  int wake_write_ = -1;
+
+  uid_t effective_uid_;  // as last set
+  gid_t effective_gid_;
+  bool identity_failed_ = false;  // the two above can't be relied on
+  ZnUnixError uid_error_;
+};
+
+// The one object that signals are noted in: a handler has no other way to reach it.
+extern ZnUnixProcess* the_current_process;

@@ -1,0 +1,210 @@
+#pragma once
+// One user's SMB conversation with one machine. Commands of that machine are served one at a time: the one at the head
+// of the queue walks the table of session_table.cpp, in which each step starts one call of the client, and the call's
+// end takes the command to its next step.
+//
+// What a session keeps from one command to the next: the server's address, the connection with its logon, the connected
+// shares, and the open files. All but the address go with the connection, and the next command that needs them gets
+// them anew.
+
+#include "model/command.h"
+#include "model/session_base.h"
+#include "model/upward.h"
+#include "netbios/nbt_name_query.h"
+#include "runtime/os_stream.h"
+#include "session/command_queue.h"
+#include "smb/client/smb_client.h"
+
+class ZnSMBNFSSession : public ZnSMBNFSSessionBase, protected ZnSMBClient {
+ public:
+  // Beyond this many waiting commands a call is dropped like a lost datagram.
+  static constexpr size_t kMostWaiting = 4096;
+
+  // `machinenode` and `host` outlive the session, which enters the host's list.
+  ZnSMBNFSSession(ZnSMBNFSNode* machinenode, ZnSMBNFSSessionHost* host, const ZnSMBNFSMachineConfig& config);
+  // Commands that still stand in the queue are let go, without an answer: SendErrors comes first.
+  ~ZnSMBNFSSession() override;
+
+  void Request(ZnSMBNFSCommand* command, ZnSMBNFSEnum::SessionCommand what) override;
+  void RemoveCommand(ZnSMBNFSCommand* command) override;
+  void SendErrors() override;
+  ZnNFSEnum::Status ConvertError(const ZnSMBNFSCommand& command) const override;
+  bool CleanUp() override;
+  bool IsConnected() const override { return ZnSMBClient::IsConnected(); }
+  unsigned serverclass() const override { return serverclass_; }
+
+  size_t QueueLength() const { return queue_.Count(); }
+  // Seconds to take off a time so that it is one of the server's own clock.
+  int32_t timeoffset() const { return timeoffset_; }
+  // The sentence for a reason why a call failed; empty for reasons that have none.
+  static ZnUniString EnglishReason(ZnSMBClientValues::Reason reason);
+  // The table of the state machine, a line a row: command, status, next status, action.
+  static ZnUniString TableAsString();
+
+ protected:
+  // Tests ask another port.
+  virtual std::unique_ptr<ZnNBTNameQuery> MakeNameQuery();
+
+ private:
+  using Command = ZnSMBNFSCommand;
+  struct Row;
+  static const Row kCommonRows[];
+  static const Row kRows[];
+  static const Row* FindRow(ZnSMBNFSEnum::SessionCommand command, ZnSMBNFSEnum::SessionStatus status);
+
+  // ---- the queue (session_queue.cpp) ----
+
+  void StartNext();
+  void Advance();
+  void HandleCommand(Command& command);
+  void Complete(Command& command);
+  void AbandonCall();
+
+  // ---- calls of the client (session_calls.cpp) ----
+
+  void Called(Result result);
+  void Callback(ZnCallback<Result>*, Result result);
+  void AsynchronousEvent(Result result) override;
+  void CallFailed(const ZnUniString& text, bool atonce);
+  bool ConversationIsOver() const;
+  bool MayRetry(const Command& command, bool atonce) const;
+  void DropConnection();
+
+  // ---- reports (session_errors.cpp) ----
+
+  void Report(const ZnUniString& text);
+  void SendError(const ZnUniString& text);
+  void Fail();
+  ZnUniString FailureText() const;
+
+  // ---- address, connection, trees (session_address.cpp, session_connect.cpp) ----
+
+  void FindAddress(Command& command);
+  void GetAddress(unsigned stage);
+  void ResolveConfigured();
+  bool DNSFirst() const;
+  void AskDNS();
+  bool AskWINS();
+  bool AskBroadcast();
+  void NotFound(const ZnUniString& name, const char* means);
+  void TakeResults();
+  void AddressDone();
+  void WinsLookupCB(ZnCallback<bool>*, bool found);
+  void BcastLookupCB(ZnCallback<bool>*, bool found);
+
+  void CheckConnected(Command& command);
+  void CheckTreeConnected(Command& command);
+  void ApplySettings();
+  ZnMachine Server() const;
+  ZnUniString CallingName() const;
+  void ProcessConnect();
+  void ProcessTreeConnect(Command& command);
+  static ZnSMBNFSTree* FirstUnconnected(const Command& command);
+
+  // ---- listings (session_listing.cpp) ----
+
+  void GetShares(Command& command);
+  void GetDirs(Command& command);
+  void GetAttribs(Command& command);
+  void List(Command& command, const ZnUniString& directory, const ZnUniString& pattern);
+
+  // ---- open files (session_files.cpp) ----
+
+  void SetOpenMode(Command& command);
+  void GetOpenFile(Command& command);
+  void ProcessOpenFile(Command& command);
+  void OpenDone(Command& command);
+  void GetCreateFile(Command& command);
+  void ProcessCreateFile(Command& command);
+  void CloseNextFile(Command& command);
+  void MarkForClosing(Command& command);
+  ZnSMBNFSFile& AddFile(const ZnSMBCFileObject& opened);
+  std::unique_ptr<ZnSMBNFSFile> TakeFile(std::list<std::unique_ptr<ZnSMBNFSFile>>::iterator position);
+  void DropFiles();
+
+  // ---- reading and writing (session_io.cpp) ----
+
+  void StartRead(Command& command);
+  void ReadOpened(Command& command);
+  void GetRead(Command& command);
+  bool ProcessRead(Command& command);
+  void NextRead(Command& command);
+  void StartWrite(Command& command);
+  void WriteOpened(Command& command);
+  void GetWrite(Command& command);
+  bool ProcessWrite(Command& command);
+  void NextWrite(Command& command);
+  void GetFlush(Command& command);
+  void TransferFailed(Command& command);
+  void OpenAgain(Command& command, bool read, bool write);
+  uint16_t ChunkOf(size_t remaining) const;
+
+  // ---- changes (session_changes.cpp) ----
+
+  void GetMkdir(Command& command);
+  void GetRmdir(Command& command);
+  void GetRm(Command& command);
+  void GetRename(Command& command);
+  void MoveOrRename(Command& command);
+  void Rename(Command& command);
+  bool MoveIsUnknown(const Command& command) const;
+
+  // ---- attributes and times (session_attributes.cpp) ----
+
+  void GetSetAllAttribs(Command& command);
+  void SetAllDone(Command& command);
+  void CloseBeforeSetAttribs(Command& command);
+  void GetSetAttribs(Command& command);
+  void StartSetTimes(Command& command);
+  void SetTimesOpened(Command& command);
+  void GetSetTimes(Command& command);
+  void ProcessSetTimes(Command& command);
+  void CopyAttribs(const Command& command, bool usesattrmode, bool creating, ZnSMBCFileObject& file) const;
+  ZnTimeVal ServerLocal(const ZnTimeVal& time) const;
+
+  // ---- clean-up (session_cleanup.cpp) ----
+
+  bool IsQuiet() const;
+  bool MarkIdleFiles();
+  void DropClosingTrees();
+  void CloseNextTree(Command& command);
+  void EndCleanUp(Command& command);
+
+  // Null when there is none, or not any more.
+  static ZnSMBNFSTree* TreeOf(const ZnSMBNFSNode* node);
+  static ZnSMBNFSTree* TreeOf(const Command& command) { return TreeOf(command.node.Get()); }
+  // The path, with "\\" at its end, of what lies in a directory.
+  static ZnUniString PathInside(const ZnSMBNFSNode& directory);
+  // An object for a request: closed, without times, at the Windows form of a path of the command's share.
+  static std::unique_ptr<ZnSMBCFileObject> FileObject(const ZnSMBNFSTree& tree, const ZnUniString& path);
+
+  ZnSMBNFSSessionHost* host_;
+  ZnSimpleCallback<Result, ZnSMBNFSSession> callback_{this, &ZnSMBNFSSession::Callback};
+  ZnSimpleCallback<bool, ZnSMBNFSSession> winscallback_{this, &ZnSMBNFSSession::WinsLookupCB};
+  ZnSimpleCallback<bool, ZnSMBNFSSession> bcastcallback_{this, &ZnSMBNFSSession::BcastLookupCB};
+
+  ZnSMBNFSCommandQueue queue_;
+  bool busy_ = false;      // the head has begun
+  bool stepping_ = false;  // a step is on the stack
+  bool again_ = false;     // the head is to take another step when that one is over
+  bool flushing_ = false;  // every command fails
+  bool cleanupqueued_ = false;
+
+  ZnInetAddr address_;
+  bool addressknown_ = false;
+  std::unique_ptr<ZnNBTNameQuery> namequery_;  // while a look-up goes on
+  ZnOSStream lookup_;                          // what has been tried in vain
+
+  unsigned serverclass_ = 0;
+  int32_t timeoffset_ = 0;
+  bool answered_ = false;       // the connection has answered the head before
+  bool nomovecommand_ = false;  // the server refuses the move command; learned once
+  unsigned errorkey_ = 0;       // of the refusal that failed the last command, else 0
+
+  // The read or write in progress.
+  size_t done_ = 0;
+  uint16_t chunk_ = 0;
+  ZnByteBuffer received_;
+
+  ZnReferable alive_;
+};

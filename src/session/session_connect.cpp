@@ -1,0 +1,88 @@
+// Connection, logon, shares, and what is settled about the server when it has let us in.
+
+#include <algorithm>
+
+#include "runtime/checksum.h"
+#include "runtime/sys_info.h"
+#include "session/session.h"
+
+using Values = ZnSMBClientValues;
+
+namespace {
+
+// What a server can do.
+enum ServerClass : unsigned { kCore = 0, kNamelessNT = 1, kWindowsNT = 2, kOther = 3 };
+
+constexpr int32_t kAsTheServerSays = -1;
+constexpr int32_t kNoOffset = -2;  // the same for servers of the oldest dialect, which say nothing
+
+unsigned ClassOf(const ZnSMBServerInfo& server) {
+  if (server.dialect == Values::DialectCORE) return kCore;
+  if (server.dialect != Values::DialectNT) return kOther;
+  if (server.nativeos.IsEmpty()) return kNamelessNT;
+  return server.nativeos.StartsWith("Windows NT") ? kWindowsNT : kOther;
+}
+
+}  // namespace
+
+void ZnSMBNFSSession::CheckConnected(Command&) {
+  flushing_ = false;
+  if (IsConnected() && !OutOfStep()) return Advance();
+  DropConnection();
+  ApplySettings();
+  ZnMachine server = Server();
+  server.Name(address_);
+  Called(OpenSession(server, CallingName(), config.winname, config.password, &callback_));
+}
+
+// The record may have been loaded again since the last connection.
+void ZnSMBNFSSession::ApplySettings() {
+  auto seconds = static_cast<uint32_t>(std::max(config.smbtimeout, 1));
+  replytimeout(seconds);
+  SetSessionTimeout({seconds, 0});
+  workgroup(config.domain);
+  encoding(config.encoding);
+}
+
+ZnMachine ZnSMBNFSSession::Server() const { return {config.nbtname, ZnMachine::Server}; }
+
+// Digits first: a NetBIOS name holds 15 characters, and two users of one host stay distinct this way.
+ZnUniString ZnSMBNFSSession::CallingName() const {
+  const ZnUniString name = config.user + ZnSysInfoHostName();
+  return ZnUniString::CreateFromUnsigned(ZnCheckSum::Sum(name)) + name;
+}
+
+void ZnSMBNFSSession::ProcessConnect() {
+  serverclass_ = ClassOf(server());
+  timeoffset_ = config.timeoffset;
+  if (serverclass_ == kCore) {
+    if (timeoffset_ == kAsTheServerSays || timeoffset_ == kNoOffset) timeoffset_ = 0;
+  } else if (timeoffset_ == kAsTheServerSays) {
+    timeoffset_ = server().timezone * 60;
+  }
+}
+
+void ZnSMBNFSSession::CheckTreeConnected(Command& command) {
+  if (!TreeOf(command)) return Fail();
+  ZnSMBNFSTree* tree = FirstUnconnected(command);
+  if (!tree) return Advance();
+  Called(TreeConnect(tree, tree->config.password, &callback_));
+}
+
+void ZnSMBNFSSession::ProcessTreeConnect(Command& command) {
+  if (ZnSMBNFSTree* tree = FirstUnconnected(command)) tree->connected = true;
+  if (FirstUnconnected(command)) command.sessionstatus = ZnSMBNFSEnum::SSTConnect;  // once more
+}
+
+// Of the shares that a command works in: its node's, and for a rename the target's.
+ZnSMBNFSTree* ZnSMBNFSSession::FirstUnconnected(const Command& command) {
+  ZnSMBNFSTree* tree = TreeOf(command);
+  if (tree && !tree->connected) return tree;
+  if (command.sessioncommand != ZnSMBNFSEnum::SCRequestRename) return nullptr;
+  tree = TreeOf(command.node2.Get());
+  return tree && !tree->connected ? tree : nullptr;
+}
+
+ZnSMBNFSTree* ZnSMBNFSSession::TreeOf(const ZnSMBNFSNode* node) {
+  return node && node->sharenode ? node->sharenode->tree : nullptr;
+}

@@ -1,0 +1,169 @@
+// The files that are open on the server. NFS has no open and close, so a file stays open between calls: until it hasn't
+// been used for a while, its mode doesn't fit, too many are open, or something is to happen to it that needs it closed.
+
+#include <algorithm>
+
+#include "model/name_mapping.h"
+#include "session/session.h"
+
+using E = ZnSMBNFSEnum;
+using Values = ZnSMBClientValues;
+
+namespace {
+
+// How a file is opened for what a command wants, and what others may do with it meanwhile.
+struct Mode {
+  Values::Access access;
+  Values::Sharing sharing;
+};
+
+Mode ModeOf(const ZnSMBNFSCommand& command) {
+  if (!command.openwrite) return {Values::AccessRead, Values::DenyNone};
+  return {command.openread ? Values::AccessReadWrite : Values::AccessWrite, Values::DenyWrite};
+}
+
+bool Covers(const ZnSMBNFSFile& file, const ZnSMBNFSCommand& command) {
+  return (file.readable || !command.openread) && (file.writable || !command.openwrite);
+}
+
+bool IsAtOrBelow(const ZnSMBNFSNode* node, const ZnSMBNFSNode* top) {
+  for (; node; node = node->parent) {
+    if (node == top) return true;
+    if (node->IsShare() || node->IsRoot()) return false;
+  }
+  return false;
+}
+
+}  // namespace
+
+std::unique_ptr<ZnSMBCFileObject> ZnSMBNFSSession::FileObject(const ZnSMBNFSTree& tree, const ZnUniString& path) {
+  auto object = std::make_unique<ZnSMBCFileObject>(tree, InternalToWindowsName(path, tree.config));
+  object->created = object->accessed = object->modified = ZnTimeVal();
+  return object;
+}
+
+// ---- opening --------------------------------------------------------------------------------------------------------
+
+// A file that is open for less than the command wants is opened again for both, so that a reader and a writer of one
+// file don't keep closing it under each other.
+void ZnSMBNFSSession::SetOpenMode(Command& command) {
+  ZnSMBNFSFile* file = command.node->file;
+  const bool usable = file && !file->close && Covers(*file, command);
+  if (file && !usable) {
+    file->close = true;
+    command.openread |= file->readable;
+    command.openwrite |= file->writable;
+  }
+  const auto most = static_cast<size_t>(std::max(config.maxopenfiles, 1));
+  if (!file && files.size() >= most) files.front()->close = true;
+  CloseNextFile(command);
+}
+
+void ZnSMBNFSSession::GetOpenFile(Command& command) {
+  if (ZnSMBNFSFile* file = command.node->file) {
+    file->lastused = ZnTimeVal::now();
+    file->fresh = false;
+    return Advance();
+  }
+  const ZnSMBNFSTree* tree = TreeOf(command);
+  if (!tree) return Fail();
+  const Mode mode = ModeOf(command);
+  command.fileobject = FileObject(*tree, command.node->path + command.node->name);
+  command.fileobject->access = mode.access;
+  Called(OpenFile(command.fileobject.get(), mode.sharing, false, false, &callback_));
+}
+
+// The node may have gone while the open was under way; the file is open on the server nevertheless.
+void ZnSMBNFSSession::ProcessOpenFile(Command& command) {
+  ZnSMBNFSNode* node = command.node.Get();
+  if (node && node->file) return;
+  ZnSMBNFSFile& file = AddFile(*command.fileobject);
+  file.readable = command.openread;
+  file.writable = command.openwrite;
+  file.fresh = true;
+  file.close = !node;
+  file.node = node;
+  if (node) node->file = &file;
+}
+
+void ZnSMBNFSSession::OpenDone(Command& command) {
+  ProcessOpenFile(command);
+  command.node ? Complete(command) : Fail();
+}
+
+ZnSMBNFSFile& ZnSMBNFSSession::AddFile(const ZnSMBCFileObject& opened) {
+  auto file = std::make_unique<ZnSMBNFSFile>();
+  static_cast<ZnSMBCFileObject&>(*file) = opened;
+  file->lastused = ZnTimeVal::now();
+  files.push_back(std::move(file));
+  return *files.back();
+}
+
+// ---- creating -------------------------------------------------------------------------------------------------------
+
+void ZnSMBNFSSession::GetCreateFile(Command& command) {
+  const ZnSMBNFSTree* tree = TreeOf(command);
+  if (!tree) return Fail();
+  command.fileobject = FileObject(*tree, PathInside(*command.node.Get()) + command.name);
+  CopyAttribs(command, true, true, *command.fileobject);
+  command.fileobject->modified = ServerLocal(command.fileobject->modified);
+  command.fileobject->access = Values::AccessWrite;
+  Called(OpenFile(command.fileobject.get(), Values::DenyWrite, true, false, &callback_));
+}
+
+// A created file isn't left open: its node isn't known yet. Servers ignore the time in the request that creates it, so
+// the close carries it again.
+void ZnSMBNFSSession::ProcessCreateFile(Command& command) {
+  const ZnSMBNFSTree* tree = TreeOf(command);
+  ZnSMBNFSFile& file = AddFile(*command.fileobject);
+  file.writable = true;
+  file.close = true;
+  if (tree) {
+    ZnSMBCFileObject told;
+    CopyAttribs(command, true, true, told);
+    file.closetime = ServerLocal(told.modified);
+  }
+  CloseNextFile(command);
+}
+
+// ---- closing --------------------------------------------------------------------------------------------------------
+
+// What is to be renamed or removed mustn't be open, nor anything below it.
+void ZnSMBNFSSession::MarkForClosing(Command& command) {
+  for (auto& file : files) {
+    if (IsAtOrBelow(file->node.Get(), command.node.Get())) file->close = true;
+  }
+  CloseNextFile(command);
+}
+
+// A close carries a modification time only if NFS has told us one: our own idea of "now" would make the file older than
+// what another machine wrote in between, and servers take the time from every close, even of a file that was only read.
+void ZnSMBNFSSession::CloseNextFile(Command& command) {
+  auto position = std::find_if(files.begin(), files.end(), [](auto& file) { return file->close && !file->inuse; });
+  if (position == files.end()) {
+    command.sessionstatus = E::SSTClosedAllFiles;
+    return Advance();
+  }
+  const auto file = TakeFile(position);
+  command.fileobject = std::make_unique<ZnSMBCFileObject>(*file);
+  const Result result = CloseFile(command.fileobject.get(), file->closetime, &callback_);
+  if (result != ResultFailure || ConversationIsOver()) return Called(result);
+  Report("Failed to close file: " + ReasonAsString());
+  Advance();
+}
+
+std::unique_ptr<ZnSMBNFSFile> ZnSMBNFSSession::TakeFile(std::list<std::unique_ptr<ZnSMBNFSFile>>::iterator position) {
+  auto file = std::move(*position);
+  files.erase(position);
+  if (file->node && file->node->file == file.get()) file->node->file = nullptr;
+  return file;
+}
+
+// Forgets all files without closing them: their connection is gone. What the tree worked out for itself about them is
+// asked for again.
+void ZnSMBNFSSession::DropFiles() {
+  while (!files.empty()) {
+    const auto file = TakeFile(files.begin());
+    if (file->node) OutOfDate(file->node.Get(), false);
+  }
+}

@@ -1,0 +1,42 @@
+// Listings: of a machine's shares, of a directory, and of the one entry that is a file.
+
+#include "config/smbnfs_config.h"
+#include "model/name_mapping.h"
+#include "session/session.h"
+
+// The shares are those of the configuration: the server isn't asked.
+void ZnSMBNFSSession::GetShares(Command& command) {
+  if (command.shares.IsEmpty()) {
+    ZnDList<ZnUniString> names;
+    ZnSMBNFSConfig::GetShareList(config.user, config.machine, names);
+    for (const ZnUniString& name : names) {
+      ZnSMBCShareObject share(Server(), name, ZnSMBClientValues::ServiceDisk);
+      share.share = name;  // shown as it is configured
+      command.shares.Append(share);
+    }
+  }
+  Advance();
+}
+
+void ZnSMBNFSSession::GetDirs(Command& command) {
+  const ZnSMBNFSNode& node = *command.node.Get();
+  List(command, node.IsShare() ? node.path : node.path + node.name, "*");
+}
+
+void ZnSMBNFSSession::GetAttribs(Command& command) {
+  const ZnSMBNFSNode& node = *command.node.Get();
+  const ZnSMBNFSTree* tree = TreeOf(command);
+  if (!tree) return Fail();
+  List(command, node.path, InternalToWindowsName(node.name, tree->config));
+}
+
+void ZnSMBNFSSession::List(Command& command, const ZnUniString& directory, const ZnUniString& pattern) {
+  const ZnSMBNFSTree* tree = TreeOf(command);
+  if (!tree) return Fail();
+  command.files.Flush();  // a listing that was begun before is begun again
+  ZnSMBCDirectoryObject object(*tree, InternalToWindowsName(directory, tree->config));
+  command.fileobject = std::make_unique<ZnSMBCFileObject>(*tree, object.path);
+  command.fileobject->attribs.directory = true;
+  if (pattern != "*") command.fileobject->path += pattern;
+  Called(ListDirectory(object, &command.files, pattern, &callback_));
+}

@@ -1,0 +1,120 @@
+// The queue: commands come in, the head takes its steps, and each makes way for the next.
+
+#include "session/session.h"
+
+using E = ZnSMBNFSEnum;
+
+ZnSMBNFSSession::ZnSMBNFSSession(ZnSMBNFSNode* machine, ZnSMBNFSSessionHost* host,
+                                 const ZnSMBNFSMachineConfig& machineConfig)
+    : ZnSMBClient(host->eventloop()), host_(host) {
+  machinenode = machine;
+  config = machineConfig;
+  lastactivity = ZnTimeVal::now();
+  host_->AddSession(this);
+}
+
+ZnSMBNFSSession::~ZnSMBNFSSession() {
+  host_->RemoveSession(this);
+  namequery_.reset();
+  Disconnect();
+  DropFiles();
+  for (auto& [command, position] : queue_) {
+    command->session = nullptr;
+    if (command->sessioncommand == E::SCCleanUp) delete command;  // our own
+  }
+}
+
+void ZnSMBNFSSession::Request(Command* command, E::SessionCommand what) {
+  command->sessioncommand = what;
+  command->sessionstatus = E::SSTStart;
+  command->fileobject.reset();
+  command->fileobject2.reset();
+  if (command->session == this) {
+    queue_.TakeBack(command);
+    errorkey_ = 0;
+    return Advance();
+  }
+  if (what != E::SCCleanUp && queue_.Count() >= kMostWaiting) return command->Drop();
+
+  ZnSMBNFSSessionBase* former = command->session;
+  command->session = this;
+  queue_.Append(command);
+  if (what != E::SCCleanUp) lastactivity = ZnTimeVal::now();
+  if (former) {  // it goes on at another machine, and the next command of the former one begins
+    ZnWeakRef<ZnReferable> alive(&alive_);
+    former->RemoveCommand(command);
+    if (!alive) return;
+  }
+  StartNext();
+}
+
+void ZnSMBNFSSession::RemoveCommand(Command* command) {
+  if (command->sessioncommand != E::SCCleanUp) lastactivity = ZnTimeVal::now();
+  if (!queue_.Remove(command)) return;
+  AbandonCall();
+  busy_ = false;
+  StartNext();
+}
+
+void ZnSMBNFSSession::StartNext() {
+  if (busy_ || queue_.IsEmpty()) return;
+  busy_ = true;
+  answered_ = false;
+  errorkey_ = 0;
+  Advance();
+}
+
+// The head takes a step: now, or, when one is on the stack, after that. So a long queue that fails at once doesn't
+// nest, and a step doesn't see the next one begin under it.
+void ZnSMBNFSSession::Advance() {
+  again_ = true;
+  if (stepping_) return;
+  ZnWeakRef<ZnReferable> alive(&alive_);
+  stepping_ = true;
+  while (again_) {
+    again_ = false;
+    if (queue_.IsEmpty() || queue_.HeadIsHandedOver()) break;
+    HandleCommand(*queue_.Head());
+    if (!alive) return;
+  }
+  stepping_ = false;
+}
+
+// The command may be gone afterwards, and this session too.
+void ZnSMBNFSSession::Complete(Command& command) {
+  queue_.HandOver(&command);
+  host_->CompleteRequest(&command);
+}
+
+// The command that a look-up or a call of the client goes on for is no longer there: whatever may still come for it
+// mustn't reach the next.
+void ZnSMBNFSSession::AbandonCall() {
+  namequery_.reset();
+  if (IsBusy()) DropConnection();
+}
+
+// A machine that is pruned from within the completion of one of its commands leaves that command alone: it goes on up
+// the stack, and finds its nodes gone.
+void ZnSMBNFSSession::SendErrors() {
+  Command* first = queue_.FirstWaiting();
+  if (!first) return;
+  size_t count = queue_.Count() - (queue_.HeadIsHandedOver() ? 1 : 0);
+  ZnOSStream text;
+  text << "The session was flushed with " << count << (count > 1 ? " commands" : " command") << " outstanding.\n"
+       << (count > 1 ? "These commands" : "This command") << " will error.";
+  Report(text.text());
+
+  AbandonCall();
+  errorkey_ = 0;
+  ZnWeakRef<ZnReferable> alive(&alive_);
+  const bool nested = stepping_;
+  const bool flushing = flushing_;
+  stepping_ = flushing_ = true;
+  while (Command* command = queue_.FirstWaiting()) {
+    HandleCommand(*command);
+    if (!alive) return;
+  }
+  stepping_ = nested;
+  flushing_ = flushing;
+  if (!nested) again_ = false;
+}

@@ -1,0 +1,170 @@
+#include "smb/wire/client_values.h"
+
+#include <span>
+
+namespace {
+
+using Values = ZnSMBClientValues;
+
+struct Name {
+  unsigned value;
+  const char* text;
+};
+
+std::string Text(std::span<const Name> names, const char* enumeration, unsigned value) {
+  for (const Name& name : names) {
+    if (name.value == value) return name.text;
+  }
+  return std::string("Unknown ") + enumeration + " (" + std::to_string(value) + ")";
+}
+
+// A row of a table: the enumerator under its own name.
+#define ROW(enumerator) \
+  { Values::enumerator, #enumerator }
+
+constexpr Name kCommand[] = {
+    ROW(CmdCreateDir),    ROW(CmdDeleteDir),      ROW(CmdOpen),      ROW(CmdCreate),        ROW(CmdClose),
+    ROW(CmdFlush),        ROW(CmdDelete),         ROW(CmdRename),    ROW(CmdSetAttributes), ROW(CmdRead),
+    ROW(CmdWrite),        ROW(CmdSetTimes),       ROW(CmdTrans),     ROW(CmdTranss),        ROW(CmdIoctl),
+    ROW(CmdIoctls),       ROW(CmdMove),           ROW(CmdOpenX),     ROW(CmdTrans2),        ROW(CmdTrans2s),
+    ROW(CmdTreeConnect),  ROW(CmdTreeDisconnect), ROW(CmdNegotiate), ROW(CmdSessionSetupX), ROW(CmdLogoffX),
+    ROW(CmdTreeConnectX), ROW(CmdNTCreateX),      ROW(CmdOpenPrint), ROW(CmdPrintQueue),    ROW(CmdNone),
+};
+
+constexpr Name kReason[] = {
+    ROW(ErrNone),     ROW(ErrSMB),          ROW(ErrBusy),       ROW(ErrRead),         ROW(ErrWrite),
+    ROW(ErrBlocked),  ROW(ErrConnected),    ROW(ErrConnecting), ROW(ErrNotConnected), ROW(ErrDisconnect),
+    ROW(ErrTimedOut), ROW(ErrNotSupported), ROW(ErrInternal),   ROW(ErrBadValue),     ROW(ErrServer),
+    ROW(ErrBadTID),   ROW(ErrBadFID),       ROW(ErrIPC),        ROW(ErrBadPrinter),   ROW(ErrBind),
+    ROW(ErrConnect),  ROW(ErrNegprot),
+};
+
+constexpr Name kState[] = {
+    ROW(StateSleeping),
+    ROW(StateOpenSession),
+    ROW(StatePassthruConnect),
+    ROW(StatePassthruSetup),
+    ROW(StateTreeConnect),
+    ROW(StateOpen),
+    ROW(StateRead),
+    ROW(StateClose),
+    ROW(StateDownload),
+    ROW(StateWrite),
+    ROW(StatePrintQueue),
+    ROW(StateModifyPrintJob),
+    ROW(StateUserInfo),
+    ROW(StateListShares),
+    ROW(StateListDirectory),
+    ROW(StateFileInfo),
+    ROW(StateListServers),
+    ROW(StateTransaction),
+    ROW(StateSetFileInfo),
+    ROW(StateMove),
+    ROW(StateRename),
+    ROW(StateDelete),
+    ROW(StateCreateDirectory),
+    ROW(StateDeleteDirectory),
+    ROW(StateFlush),
+    ROW(StateSetAttributes),
+    ROW(StateSetTimes),
+    ROW(StateTime),
+    ROW(StateNTAuthConnect),
+    ROW(StateNTAuthValidate),
+    ROW(StateNTAuthLookup),
+};
+
+constexpr Name kDialect[] = {
+    ROW(DialectCORE),
+    ROW(DialectWfWg),
+    ROW(DialectNT),
+};
+
+constexpr Name kSecurityLevel[] = {
+    ROW(SecLevelShare),
+    ROW(SecLevelUser),
+};
+
+constexpr Name kAccess[] = {
+    ROW(AccessRead),
+    ROW(AccessWrite),
+    ROW(AccessReadWrite),
+    ROW(AccessExecute),
+};
+
+constexpr Name kSharing[] = {
+    ROW(DenyCompat), ROW(DenyAll), ROW(DenyWrite), ROW(DenyRead), ROW(DenyNone),
+};
+
+constexpr Name kOpenfunction[] = {
+    ROW(OFFail),
+    ROW(OFOpen),
+    ROW(OFTruncate),
+    ROW(OFOverride),
+};
+
+constexpr Name kService[] = {
+    ROW(ServiceDisk), ROW(ServicePrinter), ROW(ServiceDevice), ROW(ServiceIPC), ROW(ServiceUnknown),
+};
+
+constexpr Name kPrinterStatus[] = {
+    ROW(PRQActive),
+    ROW(PRQPaused),
+    ROW(PRQError),
+    ROW(PRQPending),
+};
+
+constexpr Name kSpoolFileStatus[] = {
+    ROW(SpoolQueued), ROW(SpoolPaused), ROW(SpoolSpooling), ROW(SpoolPrinting), ROW(SpoolComplete), ROW(SpoolError),
+};
+
+constexpr Name kLanmanIPC[] = {
+    ROW(IPCNetShareEnum),   ROW(IPCNetUserGetInfo),   ROW(IPCDOSPrintGetInfo),
+    ROW(IPCDOSPrintJobDel), ROW(IPCDOSPrintJobPause), ROW(IPCDOSPrintJobContinue),
+    ROW(IPCNetRemoteTOD),   ROW(IPCNetServerEnum),    ROW(IPCDOSPrintJobSetInfo),
+};
+
+constexpr Name kTrans2Command[] = {
+    ROW(Trans2FindFirst2),    ROW(Trans2FindNext2),   ROW(Trans2QueryFSInfo),
+    ROW(Trans2QueryPathInfo), ROW(Trans2SetPathInfo), ROW(Trans2SetFileInfo),
+};
+
+constexpr Name kPrivilege[] = {
+    ROW(PrivGuest),
+    ROW(PrivUser),
+    ROW(PrivAdmin),
+};
+
+constexpr Name kFileInfoLevel[] = {
+    ROW(FileInfoOldAttribs), ROW(FileInfoAttribs), ROW(FileInfoSize),
+    ROW(FileInfoName),       ROW(FileInfoAll),     ROW(FileInfoAltname),
+};
+
+#undef ROW
+
+}  // namespace
+
+std::string ZnSMBClientValues::CommandString(unsigned value) { return Text(kCommand, "Command", value); }
+std::string ZnSMBClientValues::ReasonString(unsigned value) { return Text(kReason, "Reason", value); }
+std::string ZnSMBClientValues::StateString(unsigned value) { return Text(kState, "State", value); }
+std::string ZnSMBClientValues::DialectString(unsigned value) { return Text(kDialect, "Dialect", value); }
+std::string ZnSMBClientValues::SecurityLevelString(unsigned value) {
+  return Text(kSecurityLevel, "SecurityLevel", value);
+}
+std::string ZnSMBClientValues::AccessString(unsigned value) { return Text(kAccess, "Access", value); }
+std::string ZnSMBClientValues::SharingString(unsigned value) { return Text(kSharing, "Sharing", value); }
+std::string ZnSMBClientValues::OpenfunctionString(unsigned value) { return Text(kOpenfunction, "Openfunction", value); }
+std::string ZnSMBClientValues::ServiceString(unsigned value) { return Text(kService, "Service", value); }
+std::string ZnSMBClientValues::PrinterStatusString(unsigned value) {
+  return Text(kPrinterStatus, "PrinterStatus", value);
+}
+std::string ZnSMBClientValues::SpoolFileStatusString(unsigned value) {
+  return Text(kSpoolFileStatus, "SpoolFileStatus", value);
+}
+std::string ZnSMBClientValues::LanmanIPCString(unsigned value) { return Text(kLanmanIPC, "LanmanIPC", value); }
+std::string ZnSMBClientValues::Trans2CommandString(unsigned value) {
+  return Text(kTrans2Command, "Trans2Command", value);
+}
+std::string ZnSMBClientValues::PrivilegeString(unsigned value) { return Text(kPrivilege, "Privilege", value); }
+std::string ZnSMBClientValues::FileInfoLevelString(unsigned value) {
+  return Text(kFileInfoLevel, "FileInfoLevel", value);
+}

@@ -1,0 +1,267 @@
+#pragma once
+// What travels inside CmdTrans2: the parameter blocks of its sub-commands, directory entries, file and file-system
+// information. (MS-CIFS 2.2.6, 2.2.8)
+
+#include "smb/wire/encodings.h"
+#include "smb/wire/times.h"
+
+// Parameters of a request. `command` decides which members stand on the wire.
+struct ZnSMBCTrans2_ReqParams : ZnSmbRecord<ZnSMBCTrans2_ReqParams> {
+  ZnSMBClientValues::Trans2Command command;
+  ZnEncoding encoding;
+  ZnSMBCFileAttributes attribs;  // the kinds of file that may be found
+  uint16_t search_id = 0;
+  uint16_t search_count = 0;
+  uint16_t level = 0;
+  uint32_t storage_type = 0;
+  uint32_t resume_key = 0;
+  bool close_after_request = false;
+  bool close_at_end = false;
+  bool return_resume_keys = false;
+  bool continue_from_last = false;
+  bool backup_intent = false;
+  uint16_t fid = 0;
+  ZnUniString filename;  // never padded
+
+  ZnSMBCTrans2_ReqParams(ZnSMBClientValues::Trans2Command subcommand, ZnEncoding strings)
+      : command(subcommand), encoding(strings) {}
+  template <class Io>
+  bool Fields(Io& io) {
+    switch (command) {
+      case ZnSMBClientValues::Trans2FindFirst2:
+        return io.Record(attribs) && io.U16le(search_count) && Flags(io) && io.U16le(level) && io.U32le(storage_type) &&
+               io.StringAt(filename, encoding, 1);
+      case ZnSMBClientValues::Trans2FindNext2:
+        return io.U16le(search_id) && io.U16le(search_count) && io.U16le(level) && io.U32le(resume_key) && Flags(io) &&
+               io.StringAt(filename, encoding, 1);
+      case ZnSMBClientValues::Trans2QueryPathInfo:
+      case ZnSMBClientValues::Trans2SetPathInfo:
+        return io.U16le(level) && io.Reserved(4) && io.StringAt(filename, encoding, 1);
+      case ZnSMBClientValues::Trans2SetFileInfo:
+        return io.U16le(fid) && io.U16le(level) && io.Reserved(2);
+      case ZnSMBClientValues::Trans2QueryFSInfo:
+        return io.U16le(level);
+    }
+    return io.Fail();
+  }
+  template <class Io>
+  bool Flags(Io& io) {
+    return io.LowBits(close_after_request, 1) && io.LowBits(close_at_end, 1) && io.LowBits(return_resume_keys, 1) &&
+           io.LowBits(continue_from_last, 1) && io.LowBits(backup_intent, 1) && io.LowIgnored(11);
+  }
+  bool operator==(const ZnSMBCTrans2_ReqParams&) const = default;
+};
+
+// Parameters of a reply.
+struct ZnSMBCTrans2_RespParams : ZnSmbRecord<ZnSMBCTrans2_RespParams> {
+  ZnSMBClientValues::Trans2Command command;
+  uint16_t search_id = 0;
+  uint16_t search_count = 0;  // entries in the data
+  uint16_t end_of_search = 0;
+  uint16_t ea_error_offset = 0;
+  uint16_t last_name_offset = 0;
+
+  explicit ZnSMBCTrans2_RespParams(ZnSMBClientValues::Trans2Command subcommand) : command(subcommand) {}
+  template <class Io>
+  bool Fields(Io& io) {
+    switch (command) {
+      case ZnSMBClientValues::Trans2FindFirst2:
+        return io.U16le(search_id) && Found(io);
+      case ZnSMBClientValues::Trans2FindNext2:
+        return Found(io);
+      case ZnSMBClientValues::Trans2QueryPathInfo:
+        return true;
+      case ZnSMBClientValues::Trans2SetPathInfo:
+      case ZnSMBClientValues::Trans2SetFileInfo:
+      case ZnSMBClientValues::Trans2QueryFSInfo:
+        return io.U16le(ea_error_offset);
+    }
+    return io.Fail();
+  }
+  template <class Io>
+  bool Found(Io& io) {
+    return io.U16le(search_count) && io.U16le(end_of_search) && io.U16le(ea_error_offset) && io.U16le(last_name_offset);
+  }
+  bool operator==(const ZnSMBCTrans2_RespParams&) const = default;
+};
+
+// One entry of a listing at level 260; no other level is known. `offset` is the entry's position in the data plus 1.
+// The next entry is at `next_offset` from the start of this one; in the last entry that number means nothing.
+// (MS-CIFS 2.2.8.1.7)
+struct ZnSMBCTrans2_DIRENTRY : ZnSmbRecord<ZnSMBCTrans2_DIRENTRY> {
+  static constexpr uint16_t kLevel = 260;
+  static constexpr size_t kFixedSize = 94;  // everything before the file name
+  static constexpr size_t kShortNameField = 24;
+  static constexpr size_t kLongestShortName = 12;  // characters
+
+  ZnEncoding filename_encoding;
+  ZnEncoding shortname_encoding;
+  uint16_t level;
+  size_t offset;
+  uint32_t next_offset = 0;
+  uint32_t file_index = 0;  // the resume key
+  ZnSMBCTimeDCE create_time;
+  ZnSMBCTimeDCE last_access_time;
+  ZnSMBCTimeDCE last_write_time;
+  ZnSMBCTimeDCE last_change_time;
+  uint64_t end_of_file = 0;
+  uint64_t allocation_size = 0;
+  ZnSMBCFileXAttributes xattribs;
+  uint32_t ea_size = 0;
+  ZnUniString shortname;
+  ZnUniString filename;
+
+  ZnSMBCTrans2_DIRENTRY(ZnEncoding filenameEncoding, ZnEncoding shortnameEncoding, uint16_t entryLevel, size_t start)
+      : filename_encoding(filenameEncoding), shortname_encoding(shortnameEncoding), level(entryLevel), offset(start) {}
+  template <class Io>
+  bool Fields(Io& io) {
+    if (level != kLevel) return io.Fail();
+    size_t start = io.Offset();
+    auto filenameLength = static_cast<uint32_t>(ZnSmbTextSize(filename, filename_encoding));
+    return io.U32le(next_offset) && io.U32le(file_index) && io.Record(create_time) && io.Record(last_access_time) &&
+           io.Record(last_write_time) && io.Record(last_change_time) && io.U64le(end_of_file) &&
+           io.U64le(allocation_size) && io.Record(xattribs) && io.U32le(filenameLength) && io.U32le(ea_size) &&
+           ShortName(io) && io.TextAt(filename, filename_encoding, offset + io.Offset() - start, filenameLength);
+  }
+  template <class Io>
+  bool ShortName(Io& io) {
+    auto length = static_cast<uint8_t>(ZnSmbTextSize(shortname, shortname_encoding));
+    if (!io.U8(length) || !io.Reserved(1)) return false;
+    size_t characters = shortname_encoding == ZnCodeset::Utf16Lsb ? length / 2 : length;
+    if (characters > kLongestShortName) return io.Fail();
+    size_t end = io.Offset() + kShortNameField;
+    return io.TextAt(shortname, shortname_encoding, 1, length) && io.PadTo(end);
+  }
+  bool operator==(const ZnSMBCTrans2_DIRENTRY&) const = default;
+};
+
+// Information about one file; `level` (a ZnSMBClientValues::FileInfoLevel) decides which members stand on the wire.
+// (MS-CIFS 2.2.8.3, 2.2.8.4)
+struct ZnSMBCTrans2_FILEINFO : ZnSmbRecord<ZnSMBCTrans2_FILEINFO> {
+  ZnEncoding encoding;
+  uint16_t level;
+  ZnSMBCFileAttributes attribs;
+  // Level 1
+  ZnSMBCDate old_create_date;
+  ZnSMBCTime old_create_time;
+  ZnSMBCDate old_access_date;
+  ZnSMBCTime old_access_time;
+  ZnSMBCDate old_change_date;
+  ZnSMBCTime old_change_time;
+  uint32_t old_size = 0;
+  uint32_t old_allocation_size = 0;
+  // The others
+  ZnSMBCTimeDCE create_time;
+  ZnSMBCTimeDCE last_access_time;
+  ZnSMBCTimeDCE last_write_time;
+  ZnSMBCTimeDCE last_change_time;
+  uint64_t allocation_size = 0;
+  uint64_t end_of_file = 0;
+  uint32_t link_count = 0;
+  bool delete_pending = false;
+  bool directory = false;
+  uint64_t index_number = 0;
+  uint32_t ea_size = 0;
+  uint32_t access_flags = 0;
+  uint64_t file_index = 0;
+  uint32_t position = 0;
+  uint32_t mode = 0;
+  uint32_t alignment = 0;
+  ZnUniString filename;
+  ZnUniString altname;
+
+  ZnSMBCTrans2_FILEINFO(ZnEncoding strings, uint16_t infoLevel) : encoding(strings), level(infoLevel) {}
+  template <class Io>
+  bool Fields(Io& io) {
+    switch (level) {
+      case ZnSMBClientValues::FileInfoOldAttribs:
+        return OldAttribs(io);
+      case ZnSMBClientValues::FileInfoAttribs:
+        return Attribs(io);
+      case ZnSMBClientValues::FileInfoSize:
+        return Size(io);
+      case ZnSMBClientValues::FileInfoName:
+        return Name(io, filename);
+      case ZnSMBClientValues::FileInfoAll:
+        return Attribs(io) && io.Reserved(2) && Size(io) && io.U64le(index_number) && io.U32le(ea_size) &&
+               io.U32le(access_flags) && io.U64le(file_index) && io.U32le(position) && io.U32le(mode) &&
+               io.U32le(alignment) && Name(io, filename);
+      case ZnSMBClientValues::FileInfoAltname:
+        return Name(io, altname);
+    }
+    return io.Fail();
+  }
+  template <class Io>
+  bool OldAttribs(Io& io) {
+    return io.Record(old_create_date) && io.Record(old_create_time) && io.Record(old_access_date) &&
+           io.Record(old_access_time) && io.Record(old_change_date) && io.Record(old_change_time) &&
+           io.U32le(old_size) && io.U32le(old_allocation_size) && io.Record(attribs);
+  }
+  template <class Io>
+  bool Attribs(Io& io) {
+    return io.Record(create_time) && io.Record(last_access_time) && io.Record(last_write_time) &&
+           io.Record(last_change_time) && io.Record(attribs) && io.Reserved(2);
+  }
+  template <class Io>
+  bool Size(Io& io) {
+    return io.U64le(allocation_size) && io.U64le(end_of_file) && io.U32le(link_count) && io.U8(delete_pending) &&
+           io.U8(directory);
+  }
+  // The stated length is not relied on: the name runs to its terminator or to the end.
+  template <class Io>
+  bool Name(Io& io, ZnUniString& name) {
+    auto length = static_cast<uint32_t>(ZnSmbTextSize(name, encoding));
+    return io.U32le(length) && io.StringAt(name, encoding, 1);
+  }
+  bool operator==(const ZnSMBCTrans2_FILEINFO&) const = default;
+};
+
+// Information about a file system, at level 1 or 2. (MS-CIFS 2.2.8.2)
+struct ZnSMBCTrans2_FSINFO : ZnSmbRecord<ZnSMBCTrans2_FSINFO> {
+  ZnEncoding encoding;
+  uint16_t level;
+  uint32_t filesystem_id = 0;
+  uint32_t sectors_per_unit = 0;
+  uint32_t units = 0;
+  uint32_t available_units = 0;
+  uint32_t bytes_per_sector = 0;
+  uint32_t serial_number = 0;  // level 2, with the label
+  ZnUniString label;
+
+  ZnSMBCTrans2_FSINFO(ZnEncoding strings, uint16_t infoLevel) : encoding(strings), level(infoLevel) {}
+  template <class Io>
+  bool Fields(Io& io) {
+    if (level != 1 && level != 2) return io.Fail();
+    return io.U32le(filesystem_id) && io.U32le(sectors_per_unit) && io.U32le(units) && io.U32le(available_units) &&
+           io.U32le(bytes_per_sector) && (level == 1 || Label(io));
+  }
+  template <class Io>
+  bool Label(Io& io) {
+    auto length = static_cast<uint8_t>(ZnSmbTextSize(label, encoding));
+    return io.U32le(serial_number) && io.U8(length) && io.TextAt(label, encoding, 1, length);
+  }
+  bool operator==(const ZnSMBCTrans2_FSINFO&) const = default;
+};
+
+// Data of a reply. A listing stays raw, for its entries are read one by one; the reply to a change has no data.
+struct ZnSMBCTrans2_RespData : ZnSmbRecord<ZnSMBCTrans2_RespData> {
+  ZnSMBClientValues::Trans2Command command;
+  ZnPacket data;
+  ZnSMBCTrans2_FILEINFO fileinfo;
+  ZnSMBCTrans2_FSINFO fsinfo;
+
+  ZnSMBCTrans2_RespData(ZnSMBClientValues::Trans2Command subcommand, uint16_t level, ZnEncoding strings)
+      : command(subcommand), fileinfo(strings, level), fsinfo(strings, level) {}
+  template <class Io>
+  bool Fields(Io& io) {
+    switch (command) {
+      case ZnSMBClientValues::Trans2QueryPathInfo:
+        return io.Record(fileinfo);
+      case ZnSMBClientValues::Trans2QueryFSInfo:
+        return io.Record(fsinfo);
+      default:
+        return io.Rest(data);
+    }
+  }
+  bool operator==(const ZnSMBCTrans2_RespData&) const = default;
+};

@@ -1,0 +1,120 @@
+// Attributes: when they are fetched, and what a server's entry becomes for NFS.
+
+#include <limits>
+
+#include "model/name_mapping.h"
+#include "runtime/random.h"
+#include "tree/age.h"
+#include "tree/file_system.h"
+#include "tree/nfs_time.h"
+
+namespace {
+
+constexpr uint32_t kDirectoryBit = 0040000;
+constexpr uint32_t kRegularBit = 0100000;
+constexpr uint32_t kLinkBits = 0120000;
+constexpr uint32_t kWriteBits = 0222;
+constexpr uint32_t kBlockSize = 512;
+constexpr uint32_t kMicroseconds = 1000000;
+
+uint32_t BlocksOf(uint32_t size) { return size / kBlockSize + (size % kBlockSize != 0 ? 1 : 0); }
+
+void SetType(ZnNFSFattr& attribs, ZnNFSEnum::FileType type, uint32_t bits, int32_t unixperms) {
+  attribs.type = type;
+  attribs.mode = bits | static_cast<uint32_t>(unixperms);
+}
+
+// An attribute that stands for mode bits: set, they show; clear, they don't.
+void ShowAttribute(ZnNFSFattr& attribs, bool set, int32_t mask) {
+  if (set) {
+    attribs.mode |= static_cast<uint32_t>(mask);
+  } else {
+    attribs.mode &= ~static_cast<uint32_t>(mask);
+  }
+}
+
+void SetMode(ZnNFSFattr& attribs, const ZnUniString& name, const ZnSMBCFileAttributes& entry,
+             const ZnSMBNFSShareConfig& config) {
+  if (entry.directory) {
+    SetType(attribs, ZnNFSEnum::NFDIR, kDirectoryBit, config.unixperms);
+  } else if (IsLinkName(name, config.linkstring)) {
+    SetType(attribs, ZnNFSEnum::NFLNK, kLinkBits, config.unixperms);
+  } else {
+    SetType(attribs, ZnNFSEnum::NFREG, kRegularBit, config.unixperms);
+  }
+  if (entry.read_only) attribs.mode &= ~kWriteBits;
+  ShowAttribute(attribs, entry.hidden, config.hidden);
+  ShowAttribute(attribs, entry.system, config.system);
+  ShowAttribute(attribs, entry.archive, config.archive);
+}
+
+// Another fraction of a second than the last one, never 0: servers that keep whole seconds would hide a change within
+// one.
+uint32_t OtherMicroseconds(uint32_t last) {
+  uint32_t drawn = 0;
+  while (drawn == 0 || drawn == last) drawn = ZnRandom::RndNum() % kMicroseconds;
+  return drawn;
+}
+
+}  // namespace
+
+void ZnSMBNFSFileSystem::BUpdateNode(ZnSMBNFSCommand* command) {
+  ZnSMBNFSNode* node = command->node.Get();
+  if (!node) return SendError(command, ZnNFSEnum::NFSERR_STALE);
+  if (!node->IsInside()) {
+    if (node->attribtime.IsZero()) node->attribs.mtime = ZnNfsTime(ZnTimeVal::now());
+    return Continue(command);
+  }
+  ZnSMBNFSTree* tree = GetTree(node);
+  if (!tree) return SendError(command, ZnNFSEnum::NFSERR_ACCES);
+  bool parentfresh = !node->parent->contentstime.IsZero();
+  if (parentfresh && ZnIsFresh(node->attribtime, tree->config.attribttl)) return Continue(command);
+  GetSession(node)->Request(command, ZnSMBNFSEnum::SCRequestAttribs);
+}
+
+void ZnSMBNFSFileSystem::CBUpdateNode(ZnSMBNFSCommand* command) {
+  ZnSMBNFSNode* node = command->node.Get();
+  if (!node) return SendError(command, ZnNFSEnum::NFSERR_STALE);
+  bool failed = command->sessionstatus == ZnSMBNFSEnum::SSTError;
+  if (!failed && command->files.Count() == 1) UpdateNode(node, command->files[0], false);
+  command->files.Flush();
+  Continue(command);
+}
+
+void ZnSMBNFSFileSystem::UpdateNode(ZnSMBNFSNode* node, const ZnSMBCFileObject& entry, bool isnew) {
+  ZnSMBNFSTree* tree = GetTree(node);
+  if (!tree) return;
+  uint32_t lastmicroseconds = isnew ? 0 : node->attribs.mtime.useconds;
+  node->fileobject = entry;
+  ZnNFSFattr& attribs = node->attribs;
+  attribs = baseattribs_;
+  attribs.uid = static_cast<uint32_t>(tree->config.uid);
+  attribs.gid = static_cast<uint32_t>(tree->config.gid);
+  attribs.fileid = node->id;
+  SetMode(attribs, node->name, entry.attribs, tree->config);
+  // Servers show an open file's old size until it is closed; what was written here counts.
+  uint32_t size = node->file ? std::max(entry.size, node->file->writtensize) : entry.size;
+  if (!entry.attribs.directory || size > 0) {
+    attribs.size = size;
+    attribs.blocks = BlocksOf(size);
+  }
+  attribs.atime = ZnNfsTime(entry.accessed);
+  attribs.mtime = ZnNfsTime(entry.modified);
+  attribs.ctime = ZnNfsTime(entry.created);
+  if (entry.attribs.directory && attribs.mtime.useconds == 0)
+    attribs.mtime.useconds = OtherMicroseconds(lastmicroseconds);
+  node->attribtime = ZnTimeVal::now();
+}
+
+// What a successful write did to the file's attributes. They aren't fetched again while the file is open, and a client
+// that appends once more must see the new end, or it overwrites its own data.
+void ZnSMBNFSFileSystem::ShowWrite(ZnSMBNFSNode* node, uint32_t end, bool truncates) {
+  ZnTimeVal now = ZnTimeVal::now();
+  uint32_t size = truncates ? end : std::max(node->attribs.size, end);
+  node->attribs.size = size;
+  node->attribs.blocks = BlocksOf(size);
+  node->attribs.mtime = ZnNfsTime(now);
+  node->fileobject.size = size;
+  node->fileobject.modified = now;
+  if (node->file) node->file->writtensize = truncates ? end : std::max(node->file->writtensize, end);
+}

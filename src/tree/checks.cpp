@@ -1,0 +1,99 @@
+// Steps that only decide: each sets command->error and leaves the rest to its caller.
+
+#include "model/name_mapping.h"
+#include "tree/file_system.h"
+
+namespace {
+
+constexpr uint32_t kUnset = ZnNFSEnum::kUnchanged;
+
+void RefuseDirectory(ZnSMBNFSCommand* command) {
+  if (!command->node) {
+    command->error = ZnNFSEnum::NFSERR_STALE;
+  } else if (command->node->IsDirectory()) {
+    command->error = ZnNFSEnum::NFSERR_ISDIR;
+  }
+}
+
+}  // namespace
+
+void ZnSMBNFSFileSystem::CheckReadFromFile(ZnSMBNFSCommand* command) { RefuseDirectory(command); }
+
+void ZnSMBNFSFileSystem::CheckWriteToFile(ZnSMBNFSCommand* command) { RefuseDirectory(command); }
+
+void ZnSMBNFSFileSystem::CheckSetAttrOpen(ZnSMBNFSCommand*) {}
+
+void ZnSMBNFSFileSystem::CheckRemoveDirectory(ZnSMBNFSCommand* command) {
+  ZnSMBNFSNode* node = command->node.Get();
+  if (!node) {
+    command->error = ZnNFSEnum::NFSERR_STALE;
+  } else if (!node->IsDirectory()) {
+    command->error = ZnNFSEnum::NFSERR_NOTDIR;
+  } else if (!node->children.IsEmpty()) {
+    command->error = ZnNFSEnum::NFSERR_NOTEMPTY;
+  }
+}
+
+void ZnSMBNFSFileSystem::CheckCreateFile(ZnSMBNFSCommand* command) {
+  ZnSMBNFSNode* directory = command->node.Get();
+  command->error = NewNameStatus(directory, command->name);
+  if (command->error != ZnNFSEnum::NFSERR_EXIST) return;
+  if (FindByName(directory, command->name)->IsDirectory()) command->error = ZnNFSEnum::NFSERR_ISDIR;
+}
+
+void ZnSMBNFSFileSystem::CheckMakeDirectory(ZnSMBNFSCommand* command) {
+  command->error = NewNameStatus(command->node.Get(), command->name);
+}
+
+void ZnSMBNFSFileSystem::CheckCreateLink(ZnSMBNFSCommand* command) {
+  command->error = NewNameStatus(command->node2.Get(), command->name);
+}
+
+ZnNFSEnum::Status ZnSMBNFSFileSystem::NewNameStatus(ZnSMBNFSNode* directory, const ZnUniString& name) {
+  if (!directory) return ZnNFSEnum::NFSERR_STALE;
+  return FindByName(directory, name) ? ZnNFSEnum::NFSERR_EXIST : NameStatus(directory, name);
+}
+
+// The link's file gets the share's permissions; nothing else is set.
+void ZnSMBNFSFileSystem::CheckCreateSymLink(ZnSMBNFSCommand* command) {
+  ZnSMBNFSTree* tree = command->node ? GetTree(command->node.Get()) : nullptr;
+  if (!tree) {
+    command->error = command->node ? ZnNFSEnum::NFSERR_ACCES : ZnNFSEnum::NFSERR_STALE;
+    return;
+  }
+  command->name = ToLinkName(command->name, tree->config.linkstring);
+  ZnNFSSattr& attributes = command->ownsattr;
+  attributes.mode = static_cast<uint32_t>(tree->config.unixperms);
+  attributes.uid = attributes.gid = attributes.size = kUnset;
+  attributes.atime.seconds = attributes.mtime.seconds = kUnset;
+  attributes.atime.useconds = attributes.mtime.useconds = 0;
+  command->sattr = &attributes;
+  CheckMakeDirectory(command);
+}
+
+void ZnSMBNFSFileSystem::CheckRename(ZnSMBNFSCommand* command) {
+  ZnSMBNFSNode* node = command->node.Get();
+  ZnSMBNFSNode* directory = command->node2.Get();
+  if (!node || !directory) {
+    command->error = ZnNFSEnum::NFSERR_STALE;
+    return;
+  }
+  ZnSMBNFSTree* tree = GetTree(node);
+  // A link stays one under its new name.
+  if (tree && IsLinkName(node->name, tree->config.linkstring) && !IsLinkName(command->name, tree->config.linkstring)) {
+    command->name = ToLinkName(command->name, tree->config.linkstring);
+  }
+  ZnSMBNFSNode* existing = FindByName(directory, command->name);
+  if (existing && existing->file) existing->file->close = true;
+  command->error = NameStatus(directory, command->name, node);
+}
+
+bool ZnSMBNFSFileSystem::SetAttrNeedTruncate(ZnSMBNFSCommand* command) { return command->sattr->size != kUnset; }
+
+bool ZnSMBNFSFileSystem::SetAttrNeedOpen(ZnSMBNFSCommand* command) {
+  ZnSMBNFSNode* node = command->node.Get();
+  if (!node || node->IsDirectory()) return false;
+  if (SetAttrNeedTruncate(command)) return true;
+  // An open file is what the older servers need to change times.
+  return SetsOldWay(node) && (command->sattr->atime.seconds != kUnset || command->sattr->mtime.seconds != kUnset);
+}

@@ -1,0 +1,98 @@
+// What follows when a session has done its part: what the change made out of date, and the status of a failure.
+
+#include "tree/file_system.h"
+
+namespace {
+
+using E = ZnSMBNFSEnum;
+using FS = ZnSMBNFSFileSystem;
+
+struct Completion {
+  E::SessionCommand what;
+  void (FS::*step)(ZnSMBNFSCommand*);
+};
+
+constexpr Completion kCompletions[] = {
+    {E::SCRequestShares, &FS::CBUpdateShareList},
+    {E::SCRequestDirs, &FS::CBUpdateDirList},
+    {E::SCRequestAttribs, &FS::CBUpdateNode},
+    {E::SCRequestMkdir, &FS::CBMakeDirectory},
+    {E::SCRequestSetAllAttribs, &FS::CBSetAllAttributes},
+    {E::SCRequestRmdir, &FS::CBRemoveDirectory},
+    {E::SCRequestCreateFile, &FS::CBCreateFile},
+    {E::SCRequestOpenFile, &FS::CBOpenFile},
+    {E::SCRequestWrite, &FS::CBWriteToFile},
+    {E::SCRequestRead, &FS::CBReadFromFile},
+    {E::SCRequestRm, &FS::CBRemoveFile},
+    {E::SCRequestSetAttribs, &FS::CBSetAttributes},
+    {E::SCRequestSetTimes, &FS::CBSetTimes},
+    {E::SCRequestRename, &FS::CBRename},
+};
+
+bool Failed(const ZnSMBNFSCommand* command) { return command->sessionstatus == E::SSTError; }
+
+}  // namespace
+
+void ZnSMBNFSFileSystem::CompleteRequest(ZnSMBNFSCommand* command) {
+  for (const Completion& completion : kCompletions) {
+    if (completion.what == command->sessioncommand) return (this->*completion.step)(command);
+  }
+}
+
+void ZnSMBNFSFileSystem::Finish(ZnSMBNFSCommand* command) {
+  if (!command->node) return SendError(command, ZnNFSEnum::NFSERR_STALE);
+  if (!Failed(command)) return Continue(command);
+  SendError(command, command->session ? command->session->ConvertError(*command) : ZnNFSEnum::NFSERR_ACCES);
+}
+
+void ZnSMBNFSFileSystem::CBOpenFile(ZnSMBNFSCommand* command) {
+  ZnSMBNFSNode* node = command->node.Get();
+  bool reused = node && node->file && !node->file->fresh;
+  if (node && !Failed(command) && !(config_.optimisticnodeinvalidation && reused)) OutOfDate(node, false);
+  Finish(command);
+}
+
+void ZnSMBNFSFileSystem::CBReadFromFile(ZnSMBNFSCommand* command) {
+  if (command->node && Failed(command)) OutOfDate(command->node.Get(), false);
+  Finish(command);
+}
+
+void ZnSMBNFSFileSystem::CBWriteToFile(ZnSMBNFSCommand* command) {
+  if (ZnSMBNFSNode* node = command->node.Get()) {
+    if (!Failed(command)) ShowWrite(node, command->writeend, command->truncates);
+    if (!config_.optimisticnodeinvalidation || !node->file) OutOfDate(node, false);
+  }
+  Finish(command);
+}
+
+void ZnSMBNFSFileSystem::CBCreateFile(ZnSMBNFSCommand* command) {
+  if (command->node && !Failed(command)) OutOfDate(command->node.Get(), true);
+  Finish(command);
+}
+
+void ZnSMBNFSFileSystem::CBMakeDirectory(ZnSMBNFSCommand* command) { CBCreateFile(command); }
+
+void ZnSMBNFSFileSystem::CBRemoveFile(ZnSMBNFSCommand* command) {
+  ZnSMBNFSNode* node = command->node.Get();
+  if (node && !Failed(command)) {
+    OutOfDate(node->parent, true);
+    OutOfDate(node, false);
+  }
+  Finish(command);
+}
+
+void ZnSMBNFSFileSystem::CBRemoveDirectory(ZnSMBNFSCommand* command) { CBRemoveFile(command); }
+
+void ZnSMBNFSFileSystem::CBRename(ZnSMBNFSCommand* command) {
+  if (command->node2 && !Failed(command)) OutOfDate(command->node2.Get(), true);
+  CBRemoveFile(command);
+}
+
+void ZnSMBNFSFileSystem::CBSetAttributes(ZnSMBNFSCommand* command) {
+  if (command->node) OutOfDate(command->node.Get(), false);
+  Finish(command);
+}
+
+void ZnSMBNFSFileSystem::CBSetAllAttributes(ZnSMBNFSCommand* command) { CBSetAttributes(command); }
+
+void ZnSMBNFSFileSystem::CBSetTimes(ZnSMBNFSCommand* command) { CBSetAttributes(command); }

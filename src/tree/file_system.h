@@ -1,0 +1,172 @@
+#pragma once
+// The virtual file system: one in-memory tree of users, machines, shares and what the shares hold, and the steps of
+// which the NFS procedures are made. A step says by its name what it may do: NB finishes without network traffic, B may
+// go to a session, CB is its completion, Check only decides (it sets command->error and returns). A step that ends
+// calls the server's HandleCommand; one that fails calls SendError. After either the command may be gone.
+
+#include <memory>
+#include <unordered_set>
+#include <vector>
+
+#include "config/server_config.h"
+#include "model/node.h"
+#include "model/session_base.h"
+#include "model/upward.h"
+#include "model/user_base.h"
+#include "rpc/nfs_records.h"
+
+class ZnSMBNFSFileSystem : public ZnSMBNFSSessionHost {
+ public:
+  // `server` and `loop` outlive the file system. It has no root until _init.
+  ZnSMBNFSFileSystem(ZnSMBNFSCommandHandler* server, ZnEventLoopBase* loop, const ZnSMBNFSServerConfig& config);
+  ~ZnSMBNFSFileSystem() override;
+
+  // --- Nodes and handles (nodes.cpp) ---
+  // Builds the root from the handle of the first GETATTR or STATFS that arrives, whatever its bytes are.
+  void _init(const ZnNFSFileHandle& handle);
+  bool IsInitialised() const { return root_ != nullptr; }
+  ZnSMBNFSNode* root() { return root_.get(); }
+  // A file id for a node: never 0 to 2 and never that of an ancestor, since ids serve as directory cookies.
+  uint32_t NextId(ZnSMBNFSNode* node);
+  // Makes a node of level 4 or deeper from an entry of a listing of `parent`. Owned by the session's handle dictionary.
+  ZnSMBNFSNode* AddNode(ZnSMBNFSNode* parent, const ZnSMBCFileObject& entry);
+  // The same with the Windows path of what lies in `parent`, which all entries of a listing share.
+  ZnSMBNFSNode* AddNode(ZnSMBNFSNode* parent, const ZnSMBCFileObject& entry, const ZnUniString& path);
+  // Destroys a node and everything below it; its handles are stale for good. Commands that wait for a machine's session
+  // fail on the way, and what they do next may reach back here.
+  void Prune(ZnSMBNFSNode* node);
+  // The session of the machine above, made on demand; null when there is none.
+  ZnSMBNFSSessionBase* GetSession(ZnSMBNFSNode* node);
+  // The tree of the share above, made on demand; null when there is none.
+  ZnSMBNFSTree* GetTree(ZnSMBNFSNode* node);
+  // Records a failure; unless the command is tolerant its state becomes STError. Then HandleCommand.
+  void SendError(ZnSMBNFSCommand* command, ZnNFSEnum::Status status);
+  // The step is done: the command goes on.
+  void Continue(ZnSMBNFSCommand* command) { server_->HandleCommand(command); }
+
+  // --- Looking up (find.cpp) ---
+  void NBFindByHandle(ZnSMBNFSCommand* command);
+  void NBFindByName(ZnSMBNFSCommand* command);
+  // The child that answers to `name` in `directory`, by the share's matching rules; null when there is none.
+  ZnSMBNFSNode* FindByName(ZnSMBNFSNode* directory, const ZnUniString& name);
+  // Whether an entry `name` may be made in `directory`, as far as the share's settings go. `besides`, when not null, is
+  // an entry that doesn't count: the one that gets the name.
+  bool ValidateName(ZnSMBNFSNode* directory, const ZnUniString& name, const ZnSMBNFSShareConfig& config,
+                    const ZnSMBNFSNode* besides = nullptr);
+
+  // --- Keeping the tree up to date (refresh_*.cpp) ---
+  void BUpdateNodeContents(ZnSMBNFSCommand* command);
+  void NBUpdateUserList(ZnSMBNFSCommand* command);
+  // An empty name brings the list up to date and continues the command; a name is one that a look-up brought, and the
+  // function only returns.
+  void NBUpdateMachineList(ZnSMBNFSCommand* command, const ZnUniString& name);
+  void BUpdateShareList(ZnSMBNFSCommand* command);
+  void CBUpdateShareList(ZnSMBNFSCommand* command);
+  void BUpdateDirList(ZnSMBNFSCommand* command);
+  void CBUpdateDirList(ZnSMBNFSCommand* command);
+  void BUpdateNode(ZnSMBNFSCommand* command);
+  void CBUpdateNode(ZnSMBNFSCommand* command);
+  // Turns what the server says of an entry into NFS attributes.
+  void UpdateNode(ZnSMBNFSNode* node, const ZnSMBCFileObject& entry, bool isnew);
+  // Builds one READDIR page. `cookie` is the file id of the entry to go on at, 0 for the start; `count` bounds the
+  // bytes; `eof` becomes 1 when the directory's end is reached.
+  void FillContents(ZnSMBNFSNode* node, uint32_t cookie, uint32_t count, ZnNFSList<ZnNFSDirEntry>& list, uint32_t& eof);
+
+  // --- File operations (operations.cpp, checks.cpp, completions.cpp) ---
+  void CheckReadFromFile(ZnSMBNFSCommand* command);
+  void CheckWriteToFile(ZnSMBNFSCommand* command);
+  void CheckRemoveDirectory(ZnSMBNFSCommand* command);
+  void CheckCreateFile(ZnSMBNFSCommand* command);
+  void CheckMakeDirectory(ZnSMBNFSCommand* command);
+  void CheckCreateLink(ZnSMBNFSCommand* command);
+  void CheckCreateSymLink(ZnSMBNFSCommand* command);
+  void CheckRename(ZnSMBNFSCommand* command);
+  void CheckSetAttrOpen(ZnSMBNFSCommand* command);
+  bool SetAttrNeedOpen(ZnSMBNFSCommand* command);
+  bool SetAttrNeedTruncate(ZnSMBNFSCommand* command);
+  void BOpenFile(ZnSMBNFSCommand* command);
+  void BCreateFile(ZnSMBNFSCommand* command);
+  void BReadFromFile(ZnSMBNFSCommand* command);
+  void BWriteToFile(ZnSMBNFSCommand* command);
+  void BRemoveFile(ZnSMBNFSCommand* command);
+  void BRemoveDirectory(ZnSMBNFSCommand* command);
+  void BMakeDirectory(ZnSMBNFSCommand* command);
+  void BRename(ZnSMBNFSCommand* command);
+  void BSetAttributes(ZnSMBNFSCommand* command);
+  void BSetAllAttributes(ZnSMBNFSCommand* command);
+  void BSetTimes(ZnSMBNFSCommand* command);
+  void NBCreateLink(ZnSMBNFSCommand* command);
+  void NBCreateSymLink(ZnSMBNFSCommand* command);
+  void NBGetLinkPath(ZnSMBNFSCommand* command);
+  void NBStatFileSystem(ZnSMBNFSCommand* command);
+
+  // --- Completions (completions.cpp) ---
+  void CBOpenFile(ZnSMBNFSCommand* command);
+  void CBReadFromFile(ZnSMBNFSCommand* command);
+  void CBWriteToFile(ZnSMBNFSCommand* command);
+  void CBCreateFile(ZnSMBNFSCommand* command);
+  void CBMakeDirectory(ZnSMBNFSCommand* command);
+  void CBRemoveFile(ZnSMBNFSCommand* command);
+  void CBRemoveDirectory(ZnSMBNFSCommand* command);
+  void CBRename(ZnSMBNFSCommand* command);
+  void CBSetAttributes(ZnSMBNFSCommand* command);
+  void CBSetAllAttributes(ZnSMBNFSCommand* command);
+  void CBSetTimes(ZnSMBNFSCommand* command);
+
+  // --- What sessions ask of us ---
+  void CompleteRequest(ZnSMBNFSCommand* command) override;
+  ZnEventLoopBase* eventloop() override { return loop_; }
+  const ZnSMBNFSServerConfig& serverconfig() const override { return config_; }
+  void AddSession(ZnSMBNFSSessionBase* session) override;
+  void RemoveSession(ZnSMBNFSSessionBase* session) override;
+  // A copy: the list may change while it is walked.
+  std::vector<ZnSMBNFSSessionBase*> sessions() const { return {sessions_.begin(), sessions_.end()}; }
+  // Calls CleanUp on every session, whichever of them go meanwhile.
+  void CleanUpSessions();
+
+ protected:
+  // Tests put stand-ins here.
+  virtual std::unique_ptr<ZnSMBNFSSessionBase> MakeSession(ZnSMBNFSNode* machinenode,
+                                                           const ZnSMBNFSMachineConfig& config);
+  virtual std::unique_ptr<ZnSMBNFSUserBase> MakeUser(ZnSMBNFSNode* usernode);
+
+ private:
+  // Why an entry `name` can't be made in `directory`; NFS_OK when it can.
+  ZnNFSEnum::Status NameStatus(ZnSMBNFSNode* directory, const ZnUniString& name, const ZnSMBNFSNode* besides = nullptr);
+  // What a new file, directory or link of command->name would meet in `directory`.
+  ZnNFSEnum::Status NewNameStatus(ZnSMBNFSNode* directory, const ZnUniString& name);
+  // The form that all steps with a request share: access denied where no server stores anything, or where there is no
+  // session.
+  void Ask(ZnSMBNFSCommand* command, ZnSMBNFSEnum::SessionCommand what);
+  // Whether the command's attributes go to the server the old way, in two calls.
+  bool SetsOldWay(ZnSMBNFSNode* node);
+  void UpdateUser(ZnSMBNFSNode* node, const ZnUniString& name);
+  void UpdateKnownMachines(ZnSMBNFSNode* usernode, const std::unordered_set<ZnUniString>& configured, bool wildcard);
+  void UpdateMachine(ZnSMBNFSNode* usernode, const ZnUniString& name);
+  void LimitLookedUpMachines(ZnSMBNFSNode* usernode, const std::unordered_set<ZnUniString>& configured);
+  void UpdateShare(ZnSMBNFSNode* machinenode, const ZnUniString& name);
+  // Goes on, or with the failure's status after a request that failed.
+  void Finish(ZnSMBNFSCommand* command);
+  static void ShowWrite(ZnSMBNFSNode* node, uint32_t end, bool truncates);
+  // The Windows path of what lies in a directory, with "\" at both ends.
+  static ZnUniString PathInside(const ZnSMBNFSNode& directory, const ZnSMBNFSShareConfig& config);
+  // Levels 1 to 3: a new node below `parent`, with its handle and id.
+  ZnSMBNFSNode* AddTopNode(ZnSMBNFSNode* parent, const ZnUniString& name);
+  // Attributes of a made-up directory from the configuration.
+  void SetTopAttributes(ZnSMBNFSNode* node, int32_t uid, int32_t gid, int32_t unixperms);
+  static void AddChild(ZnSMBNFSNode* parent, ZnSMBNFSNode* node);
+  static void RemoveChild(ZnSMBNFSNode* parent, const ZnUniString& name);
+  // Prunes the children whose names aren't in `names`; all of them for an empty set.
+  void PruneMissing(ZnSMBNFSNode* node, const std::unordered_set<ZnUniString>& names);
+  void PruneOne(ZnSMBNFSNode* node, bool istop);
+
+  ZnSMBNFSCommandHandler* server_;
+  ZnEventLoopBase* loop_;
+  ZnSMBNFSServerConfig config_;
+  ZnNFSFattr baseattribs_;    // template of every node's attributes
+  ZnSMBNFSHandle inchandle_;  // the next top
+  uint32_t nextid_ = 2;       // the last id handed out
+  std::unordered_set<ZnSMBNFSSessionBase*> sessions_;
+  std::unique_ptr<ZnSMBNFSNode> root_;
+  ZnSMBNFSHandleDictionary handles_;  // owns levels 1 to 3
+};

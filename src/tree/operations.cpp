@@ -1,0 +1,97 @@
+// Steps that hand the command to its session, and the few that answer by themselves.
+
+#include "tree/file_system.h"
+
+namespace {
+
+using E = ZnSMBNFSEnum;
+
+constexpr uint32_t kUnset = ZnNFSEnum::kUnchanged;
+constexpr unsigned kSetsAllAtOnce = 2;  // the lowest server class that takes all attributes in one call
+
+bool SetsMode(const ZnSMBNFSCommand& command) { return command.sattr->mode != kUnset; }
+
+bool SetsTimes(const ZnSMBNFSCommand& command) {
+  return command.sattr->atime.seconds != kUnset || command.sattr->mtime.seconds != kUnset;
+}
+
+// New entries are made in a share's top as well as below it; everything else needs an entry that the server stores.
+bool WorksOnShares(E::SessionCommand what) { return what == E::SCRequestCreateFile || what == E::SCRequestMkdir; }
+
+}  // namespace
+
+void ZnSMBNFSFileSystem::Ask(ZnSMBNFSCommand* command, E::SessionCommand what) {
+  ZnSMBNFSNode* node = command->node.Get();
+  if (!node) return SendError(command, ZnNFSEnum::NFSERR_STALE);
+  bool applies = node->IsInside() || (WorksOnShares(what) && node->IsShare());
+  if (!applies || !GetTree(node)) return SendError(command, ZnNFSEnum::NFSERR_ACCES);
+  GetSession(node)->Request(command, what);
+}
+
+void ZnSMBNFSFileSystem::BOpenFile(ZnSMBNFSCommand* command) { Ask(command, E::SCRequestOpenFile); }
+void ZnSMBNFSFileSystem::BCreateFile(ZnSMBNFSCommand* command) { Ask(command, E::SCRequestCreateFile); }
+void ZnSMBNFSFileSystem::BReadFromFile(ZnSMBNFSCommand* command) { Ask(command, E::SCRequestRead); }
+void ZnSMBNFSFileSystem::BRemoveFile(ZnSMBNFSCommand* command) { Ask(command, E::SCRequestRm); }
+void ZnSMBNFSFileSystem::BRemoveDirectory(ZnSMBNFSCommand* command) { Ask(command, E::SCRequestRmdir); }
+void ZnSMBNFSFileSystem::BMakeDirectory(ZnSMBNFSCommand* command) { Ask(command, E::SCRequestMkdir); }
+
+void ZnSMBNFSFileSystem::BWriteToFile(ZnSMBNFSCommand* command) {
+  command->writeend = command->offset + static_cast<uint32_t>(command->data.Length());
+  command->truncates = command->data.IsEmpty();
+  Ask(command, E::SCRequestWrite);
+}
+
+// Nothing is carried from one machine to another: a client copies instead.
+void ZnSMBNFSFileSystem::BRename(ZnSMBNFSCommand* command) {
+  ZnSMBNFSNode* node = command->node.Get();
+  ZnSMBNFSNode* directory = command->node2.Get();
+  if (!node || !directory) return SendError(command, ZnNFSEnum::NFSERR_STALE);
+  bool oneSession = node->machinenode && node->machinenode == directory->machinenode;
+  if (!oneSession || !GetTree(directory)) return SendError(command, ZnNFSEnum::NFSERR_ACCES);
+  Ask(command, E::SCRequestRename);
+}
+
+bool ZnSMBNFSFileSystem::SetsOldWay(ZnSMBNFSNode* node) {
+  ZnSMBNFSSessionBase* session = GetSession(node);
+  return session && (session->config.oldsetattr || session->serverclass() < kSetsAllAtOnce);
+}
+
+void ZnSMBNFSFileSystem::BSetAllAttributes(ZnSMBNFSCommand* command) {
+  ZnSMBNFSNode* node = command->node.Get();
+  bool needed = !node || (!SetsOldWay(node) && (SetsMode(*command) || SetsTimes(*command)));
+  needed ? Ask(command, E::SCRequestSetAllAttribs) : Continue(command);
+}
+
+void ZnSMBNFSFileSystem::BSetAttributes(ZnSMBNFSCommand* command) {
+  ZnSMBNFSNode* node = command->node.Get();
+  bool made_up = node && !node->IsInside();
+  bool needed = !node || made_up || (!node->IsDirectory() && SetsOldWay(node) && SetsMode(*command));
+  needed ? Ask(command, E::SCRequestSetAttribs) : Continue(command);
+}
+
+void ZnSMBNFSFileSystem::BSetTimes(ZnSMBNFSCommand* command) {
+  ZnSMBNFSNode* node = command->node.Get();
+  bool needed = !node || (!node->IsDirectory() && SetsOldWay(node) && SetsTimes(*command));
+  needed ? Ask(command, E::SCRequestSetTimes) : Continue(command);
+}
+
+// Shares have no hard links, and symbolic ones are made as files.
+void ZnSMBNFSFileSystem::NBCreateLink(ZnSMBNFSCommand* command) { SendError(command, ZnNFSEnum::NFSERR_ACCES); }
+
+void ZnSMBNFSFileSystem::NBCreateSymLink(ZnSMBNFSCommand* command) { SendError(command, ZnNFSEnum::NFSERR_ACCES); }
+
+void ZnSMBNFSFileSystem::NBGetLinkPath(ZnSMBNFSCommand* command) {
+  if (!command->node) return SendError(command, ZnNFSEnum::NFSERR_STALE);
+  command->linkpath = command->node->name;
+  Continue(command);
+}
+
+// Shares differ, and the protocol has one answer for the mount: half of a gibibyte is free.
+void ZnSMBNFSFileSystem::NBStatFileSystem(ZnSMBNFSCommand* command) {
+  command->statfs.tsize = 4096;
+  command->statfs.bsize = 512;
+  command->statfs.blocks = 2097152;
+  command->statfs.bfree = 1048576;
+  command->statfs.bavail = 1048576;
+  Continue(command);
+}

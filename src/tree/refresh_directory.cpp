@@ -1,0 +1,89 @@
+// Levels 4 and deeper: the merge of a server's listing into the tree.
+
+#include "config/smbnfs_config.h"
+#include "model/log_catalogue.h"
+#include "model/name_mapping.h"
+#include "rpc/xdr.h"
+#include "tree/age.h"
+#include "tree/file_system.h"
+
+void ZnSMBNFSFileSystem::BUpdateDirList(ZnSMBNFSCommand* command) {
+  ZnWeakRef<ZnSMBNFSNode> node = command->node;
+  ZnSMBNFSTree* tree = GetTree(node.Get());
+  if (!tree) {
+    command->sessionstatus = ZnSMBNFSEnum::SSTError;
+    PruneMissing(node.Get(), {});
+    return Continue(command);
+  }
+  if (tree->needsreload) {
+    // Loaded again at each step from now on: the flag stays. After an error the old record goes on as far as the load
+    // got.
+    ZnUniString error = ZnSMBNFSConfig::LoadShareConfig(node->user, node->machine, node->share, tree->config);
+    if (!error.IsEmpty()) Log405(node->share, node->machine, error);
+  }
+  if (ZnIsFresh(node->contentstime, tree->config.contentsttl)) return Continue(command);
+  GetSession(node.Get())->Request(command, ZnSMBNFSEnum::SCRequestDirs);
+}
+
+namespace {
+
+constexpr size_t kLongestName = 255;  // bytes, on the NFS side
+
+// A name that a client could take for a path, or that would lead our own paths elsewhere, is never shown.
+bool IsSafeName(const ZnUniString& name) {
+  if (name.IsEmpty() || name == "." || name == "..") return false;
+  for (char16_t unit : name.View()) {
+    if (unit == u'/' || unit == u'\\' || unit == 0) return false;
+  }
+  return name.AsEncoding(ZnRPCString::rpcenc, ZnRPCString::rpcopt).Length() <= kLongestName;
+}
+
+// Turns the server's name of an entry into the tree's. False for an entry that isn't shown.
+bool TakeName(ZnSMBCFileObject& entry, const ZnSMBNFSShareConfig& config) {
+  if (!config.showhidden && entry.attribs.hidden) return false;
+  entry.path = WindowsToInternalName(entry.path, config);
+  if (config.lowercase) entry.path.LowerCase();
+  return IsSafeName(FromLinkName(entry.path, config.linkstring));
+}
+
+}  // namespace
+
+void ZnSMBNFSFileSystem::CBUpdateDirList(ZnSMBNFSCommand* command) {
+  ZnWeakRef<ZnSMBNFSNode> node = command->node;
+  if (!node) return SendError(command, ZnNFSEnum::NFSERR_STALE);
+  ZnSMBNFSTree* tree = GetTree(node.Get());
+  if (command->sessionstatus == ZnSMBNFSEnum::SSTError || !tree) {
+    PruneMissing(node.Get(), {});
+    return Continue(command);
+  }
+  struct Shown {
+    ZnSMBCFileObject* entry;
+    ZnSMBNFSNode* child;  // null when it isn't in the tree yet
+  };
+  std::vector<Shown> shown;
+  std::unordered_set<ZnUniString> seen;
+  seen.reserve(command->files.Count());
+  size_t known = 0;
+  for (ZnSMBCFileObject& entry : command->files) {
+    if (!TakeName(entry, tree->config) || !seen.insert(entry.path).second) continue;
+    auto* child = node->children.Find(entry.path);
+    shown.push_back({&entry, child ? *child : nullptr});
+    if (child) known++;
+  }
+  if (known < node->children.Count()) PruneMissing(node.Get(), seen);
+
+  // An entry that bears the name of one of the machine's shares is left out: neither made nor refreshed.
+  const ZnSMBNFSChildren& shares = node->machinenode->children;
+  ZnUniString path = PathInside(*node.Get(), tree->config);
+  for (const Shown& each : shown) {
+    if (shares.Find(each.entry->path)) continue;
+    if (each.child) {
+      UpdateNode(each.child, *each.entry, false);
+    } else {
+      AddNode(node.Get(), *each.entry, path);
+    }
+  }
+  command->files.Flush();
+  node->contentstime = ZnTimeVal::now();
+  Continue(command);
+}

@@ -1,0 +1,105 @@
+// Level 2: machines, from the configuration, and under a "*" those that clients look up.
+
+#include <algorithm>
+
+#include "config/smbnfs_config.h"
+#include "model/log_catalogue.h"
+#include "tree/file_system.h"
+#include "tree/nfs_time.h"
+
+namespace {
+
+// Names that look-ups bring are anybody's choice: only so many of them are kept for a user.
+constexpr size_t kMostLookedUpMachines = 1024;
+constexpr size_t kLongestName = 255;  // bytes
+
+bool CouldBeMachine(const ZnUniString& name) {
+  if (name.IsEmpty() || name == "." || name == ".." || name.AsUtf8().size() > kLongestName) return false;
+  return std::none_of(name.View().begin(), name.View().end(),
+                      [](char16_t unit) { return unit < 0x20 || (unit >= 0x7F && unit < 0xA0) || unit == u'/'; });
+}
+
+bool ContainsCaseless(const std::unordered_set<ZnUniString>& names, const ZnUniString& name) {
+  return std::any_of(names.begin(), names.end(), [&](const ZnUniString& each) { return each.MatchCaseless(name); });
+}
+
+bool HasMachine(ZnSMBNFSNode& usernode, const ZnUniString& name) {
+  for (const auto& child : usernode.children) {
+    if (child.key.MatchCaseless(name)) return true;
+  }
+  return false;
+}
+
+}  // namespace
+
+// The records of the machines that are there are loaded again only where the list was marked out of date: the
+// configuration changes in no other way, and a look-up shouldn't pay for all of them.
+void ZnSMBNFSFileSystem::NBUpdateMachineList(ZnSMBNFSCommand* command, const ZnUniString& name) {
+  ZnSMBNFSNode* node = command->node.Get();
+  if (!node->IsUser()) return name.IsEmpty() ? Continue(command) : void();
+  bool outofdate = node->contentstime.IsZero();
+  if (name.IsEmpty() && !outofdate) return Continue(command);
+
+  bool wildcard = false;
+  std::unordered_set<ZnUniString> configured;
+  for (const ZnUniString& entry : node->userinfo->config.machinenames) {
+    if (entry == "*") {
+      wildcard = true;
+    } else {
+      configured.insert(entry);
+    }
+  }
+  if (outofdate) UpdateKnownMachines(node, configured, wildcard);
+  if (wildcard && CouldBeMachine(name) && !ContainsCaseless(configured, name) && !HasMachine(*node, name)) {
+    LimitLookedUpMachines(node, configured);
+    UpdateMachine(node, name);
+  }
+  node->contentstime = ZnTimeVal::now();
+  node->attribs.mtime = ZnNfsTime(node->contentstime);
+  if (name.IsEmpty()) Continue(command);
+}
+
+void ZnSMBNFSFileSystem::UpdateKnownMachines(ZnSMBNFSNode* node, const std::unordered_set<ZnUniString>& configured,
+                                             bool wildcard) {
+  if (!wildcard) PruneMissing(node, configured);
+  std::vector<ZnUniString> names;
+  std::unordered_set<ZnUniString> seen;
+  auto add = [&](const ZnUniString& name) {
+    if (name != "*" && seen.insert(name).second) names.push_back(name);
+  };
+  for (const ZnUniString& entry : node->userinfo->config.machinenames) add(entry);
+  for (auto& child : node->children) add(child.key);
+  for (const ZnUniString& name : names) UpdateMachine(node, name);
+}
+
+// Makes or refreshes the node of one machine.
+void ZnSMBNFSFileSystem::UpdateMachine(ZnSMBNFSNode* usernode, const ZnUniString& name) {
+  ZnSMBNFSMachineConfig config;
+  ZnUniString error = ZnSMBNFSConfig::LoadMachineConfig(usernode->user, name, config);
+  if (!error.IsEmpty()) return Log401(error);
+  auto* child = usernode->children.Find(name);
+  ZnSMBNFSNode* node = child ? *child : AddTopNode(usernode, name);
+  node->machine = name;
+  node->machinenode = node;
+  SetTopAttributes(node, config.uid, config.gid, config.unixperms);
+}
+
+// Makes room for one more machine of those that look-ups brought: the one longest unused and without a connection goes.
+void ZnSMBNFSFileSystem::LimitLookedUpMachines(ZnSMBNFSNode* usernode,
+                                               const std::unordered_set<ZnUniString>& configured) {
+  size_t lookedup = 0;
+  ZnSMBNFSNode* oldest = nullptr;
+  ZnTimeVal oldestuse;
+  for (auto& child : usernode->children) {
+    if (configured.contains(child.key)) continue;
+    lookedup++;
+    const auto& session = child.value->session;
+    if (session && session->IsConnected()) continue;
+    ZnTimeVal use = session ? std::max(session->lastactivity, child.value->lastused) : child.value->lastused;
+    if (!oldest || use < oldestuse) {
+      oldest = child.value;
+      oldestuse = use;
+    }
+  }
+  if (lookedup >= kMostLookedUpMachines && oldest) Prune(oldest);
+}

@@ -1,0 +1,143 @@
+#include <tuple>
+
+#include "config/config_fixture.h"
+
+namespace {
+
+// An account that every Debian has, with number 1 and group 1.
+constexpr char kFred[] =
+    "[nfsserver/shares/smb/fred/unixname={(daemon)}][nfsserver/shares/smb/fred/*/unixname={(daemon)}]"
+    "[nfsserver/shares/smb/fred/*/*/unixname={(daemon)}]";
+
+class Records : public ConfigTest {
+ public:
+  // Loads the record of the server (""), of fred, of one of fred's machines or of the share "fred/pc/c", each with
+  // settings of its own, written as "name={(value)}". Gives the error text.
+  std::string LoadRecord(const std::string& of, const std::vector<std::string>& settings) {
+    const std::string prefix = of.empty() ? "[nfsserver/" : "[nfsserver/shares/smb/" + of + "/";
+    std::string text = kFred;
+    for (const std::string& setting : settings) text += prefix + setting + "]";
+    EXPECT_EQ(Initialise(text), "");
+    if (of.empty()) return ZnSMBNFSConfig::LoadServer(server_).AsUtf8();
+    if (of == "fred") return ZnSMBNFSConfig::LoadUserConfig("fred", user_).AsUtf8();
+    if (of == "fred/pc/c") return ZnSMBNFSConfig::LoadShareConfig("fred", "pc", "c", share_).AsUtf8();
+    return ZnSMBNFSConfig::LoadMachineConfig("fred", of.substr(5), machine_).AsUtf8();
+  }
+
+  ZnSMBNFSServerConfig server_;
+  ZnSMBNFSUserConfig user_;
+  ZnSMBNFSMachineConfig machine_;
+  ZnSMBNFSShareConfig share_;
+};
+
+TEST_F(Records, EveryRefusalHasItsWords) {
+  const std::tuple<const char*, const char*, const char*> cases[] = {
+      {"", "server/encoding/rpc={(EBCDIC)}",
+       "Invalid character encoding for RPC.\nChange the nfsserver/server/encoding/rpc key to a valid encoding.\n"},
+      {"", "network/addresses={}",
+       "No addresses to accept calls from were specified.\n"
+       "Add one or more addresses to the nfsserver/network/addresses key.\n"},
+      {"", "server/winsservers={(127.0.0.1)(no such name)}",
+       "Failed to calculate IP address of WINS server: no such name"},
+      {"fred", "machinenames={}", "No machines were specified for fred"},
+      {"fred", "unixname={(nosuchuser)}", "Failed to find UNIX user \"nosuchuser\" whilst loading config for fred"},
+      {"fred", "unixperms={(0)}", "The user fred has been configured to be inaccessable"},
+      {"fred", "unixperms={}", "The user fred has been configured to be inaccessable"},
+      {"fred/pc", "password={(00112233445566778899AABB)}", "The password was not a correctly encoded string"},
+      {"fred/pc", "sharenames={}", "No shares were specified for fred on pc"},
+      {"fred/pc", "encoding={(CP9999)}", "Invalid 8bit encoding \"CP9999\" for fred on pc"},
+      {"fred/pc", "unixname={(no)}", "Failed to find UNIX user \"no\" whilst loading config for fred/pc"},
+      {"fred/pc", "unixperms={(0)}", "The machine fred/pc has been configured to be inaccessable"},
+      {"fred/pc/c", "password={(0)}", "The password was not a correctly encoded string"},
+      {"fred/pc/c", "unixname={(nosuchuser)}", "Failed to find UNIX user whilst loading config for fred/pc/c"},
+      {"fred/pc/c", "unixperms={(0)}", "The share fred/pc/c has been configured to be inaccessable"},
+  };
+  for (const auto& [of, setting, error] : cases) EXPECT_EQ(LoadRecord(of, {setting}), error) << setting;
+  EXPECT_EQ(ZnSMBNFSConfig::LoadMachineConfig("fred", "pc", machine_).AsUtf8(), "") << "a closed share alone";
+}
+
+// Presets stand where a key has no single value; numbers stand as they were read.
+TEST_F(Records, OfTheServer) {
+  const auto values = [this] {
+    return std::tuple(server_.port, server_.usercachemode, server_.cleanupdelay, server_.CleanUpSeconds(),
+                      server_.rpcencoding, server_.paranoidupdate, server_.maximiselimits, server_.winsservers.Count());
+  };
+  ASSERT_EQ(LoadRecord("", {"mount/port={}", "server/usercache/mode={(1)(2)}", "server/cleanupdelay={}",
+                            "server/paranoidupdate={}", "server/winsservers={(127.0.0.2)(10.0.0.1)}"}),
+            "");
+  EXPECT_EQ(values(), std::tuple(4444, 1, 10, 10U, ZnCodeset::Latin1, false, false, 2U));
+  EXPECT_EQ(Joined(server_.addresses), "_");
+  ASSERT_EQ(LoadRecord("", {"mount/port={(99999)}", "server/encoding/rpc={(utf-8)}", "server/cleanupdelay={(-3)}",
+                            "server/paranoidupdate={(2)}", "server/maximiselimits={(1)}"}),
+            "");
+  EXPECT_EQ(values(), std::tuple(99999, 2, -3, 1U, ZnCodeset::Utf8, false, true, 0U));
+}
+
+TEST_F(Records, OfAUserWhoseAccountServesUnlessToldOtherwise) {
+  const auto values = [this] { return std::tuple(user_.uid, user_.gid, user_.unixperms, user_.rootaccess); };
+  ASSERT_EQ(LoadRecord("fred", {"logfile={(/tmp/%%USERNAME%%/%%USERNAME%%.log)}"}), "");
+  EXPECT_EQ(Joined(user_.notmachines), "ls,cd,..+");
+  EXPECT_EQ(user_.logfile.AsUtf8(), "/tmp/fred/fred.log");
+  EXPECT_TRUE(user_.unixuser->MemberOf(1));
+  EXPECT_EQ(values(), std::tuple(1, 1, 320, false));
+  ASSERT_EQ(LoadRecord("fred", {"uid={(70000)}", "rootaccess={(1)}"}), "");
+  EXPECT_EQ(values(), std::tuple(70000, 1, 320, true));
+  // "*" is the user's own name, and "~" and the name its home.
+  ASSERT_EQ(ZnSMBNFSConfig::LoadUserConfig("daemon", user_).AsUtf8(), "");
+  EXPECT_EQ(user_.logfile, "/usr/sbin/.ostrelerrors");
+}
+
+TEST_F(Records, OfAMachine) {
+  const auto values = [this] {
+    return std::tuple(machine_.port, machine_.encoding, machine_.winname.AsUtf8(), machine_.maxopenfiles,
+                      machine_.timeoffset, machine_.hidedollar, machine_.unixperms);
+  };
+  ASSERT_EQ(LoadRecord("fred/pc", {"port={(8139)}"}), "");
+  EXPECT_EQ(values(), std::tuple(8139, ZnCodeset::Utf8, "fred", 50, -1, true, 320));
+  ASSERT_EQ(LoadRecord("fred/pc", {"port={}", "maxopenfiles={(1)(2)}", "timeoffset={}", "encoding={(cp850)}",
+                                   "hidedollar={(7)}", "winname={()}"}),
+            "");
+  EXPECT_EQ(values(), std::tuple(0, ZnCodeset::Cp850, "", 0, -1, false, 320));
+  EXPECT_EQ(Joined(machine_.sharenames), "*") << "a second load doesn't add to the first";
+
+  const std::tuple<const char*, const char*, const char*> names[] = {{"nbtname={(*)}", "pc1.corp.example", "pc1"},
+                                                                     {"nbtname={()}", ".corp", ".corp"},
+                                                                     {"nbtname={}", "Pc1", "Pc1"},
+                                                                     {"nbtname={(Other.x)}", "pc", "Other.x"}};
+  for (const auto& [setting, machine, name] : names) {
+    ASSERT_EQ(LoadRecord(std::string("fred/") + machine, {setting}), "");
+    EXPECT_EQ(machine_.nbtname.AsUtf8(), name) << setting;
+  }
+}
+
+TEST_F(Records, OfAShare) {
+  ASSERT_EQ(LoadRecord("fred/pc/c", {"winname={(*)}", "allowednames={(12)}"}), "");
+  EXPECT_EQ(std::tuple(share_.winname.AsUtf8(), share_.allowednames, share_.unixperms, share_.uid, share_.manglechar,
+                       share_.hashchar, share_.attribttl, share_.openfilettl),
+            std::tuple("fred", 12, 448, 1, '~', ';', 10, 15));
+  EXPECT_TRUE(share_.matchlong && share_.matchcase && share_.syncwrites && share_.rootaccess && share_.nosetreadonly);
+  EXPECT_FALSE(share_.matchshort || share_.lowercase);
+}
+
+TEST_F(Records, CachedRecordsLastUntilTheConfigurationChanges) {
+  ASSERT_EQ(Initialise(std::string(kFred) + "[nfsserver/shares/smb/fred/pc/port={(1)}]", true), "");
+  for (const int port : {1, 2}) {
+    for (int round = 0; round < 2; round++) {
+      ASSERT_EQ(ZnSMBNFSConfig::LoadMachineConfig("fred", "pc", machine_).AsUtf8(), "");
+      EXPECT_EQ(machine_.port, port);
+      machine_.port = 0;
+    }
+    ZnSMBNFSConfig::SetClientConfig("fred", "[nfsserver/shares/smb/fred/pc/port={(2)}]");
+  }
+}
+
+TEST_F(Records, StoredPasswordsReachTheRecords) {
+  ZnUniString stored = "Geheim\u00FC";
+  ASSERT_TRUE(ZnSMBNFSConfig::EncryptString(stored, "fred").IsEmpty());
+  for (const char* of : {"fred/pc", "fred/pc/c"})
+    ASSERT_EQ(LoadRecord(of, {"password={(" + stored.AsUtf8() + ")}"}), "");
+  EXPECT_EQ(machine_.password, "Geheim\u00FC");
+  EXPECT_EQ(share_.password, "Geheim\u00FC");
+}
+
+}  // namespace

@@ -1,0 +1,169 @@
+"""What goes wrong between the daemon and a server: killed, stopped, hung up, or refusing the password."""
+
+import os
+import pathlib
+import pwd
+import random
+import shutil
+import signal
+import sys
+import time
+
+import pytest
+
+sys.path.insert(0, str(pathlib.Path(__file__).parents[1] / "support"))
+from daemon import sanitized  # noqa: E402
+from gateway import UNIX_USER, Gateway, wait_until  # noqa: E402
+from nfs_raw import NfsError, opaque, u32  # noqa: E402
+
+BLOCK = 8192
+BLOCKS = (64 << 20) // BLOCK // (16 if sanitized() else 1)
+STOPPED_SECONDS = float(os.environ.get("HALDEN_STOPPED_SECONDS", 5))
+TIMEOUT = 2
+
+
+def status(call, *arguments, **named):
+    try:
+        call(*arguments, **named)
+    except NfsError as error:
+        return error.status
+    return 0
+
+
+def smbd_processes(peer):
+    """Those of its connections, and at the end smbd itself."""
+    smbd = peer.processes[0].pid
+    return [*map(int, pathlib.Path(f"/proc/{smbd}/task/{smbd}/children").read_text().split()), smbd]
+
+
+def signal_smbd(peer, number):
+    for pid in smbd_processes(peer):
+        os.kill(pid, number)
+
+
+def hang_up(peer):
+    serving = smbd_processes(peer)[:-1]
+    for pid in serving:
+        os.kill(pid, signal.SIGKILL)
+    assert wait_until(lambda: not set(serving) & set(smbd_processes(peer)))
+
+
+def restart(peer):
+    signal_smbd(peer, signal.SIGKILL)
+    peer.processes.pop(0).wait()
+    peer._start_smbd()
+
+
+def test_a_server_killed_in_the_middle_of_a_large_write():
+    with Gateway(settings="[{user}/pc/smbtimeout={(2)}]") as gateway:
+        nfs, peer = gateway.nfs, gateway.peers["pc"]
+        data = random.Random(1).randbytes(BLOCK * BLOCKS)
+        file = nfs.create(gateway.share(), "large", mode=0o644).file
+
+        def writes():
+            for i in range(BLOCKS):
+                if i == BLOCKS // 2 - 1:  # stopped first, so that a call is surely under way when it dies
+                    signal_smbd(peer, signal.SIGSTOP)
+                if i == BLOCKS // 2:
+                    restart(peer)
+                yield "write", file + u32(0, i * BLOCK, 0) + opaque(data[i * BLOCK:(i + 1) * BLOCK])
+
+        codes = [code for code, _ in nfs.pipelined(writes(), 8)]
+        assert set(codes) <= {0, 13}
+        assert 0 < codes.count(13) <= 64 and codes[-100:] == [0] * 100
+        written = (gateway.disk() / "large").read_bytes()
+        assert len(written) == len(data)
+        for i in (i for i, code in enumerate(codes) if code == 0):
+            assert written[i * BLOCK:(i + 1) * BLOCK] == data[i * BLOCK:(i + 1) * BLOCK], i
+        assert nfs.read(file, BLOCK).data == written[BLOCK:2 * BLOCK]
+        assert gateway.errors() != ""
+
+
+def test_a_server_that_stops_for_a_while():
+    """Calls to it fail when their time is up, other machines don't notice, and then all is as before."""
+    settings = f"[{{user}}/*/smbtimeout={{({TIMEOUT})}}]\n[{{user}}/*/*/attribttl={{(0)}}]\n"
+    with Gateway({"pc": {}, "other": {}}, settings) as gateway:
+        nfs, peer = gateway.nfs, gateway.peers["pc"]
+        stopped, other = (nfs.create(gateway.share(machine), "f", mode=0o644).file for machine in ("pc", "other"))
+        for file in (stopped, other):
+            nfs.write(file, 0, b"before")
+        signal_smbd(peer, signal.SIGSTOP)
+        try:
+            end = time.monotonic() + STOPPED_SECONDS
+            with gateway.daemon.client(**gateway.client_options) as second:
+                while time.monotonic() < end:
+                    waiting = [second.start(100003, 2, 6, stopped + u32(0, 100, 0)) for _ in range(2)]
+                    began = time.monotonic()
+                    nfs.write(other, 0, b"meanwhile")
+                    assert nfs.read(other).data == b"meanwhile"
+                    assert time.monotonic() - began < TIMEOUT / 2
+                    assert [second.finish(xid).u32() for xid in waiting] == [13, 13]
+                    assert time.monotonic() - began < 3 * TIMEOUT + 1
+        finally:
+            signal_smbd(peer, signal.SIGCONT)
+        assert wait_until(lambda: status(nfs.read, stopped) == 0)
+        assert nfs.read(stopped).data == b"before"
+        assert nfs.write(stopped, 6, b" after").size == 12
+        assert (gateway.disk() / "f").read_bytes() == b"before after"
+        assert "The remote server took too long to respond to a request" in gateway.errors()
+
+
+def test_a_short_stop_is_only_waited_for():
+    with Gateway() as gateway:
+        file = gateway.nfs.create(gateway.share(), "f", mode=0o644).file
+        signal_smbd(gateway.peers["pc"], signal.SIGSTOP)
+        calls = [gateway.nfs.start(100003, 2, 8, file + u32(0, i, 0) + opaque(b"%d" % i)) for i in range(10)]
+        time.sleep(2)
+        signal_smbd(gateway.peers["pc"], signal.SIGCONT)
+        assert [gateway.nfs.finish(call).u32() for call in calls] == [0] * 10
+        assert (gateway.disk() / "f").read_bytes() == b"0123456789"
+        assert gateway.errors() == ""
+
+
+def test_a_server_that_closes_idle_connections():
+    """Whatever the first call is after that, it works, and the user hears nothing."""
+    with Gateway(settings="[{user}/*/*/attribttl={(0)}]\n[{user}/*/*/contentsttl={(0)}]\n") as gateway:
+        nfs, share = gateway.nfs, gateway.share()
+        file = nfs.create(share, "f", mode=0o644).file
+        calls = [(nfs.getattr, file), (nfs.read, file), (nfs.write, file, 0, b"x"), (nfs.listing, share),
+                 (nfs.lookup, share, "f"), (nfs.create, share, "new"), (nfs.mkdir, share, "dir"),
+                 (nfs.symlink, share, "link", "to"), (nfs.rename, share, "new", share, "newer"),
+                 (nfs.remove, share, "newer"), (nfs.rmdir, share, "dir")]
+        for call, *arguments in calls:
+            hang_up(gateway.peers["pc"])
+            time.sleep(0.05)
+            assert (call.__name__, status(call, *arguments)) == (call.__name__, 0)
+        hang_up(gateway.peers["pc"])
+        assert nfs.setattr(file, size=1, mtime=(1_000_000_000, 0)).size == 1
+        assert sorted(path.name for path in gateway.disk().iterdir()) == ["-)link", "f"]
+        assert gateway.errors() == ""
+
+
+@pytest.fixture(scope="module")
+def refused():
+    with Gateway(machines={"pc": {"users": {"tester": "Another"}}}) as running:
+        yield running
+
+
+@pytest.mark.parametrize("place", ["nothing", "file of his", "FIFO", "link to a file of root's", "directory",
+                                   "home of another"])
+def test_the_error_file_is_written_as_the_user(refused, tmp_path, place):
+    """Nobody can make the daemon, which may do more than he, write where he may not, or wait."""
+    owner, errors, secret = pwd.getpwnam(UNIX_USER), refused.error_file, refused.folder / "secret"
+    shutil.rmtree(errors) if errors.is_dir() else errors.unlink(missing_ok=True)
+    os.chown(errors.parent, owner.pw_uid if place != "home of another" else 0, -1)
+    secret.write_text("untouched")
+    {"file of his": lambda: (errors.touch(), os.chown(errors, owner.pw_uid, -1)),
+     "FIFO": lambda: (os.mkfifo(errors), os.chown(errors, owner.pw_uid, -1)),
+     "link to a file of root's": lambda: errors.symlink_to(secret), "directory": errors.mkdir}.get(place, str)()
+
+    refused.nfs.timeout = 10
+    refused.nfs.listing(refused.share())
+
+    assert secret.read_text() == "untouched"
+    if place in ("nothing", "file of his"):
+        assert errors.stat().st_uid == owner.pw_uid
+        assert "SSTConnect: ERRDOS__ERRnoaccess : Access denied" in errors.read_text()
+    elif place == "home of another":
+        assert not errors.exists()
+    assert status(refused.nfs.getattr, refused.root) == 0

@@ -1,0 +1,221 @@
+"""Files of a real SMB server over NFS, compared with the server's disk."""
+
+import hashlib
+import os
+import pathlib
+import random
+import signal
+import sys
+import time
+
+import pytest
+
+sys.path.insert(0, str(pathlib.Path(__file__).parents[1] / "support"))
+from gateway import UNIX_USER, Gateway, wait_until  # noqa: E402
+from nfs_raw import NfsError  # noqa: E402
+
+EAGER = "[{user}/*/*/attribttl={(0)}]\n[{user}/*/*/contentsttl={(0)}]\n"
+
+
+@pytest.fixture(scope="module")
+def gateway():
+    with Gateway(settings=EAGER) as running:
+        yield running
+
+
+@pytest.fixture
+def nfs(gateway):
+    return gateway.nfs
+
+
+@pytest.fixture
+def place(gateway, request):
+    """A directory of the test's own: its handle and its folder on the server's disk."""
+    name = f"{len(list(gateway.disk().iterdir()))} {request.node.originalname}"
+    folder = gateway.disk() / name
+    folder.mkdir()
+    return gateway.nfs.lookup(gateway.share(), name).file, folder
+
+
+def status(call, *arguments, **named):
+    """The NFS status of a call: 0, or that of its refusal."""
+    try:
+        call(*arguments, **named)
+    except NfsError as error:
+        return error.status
+    return 0
+
+
+def names(nfs, directory):
+    return sorted(entry.name for entry in nfs.listing(directory) if entry.name not in (".", ".."))
+
+
+@pytest.mark.parametrize("size", [0, 1, 8191, 8192, 8193, 300001])
+def test_a_file_goes_there_and_comes_back(nfs, place, size):
+    directory, folder = place
+    data = random.Random(size).randbytes(size)
+    file = nfs.create(directory, "f", mode=0o644).file
+    nfs.write_all(file, data)
+    assert (folder / "f").read_bytes() == data
+    assert nfs.getattr(file).size == size
+    assert nfs.read_all(file) == data
+    assert nfs.read(file, size + 10).data == b""
+
+
+def test_what_another_machine_writes_is_read(nfs, place):
+    directory, folder = place
+    data = random.Random(1).randbytes(20000)
+    (folder / "theirs").write_bytes(data)
+    assert nfs.read_all(nfs.lookup(directory, "theirs").file) == data
+
+
+@pytest.mark.parametrize("count", [0, 1, 1000])
+def test_a_directory_is_listed_in_pages(nfs, place, count):
+    directory, folder = place
+    wanted = [f"name {i:05}" for i in range(count)]
+    for name in wanted:
+        (folder / name).touch()
+    assert names(nfs, directory) == wanted
+    assert sorted(entry.name for entry in nfs.listing(directory, 512))[2:] == wanted
+
+
+def test_appends_follow_each_other(gateway):
+    """The attributes of an open file aren't fetched again: its size has to follow the writes."""
+    with Gateway() as lazy:
+        file = lazy.nfs.create(lazy.share(), "log", mode=0o644).file
+        for i in range(3):
+            end = lazy.nfs.getattr(file).size
+            assert end == 2 * i
+            lazy.nfs.write(file, end, f"{i}\n".encode())
+        lazy.nfs.setattr(file, size=3)
+        assert lazy.nfs.getattr(file).size == 3
+        assert (lazy.disk() / "log").read_bytes() == b"0\n1"
+
+
+def test_reading_and_writing_one_file_in_turn(nfs, place):
+    directory, folder = place
+    (folder / "f").write_bytes(b"abcdef")
+    file = nfs.lookup(directory, "f").file
+    assert nfs.read(file).data == b"abcdef"
+    nfs.write(file, 3, b"X")
+    assert nfs.read(file).data == b"abcXef"
+    assert (folder / "f").read_bytes() == b"abcXef"
+
+
+def test_truncating_and_extending(nfs, place):
+    directory, folder = place
+    (folder / "f").write_bytes(b"0123456789")
+    file = nfs.lookup(directory, "f").file
+    for size, bytes_ in ((4, b"0123"), (6, b"0123\0\0"), (0, b"")):
+        assert nfs.setattr(file, size=size).size == size
+        assert (folder / "f").read_bytes() == bytes_
+    nfs.write(file, 0, b"again")
+    nfs.create(directory, "f", size=0)
+    assert (folder / "f").read_bytes() == b""
+
+
+def test_directories_come_and_go(nfs, place):
+    directory, folder = place
+    sub = nfs.mkdir(directory, "sub", mode=0o755).file
+    assert (folder / "sub").is_dir()
+    nfs.create(sub, "f")
+    assert status(nfs.mkdir, directory, "sub") == 17
+    assert status(nfs.rmdir, directory, "sub") == 66
+    nfs.remove(sub, "f")
+    nfs.rmdir(directory, "sub")
+    assert names(nfs, directory) == [] == list(folder.iterdir())
+    assert status(nfs.getattr, sub) == 70
+
+
+def test_renames(nfs, place):
+    directory, folder = place
+    for name in ("a", "b"):
+        (folder / name).mkdir()
+    (folder / "a" / "f").write_bytes(b"data")
+    a, b = (nfs.lookup(directory, name).file for name in ("a", "b"))
+    assert nfs.read(nfs.lookup(a, "f").file).data == b"data"  # open, and closed for what follows
+    nfs.rename(a, "f", a, "g")
+    nfs.rename(a, "g", b, "h")  # this server doesn't know the move command
+    (folder / "b" / "over").write_bytes(b"old")
+    nfs.rename(b, "h", b, "over")
+    nfs.rename(b, "over", b, "OVER")
+    assert {p.name: p.read_bytes() for p in (folder / "b").iterdir()} == {"OVER": b"data"}
+    assert nfs.read(nfs.lookup(b, "OVER").file).data == b"data"  # now open below what is renamed
+    nfs.rename(directory, "b", a, "c")
+    assert (folder / "a" / "c" / "OVER").read_bytes() == b"data"
+    assert status(nfs.rename, directory, "no such", directory, "x") == 2
+
+
+def test_links_are_files_that_other_machines_see(nfs, place):
+    directory, folder = place
+    nfs.symlink(directory, "link", "to/some where")
+    link = nfs.lookup(directory, "link")
+    assert (link.attributes.type, nfs.readlink(link.file)) == (5, "to/some where")
+    assert (folder / "-)link").read_bytes() == b"to/some where"
+    assert names(nfs, directory) == ["link"]
+    nfs.remove(directory, "link")
+    assert list(folder.iterdir()) == []
+    assert status(nfs.link, directory, directory, "hard") == 13
+
+
+@pytest.mark.parametrize("name, stored", [("Grüße ☺", None), ("what?", "what;3F"), ("a;b", "a;;b"), ("x" * 255, None)])
+def test_names(nfs, place, name, stored):
+    directory, folder = place
+    file = nfs.create(directory, name, mode=0o644).file
+    nfs.write(file, 0, b"here")
+    assert [p.name for p in folder.iterdir()] == [stored or name]
+    assert names(nfs, directory) == [name]
+    assert nfs.read(nfs.lookup(directory, name).file).data == b"here"
+
+
+def test_names_of_another_case_are_the_same_file(nfs, place):
+    directory, folder = place
+    (folder / "ReadMe.TXT").write_bytes(b"x")
+    assert nfs.read(nfs.lookup(directory, "readme.txt").file).data == b"x"
+
+
+def test_many_calls_in_flight(nfs, place):
+    directory, folder = place
+    data = random.Random(3).randbytes(64 * 8192)
+    (folder / "f").write_bytes(data)
+    file = nfs.lookup(directory, "f").file
+    args = [file + (8192 * i).to_bytes(4, "big") + (8192).to_bytes(4, "big") * 2 for i in range(64)]
+    calls = [nfs.start(100003, 2, 6, each) for each in args]
+    got = b""
+    for xid in calls:
+        reply = nfs.finish(xid)
+        assert reply.u32() == 0
+        reply.fattr()
+        got += reply.opaque()
+    assert hashlib.sha256(got).digest() == hashlib.sha256(data).digest()
+
+
+def test_a_refusal_is_told_to_the_user_in_words(gateway, nfs, place):
+    directory, folder = place
+    file = nfs.create(directory, "f", mode=0o644).file
+    (folder / "f").unlink()
+    assert status(nfs.read, file) == 2
+    assert wait_until(lambda: "ERRDOS__ERRbadfile : File not found." in gateway.errors())
+    line = next(line for line in gateway.errors().splitlines() if "ERRbadfile" in line)
+    assert line.startswith(f"tester({UNIX_USER})\\\\PEER(pc)\\SHARE\\") and "SCRequestOpenFile/SSTOpenFile: " in line
+
+
+def test_a_lost_connection_costs_no_call_and_no_file(gateway, nfs, place):
+    """The server's process of this connection dies: what was open is opened again on a new one."""
+    directory, folder = place
+    file = nfs.create(directory, "f", mode=0o644).file
+    nfs.write(file, 0, b"before")
+    peer = gateway.peers["pc"].processes[0].pid
+    for child in pathlib.Path(f"/proc/{peer}/task/{peer}/children").read_text().split():
+        os.kill(int(child), signal.SIGKILL)
+    time.sleep(0.3)
+    assert nfs.read(file).data == b"before"
+    nfs.write(file, 6, b" after")
+    assert (folder / "f").read_bytes() == b"before after"
+
+
+def test_a_wrong_password_is_told(tmp_path):
+    with Gateway(machines={"pc": {"users": {"tester": "Another"}}}) as gateway:
+        assert gateway.nfs.listing(gateway.share())  # "." and ".." of an empty directory
+        assert "SSTConnect: " in gateway.errors()
+        assert "Secret1" not in gateway.errors() + gateway.log()

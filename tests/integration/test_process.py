@@ -1,0 +1,175 @@
+"""The daemon as a process: arguments, failures of the start, fork, files left behind, signals, exit codes."""
+
+import ctypes
+import os
+import pathlib
+import pwd
+import re
+import resource
+import signal
+import socket
+import stat
+import subprocess
+import sys
+import time
+
+import pytest
+
+sys.path.insert(0, str(pathlib.Path(__file__).parents[1] / "support"))
+from daemon import PROGRAM, Daemon, free_udp_port  # noqa: E402
+
+PR_SET_CHILD_SUBREAPER = 36
+STAMP = r"\d{4}/\d\d/\d\d \d\d:\d\d:\d\d\.\d{3}"
+
+
+@pytest.fixture(scope="module", autouse=True)
+def orphans_come_to_us():
+    """A daemon's parent is gone; as their subreaper we learn its exit code."""
+    ctypes.CDLL(None).prctl(PR_SET_CHILD_SUBREAPER, 1, 0, 0, 0)
+
+
+@pytest.fixture
+def profile(tmp_path):
+    path = tmp_path / "profile"
+    path.write_text(f"[nfsserver/mount/port={{({free_udp_port()})}}]\n")
+    return path
+
+
+@pytest.fixture
+def logs(tmp_path):
+    path = tmp_path / "logs"
+    path.mkdir()
+    return path
+
+
+def failure(*arguments, **options):
+    """What a start says that must fail, and that leaves no log of a process."""
+    result = subprocess.run([PROGRAM, *arguments], stdin=subprocess.DEVNULL, capture_output=True, text=True,
+                            timeout=60, **options)
+    assert (result.returncode, result.stdout) == (1, "")
+    assert len(arguments) != 2 or not any(path.is_file() for path in arguments[1].glob("cl[0-9]*.log"))
+    return result.stderr
+
+
+def exit_code_after(pid, number):
+    """Sends the signal until it is heard: before its loop runs, the daemon hears none."""
+    for round in range(2000):
+        if round % 10 == 0:
+            os.kill(pid, number)
+        ended, status = os.waitpid(pid, os.WNOHANG)
+        if ended:
+            return os.waitstatus_to_exitcode(status)
+        time.sleep(0.01)
+    return pytest.fail(f"signal {number} doesn't end the daemon")
+
+
+@pytest.mark.parametrize("arguments", [[], ["profile"], ["profile", "logs", "more"]])
+def test_wrong_number_of_arguments(arguments):
+    assert failure(*arguments) == (f"{PROGRAM}: Wrong number of arguments provided\n"
+                                   "Usage: haldenmapd <profile> <log dir>\n")
+
+
+def test_daemon_leads_its_own_session_and_ignores_some_signals():
+    with Daemon() as daemon:
+        pid, log = daemon.pid, daemon.log
+        assert os.getsid(pid) == pid
+        assert "/dev/null" not in [os.readlink(fd) for fd in pathlib.Path(f"/proc/{pid}/fd").iterdir()]
+        assert re.fullmatch(rf"{STAMP}\tcl{pid}\tHalden\(5\.60\.514\) nfssmb/process/start\n", log.read_text())
+        assert stat.S_IMODE(log.stat().st_mode) == 0o600
+        assert (daemon.logs / "clerr.log").read_text() == ""
+        for number in (signal.SIGPIPE, signal.SIGTTOU, signal.SIGTTIN, signal.SIGTSTP, signal.SIGXFSZ):
+            os.kill(pid, number)
+        time.sleep(0.2)
+        assert os.waitpid(pid, os.WNOHANG) == (0, 0)
+        assert exit_code_after(pid, signal.SIGTERM) == 0
+
+
+@pytest.mark.parametrize("number, code", [(signal.SIGTERM, 0), (signal.SIGHUP, 0), (signal.SIGBUS, 7),
+                                          (signal.SIGSEGV, 11)])
+def test_signals_that_end_it(number, code):
+    with Daemon() as daemon:
+        assert exit_code_after(daemon.pid, number) == code
+        last = daemon.log.read_text().split(f"cl{daemon.pid}\t")[-1]
+    if code == 0:
+        assert last == "Halden(5.60.514) nfssmb/process/stop\n"
+    else:
+        assert last.startswith("\nHalden(5.60.514) FATAL ERROR: \n")
+        assert last.endswith(f" nfssmb/process/exit\nCaught a fatal signal: {code}\n")
+
+
+@pytest.mark.parametrize("name, text, reason", [
+    ("absent", None, "Failed to initialise the server: Failed to stat() configuration file"),
+    ("logs", None, "Failed to read from config file: "),
+    ("broken", "[broken\n", "Failed to parse contents of config file: "),
+    ("useless", "[nfsserver/network/addresses={}]\n", "No addresses to accept calls from were specified."),
+])
+def test_unusable_profile(tmp_path, logs, name, text, reason):
+    if text is not None:
+        (tmp_path / name).write_text(text)
+    said = failure(tmp_path / name, logs)
+    assert "\nHalden(5.60.514) ERROR:\n nfssmb/init/failure\nFailed to initialise the server: " in said
+    assert reason in said
+    assert (logs / "clerr.log").read_text() == said
+
+
+def test_port_in_use(profile, logs):
+    with socket.socket(socket.AF_INET, socket.SOCK_DGRAM) as taken:
+        taken.bind(("0.0.0.0", int(re.search(r"\d+", profile.read_text()).group())))
+        said = failure(profile, logs)
+    assert "\nHalden(5.60.514) ERROR:\n nfssmb/start/failure\nFailed to start server: " in said
+    assert (logs / "clerr.log").read_text() in said
+
+
+def as_nobody():
+    user = pwd.getpwnam("nobody")
+    os.setgid(user.pw_gid)
+    os.setuid(user.pw_uid)
+
+
+def open_the_way(logs, mode):
+    for folder in list(logs.parents)[:3]:
+        folder.chmod(0o755)
+    logs.chmod(mode)
+
+
+@pytest.mark.parametrize("reason", ["No such file or directory", "Is a directory", "Permission denied"])
+def test_unusable_log_directory(profile, logs, reason):
+    options = {}
+    if reason == "No such file or directory":
+        logs.rmdir()
+    elif reason == "Is a directory":
+        (logs / "clerr.log").mkdir()
+    else:
+        open_the_way(logs, 0o555)
+        options = {"preexec_fn": as_nobody} if os.geteuid() == 0 else {}
+    said = failure(profile, logs, **options)
+    assert f'Failed to open file "{logs}/clerr.log" for error/log output.\n' in said
+    assert said.endswith(f"no log: {reason}\n")
+
+
+def test_log_of_the_child_cant_be_opened(profile, logs):
+    """The failure comes after the fork, and still the command fails and says why."""
+    with subprocess.Popen(["true"]) as newest:
+        for pid in range(newest.pid, newest.pid + 3000):
+            (logs / f"cl{pid}.log").mkdir()
+    assert re.search(r'Failed to open file ".*/cl\d+\.log" for error/log output\.\n.*: no log: Is a directory\n$',
+                     failure(profile, logs))
+
+
+@pytest.mark.skipif(os.geteuid() != 0, reason="only root can become a user that may not fork")
+def test_daemon_that_cant_fork_stays_in_the_foreground(profile, logs):
+    def confined():
+        resource.setrlimit(resource.RLIMIT_NPROC, (0, 0))
+        as_nobody()
+
+    open_the_way(logs, 0o777)
+    # The sanitizer's search for leaks would have to fork, too.
+    environment = {**os.environ, "ASAN_OPTIONS": os.environ.get("ASAN_OPTIONS", "") + ":detect_leaks=0"}
+    with subprocess.Popen([PROGRAM, profile, logs], preexec_fn=confined, env=environment) as process:
+        log = logs / f"cl{process.pid}.log"
+        for _ in range(500):
+            if log.exists() and log.read_text():
+                break
+            time.sleep(0.01)
+        assert exit_code_after(process.pid, signal.SIGTERM) == 0
+    assert log.read_text().endswith("nfssmb/process/stop\n")

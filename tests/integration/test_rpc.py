@@ -1,0 +1,130 @@
+"""The RPC port of the running daemon: what it denies, what it doesn't know, and what it doesn't answer at all."""
+
+import pathlib
+import random
+import shutil
+import struct
+import subprocess
+import sys
+
+import pytest
+
+sys.path.insert(0, str(pathlib.Path(__file__).parents[1] / "support"))
+from daemon import Daemon, sanitized  # noqa: E402
+from flood import arguments_of_procedures, flood  # noqa: E402
+from nfs_raw import MOUNT, NFS, PROCEDURES, Reader, RpcError, auth_null, auth_unix, call_bytes, opaque, u32  # noqa: E402
+
+HANDLE = b"the root of the test".ljust(32, b"\0")
+ARGUMENTS = arguments_of_procedures(HANDLE, opaque(b"name"), b"data!")
+
+# Program, version, procedure, arguments, and what is answered, with the versions from low to high where there are any.
+ANSWERS = [
+    (NFS, 2, 0, b"", "SUCCESS"), (NFS, 2, 3, b"", "SUCCESS"), (NFS, 2, 7, b"", "SUCCESS"), (MOUNT, 1, 0, b"", "SUCCESS"),
+    (NFS, 3, 0, b"", f"PROG_MISMATCH {NFS} {NFS}"), (NFS, 1, 1, b"", f"PROG_MISMATCH {NFS} {NFS}"),
+    (MOUNT, 3, 0, b"", f"PROG_MISMATCH {MOUNT} {MOUNT}"), (100000, 2, 0, b"", "PROG_UNAVAIL"),
+    (MOUNT, 1, 6, b"", "PROG_UNAVAIL"), (MOUNT, 1, 2, b"", "PROC_UNAVAIL"), (NFS, 2, 18, b"", "PROC_UNAVAIL"),
+    # MOUNT takes its arguments apart before it refuses.
+    (MOUNT, 1, 1, opaque(b"/export"), "PROC_UNAVAIL"), (MOUNT, 1, 1, u32(8) + b"/export", "GARBAGE_ARGS"),
+    *((NFS, 2, PROCEDURES[procedure], whole[:length], "GARBAGE_ARGS")
+      for procedure, whole in ARGUMENTS.items() for length in range(0, len(whole), 3)),
+]
+
+
+@pytest.fixture(scope="module")
+def daemon():
+    with Daemon() as running:
+        yield running
+
+
+@pytest.fixture
+def client(daemon):
+    with daemon.client(uid=1000, gid=100, groups=range(16)) as made:
+        yield made
+
+
+def answer(client, *call, **parts):
+    try:
+        client.call(*call, **parts).end()
+        return "SUCCESS"
+    except RpcError as error:
+        return str(error)
+
+
+def test_calls_that_reach_no_file(client):
+    for *call, expected in ANSWERS:
+        assert answer(client, *call) == expected, call
+    for rpc_version in (0, 1, 3, 0xFFFFFFFF):
+        assert answer(client, NFS, 2, 0, rpc_version=rpc_version) == "RPC_MISMATCH 2 2"
+    client.credentials = auth_null()
+    client.null()
+
+
+def unanswered_calls():
+    whole = call_bytes(1, NFS, 2, 0, credentials=auth_unix(0, 0, range(3)))
+    yield from (whole[:length] for length in range(len(whole)))
+    yield call_bytes(1, NFS, 2, 0, message_type=1)
+    yield call_bytes(1, NFS, 2, 0, message_type=2)
+    yield call_bytes(1, NFS, 2, 0, verifier=u32(2, 0))
+    for credentials in (
+            u32(0, 4, 0),  # AUTH_NULL with a body
+            u32(3, 0),  # AUTH_DES
+            u32(1, 20, 0, 0xFFFFFFFF, 0, 0, 0),  # a name without an end
+            u32(1, 20, 0, 0, 0, 0, 0x40000000)):  # more groups than bytes
+        yield call_bytes(1, NFS, 2, 0, credentials=credentials)
+
+
+def test_what_is_no_call_gets_no_answer(client):
+    for datagram in unanswered_calls():
+        client.send(datagram)
+        xid = client.start(NFS, 2, 0)
+        assert Reader(client.receive()).u32() == xid, datagram.hex()
+
+
+def pcap(packets, port):
+    """A capture file of UDP datagrams, (from the server?, bytes) each, in IP packets without Ethernet."""
+    yield struct.pack("<IHHiIII", 0xA1B2C3D4, 2, 4, 0, 0, 65535, 101)
+    for number, (reply, data) in enumerate(packets):
+        source, target = (port, 700) if reply else (700, port)
+        udp = struct.pack(">HHHH", source, target, 8 + len(data), 0) + data
+        length = 20 + len(udp)
+        ip = struct.pack(">BBHHHBBHII", 0x45, 0, length, number, 0, 64, 17, 0, 0x7F000001, 0x7F000001)
+        yield struct.pack("<IIII", number, 0, length, length) + ip + udp
+
+
+@pytest.mark.skipif(not shutil.which("tshark"), reason="tshark is missing")
+def test_a_dissector_finds_the_replies_well_formed(daemon, client, tmp_path):
+    calls = [  # with the accept status; None: denied
+        ((NFS, 2, 0), 0), ((MOUNT, 1, 0), 0), ((NFS, 3, 0), 2), ((MOUNT, 3, 0), 2), ((MOUNT, 1, 2), 3),
+        ((100000, 2, 0), 1), ((NFS, 2, 0), None), ((NFS, 2, PROCEDURES["getattr"], HANDLE[:31]), 4),
+        *(((NFS, 2, PROCEDURES[name], ARGUMENTS[name]), 0) for name in ("getattr", "statfs", "lookup", "readdir")),
+    ]
+    packets = []
+    for xid, (call, accepted) in enumerate(calls):
+        credentials = client.credentials if xid % 2 else auth_null()
+        client.send(call_bytes(xid, *call, credentials=credentials, rpc_version=3 if accepted is None else 2))
+        reply = client.receive()
+        assert reply is not None, call
+        # The dissector takes no call of another RPC version for one and would show no reply to it, so it is shown a
+        # call of version 2.
+        packets += [(False, call_bytes(xid, *call, credentials=credentials)), (True, reply)]
+    capture = tmp_path / "capture.pcap"
+    capture.write_bytes(b"".join(pcap(packets, daemon.port)))
+    lines = subprocess.run(
+        ["tshark", "-r", capture, "-d", f"udp.port=={daemon.port},rpc", "-T", "fields", "-E", "separator=;",
+         *"-e rpc.xid -e rpc.msgtyp -e rpc.replystat -e rpc.state_accept -e _ws.malformed".split()],
+        check=True, capture_output=True, text=True).stdout.splitlines()
+    assert lines[1::2] == [f"{xid:#010x};1;{';'.join(('1', '') if accepted is None else ('0', str(accepted)))};"
+                           for xid, (_, accepted) in enumerate(calls)]
+
+
+def test_a_flood_leaves_the_daemon_running_and_its_memory_flat():
+    seed = random.SystemRandom().getrandbits(32)
+    print("seed", seed)
+    # Freed blocks are kept for a while by the sanitizer, and it notes each place that allocates.
+    with Daemon(environment={"ASAN_OPTIONS": "quarantine_size_mb=1:thread_local_quarantine_size_kb=64"}) as daemon:
+        flood(daemon, 5000, seed + 1)
+        before = daemon.resident()
+        answers = flood(daemon, 20000, seed)
+        assert daemon.alive()
+        assert daemon.resident() - before < (8192 if sanitized() else 1024), "KiB grown"
+        assert {"SUCCESS", "GARBAGE_ARGS", "PROG_MISMATCH", "PROG_UNAVAIL", "RPC_MISMATCH"} <= set(answers)

@@ -1,0 +1,141 @@
+"""The name space that the daemon makes up from its profile: users, machines, shares. There is no server."""
+
+import pathlib
+import pwd
+import sys
+
+import pytest
+
+sys.path.insert(0, str(pathlib.Path(__file__).parents[1] / "support"))
+from daemon import Daemon  # noqa: E402
+from nfs_raw import NfsError  # noqa: E402
+
+ROOT = b"the root of a test".ljust(32, b"\0")
+USERS = ["ann", "bob", "eve"]
+MACHINES = [f"pc{i}" for i in range(10)]
+SHARES = [f"share {i}" for i in range(5)]
+OWNER = pwd.getpwnam("games")
+DIRECTORY = 0o40000
+
+
+def profile():
+    lines = ["[nfsserver/server/encoding/rpc={(UTF-8)}]", "[nfsserver/shares/smb/*/*/sharesttl={(0)}]",
+             "[nfsserver/shares/smb/*/logfile={()}]",
+             "[nfsserver/shares/smb/*/*/ipaddress={(127.0.0.1)}]", "[nfsserver/shares/smb/*/*/port={(1)}]"]
+    for user in USERS:
+        key = f"nfsserver/shares/smb/{user}"
+        wildcard = "(*)" if user == "eve" else ""
+        lines += [f"[{key}/unixname={{({OWNER.pw_name})}}]", f"[{key}/*/unixname={{({OWNER.pw_name})}}]",
+                  f"[{key}/*/*/unixname={{({OWNER.pw_name})}}]",
+                  f"[{key}/machinenames={{{''.join(f'({name})' for name in MACHINES)}{wildcard}}}]"]
+        for machine in MACHINES:
+            lines.append(f"[{key}/{machine}/sharenames={{{''.join(f'({name})' for name in SHARES)}(no password)}}]")
+            lines += [f"[{key}/{machine}/{share}/password={{()}}]" for share in SHARES]
+    return "\n".join(lines)
+
+
+@pytest.fixture
+def daemon():
+    with Daemon(profile()) as running:
+        yield running
+
+
+@pytest.fixture
+def nfs(daemon):
+    with daemon.client(uid=OWNER.pw_uid, timeout=30, encoding="utf-8") as client:
+        client.getattr(ROOT)
+        yield client
+
+
+def status(call, *arguments):
+    try:
+        call(*arguments)
+    except NfsError as error:
+        return error.status
+    return 0
+
+
+def names(nfs, directory, count=8192):
+    return [entry.name for entry in nfs.listing(directory, count)][2:]
+
+
+def explore(nfs, directory=ROOT, parent=ROOT, path="", levels=3):
+    """Path -> (handle, file id) of all below a directory, with the rules of a file system checked on the way."""
+    entries = nfs.listing(directory, 400)
+    assert [entry.name for entry in entries[:2]] == [".", ".."]
+    assert [entry.fileid for entry in entries[:2]] == [nfs.getattr(each).fileid for each in (directory, parent)]
+    found = {}
+    for entry in entries[2:]:
+        handle, attributes = nfs.lookup(directory, entry.name)
+        assert attributes.fileid == entry.fileid
+        mode = DIRECTORY | (448 if levels == 1 else 320)
+        assert (attributes.type, attributes.mode, attributes.uid, attributes.gid) == (2, mode, *OWNER[2:4])
+        assert nfs.getattr(handle).fileid == entry.fileid
+        found[f"{path}{entry.name}"] = handle, entry.fileid
+        if levels > 1:
+            found |= explore(nfs, handle, directory, f"{path}{entry.name}/", levels - 1)
+    return found
+
+
+def test_all_of_it_is_walked_and_its_handles_stay(nfs):
+    found = explore(nfs)
+    expected = {f"{user}/{machine}/{share}" for user in USERS for machine in MACHINES for share in SHARES}
+    assert {path for path in found if path.count("/") == 2} == expected
+    assert len(found) == 3 + 30 + 150
+    for part in (0, 1):
+        assert len({each[part] for each in found.values()} - {(ROOT, 2)[part]}) == len(found)
+    assert explore(nfs) == found  # the share lists were made anew meanwhile
+    assert all(nfs.getattr(handle).fileid == fileid for handle, fileid in found.values())
+
+
+def test_a_changed_profile_changes_nothing_that_runs(daemon, nfs):
+    """It makes the daemon go through its lists again, but the text counts from the next start on."""
+    found = explore(nfs)
+    file = daemon.logs.parent / "profile"
+    for change in (lambda: file.write_text("[nfsserver/shares/smb/new/machinenames={(pc)}]\n"),
+                   lambda: file.write_text("[broken\n"), file.unlink):
+        assert "config" not in daemon.log.read_text()
+        change()
+        assert explore(nfs) == found
+    assert "Failed to stat() configuration file: " in daemon.log.read_text()
+
+
+def test_a_wildcard_brings_machines_on_look_up(nfs):
+    ann, eve = (nfs.lookup(ROOT, user).file for user in ("ann", "eve"))
+    assert status(nfs.lookup, ann, "laptop") == 2
+    for name in ("laptop", "a", "grün", "x" * 255):
+        handle = nfs.lookup(eve, name).file
+        assert nfs.lookup(eve, name).file == handle
+        assert name in names(nfs, eve)
+    refused = ["ls", "cd", "..+", "x" * 256, "a\nb", "LAPTOP"]
+    assert {name: status(nfs.lookup, eve, name) for name in refused} == dict.fromkeys(refused, 2)
+    assert sorted(names(nfs, eve)) == sorted([*MACHINES, "laptop", "a", "grün", "x" * 255])
+    assert status(nfs.lookup, eve, "My Halden Drives") == 2
+
+
+def test_handles_of_what_has_gone_are_stale(nfs):
+    eve = nfs.lookup(ROOT, "eve").file
+    machine, configured = (nfs.lookup(eve, name).file for name in ("gone", "pc2"))
+    inside = machine[:31] + b"\1"
+    assert [status(nfs.getattr, handle) for handle in (inside, bytes(32), b"\xff" * 32)] == [70] * 3
+    for i in range(1024):  # so many machines are kept, and the one longest unused makes room
+        nfs.lookup(eve, f"passer-by {i}")
+    assert [status(nfs.getattr, handle) for handle in (eve, configured, machine, inside)] == [0, 0, 70, 70]
+    calls = [(nfs.getattr,), (nfs.readdir,), (nfs.lookup, "x"), (nfs.read,), (nfs.write, 0, b"x"), (nfs.statfs,),
+             (nfs.create, "x"), (nfs.mkdir, "x"), (nfs.remove, "x"), (nfs.rmdir, "x"), (nfs.setattr,),
+             (nfs.readlink,), (nfs.symlink, "x", "y"), (nfs.rename, "x", eve, "y")]
+    assert [status(call, machine, *more) for call, *more in calls] == [70] * len(calls)
+    assert status(nfs.rename, eve, "pc2", machine, "y") == status(nfs.link, eve, machine, "y") == 70
+    assert nfs.lookup(eve, "gone").file != machine
+
+
+def test_nothing_is_changed_above_a_share(nfs):
+    user = nfs.lookup(ROOT, "ann").file
+    machine = nfs.lookup(user, "pc1").file
+    for directory in (ROOT, user, machine):
+        entry = names(nfs, directory)[0]
+        calls = [(nfs.create, "new"), (nfs.mkdir, "new"), (nfs.symlink, "new", "to"),
+                 (nfs.rename, entry, directory, "new")]
+        assert [status(call, directory, *more) for call, *more in calls] == [13] * len(calls)
+        assert status(nfs.rmdir, directory, entry) in (13, 66)
+        assert entry in names(nfs, directory) and "new" not in names(nfs, directory)

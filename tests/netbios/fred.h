@@ -1,0 +1,4 @@
+#pragma once
+
+// "FRED" of type 0x20 inside a packet, the example of RFC 1001 section 14.1.
+#define FRED_HEX "20 4547464345464545434143414341434143414341434143414341434143414341 00"

@@ -1,0 +1,114 @@
+// Machines, names and packets against the examples and layouts of RFC 1001 and RFC 1002.
+
+#include "netbios/fred.h"
+#include "netbios/nbt_datagram.h"
+#include "netbios/nbt_ns_datagram.h"
+#include "support/layout_check.h"
+
+namespace {
+
+TEST(Machine, EncodesPaddedUpperCaseNames) {
+  const struct {
+    ZnUniString name;
+    uint8_t type;
+    const char* letters;
+  } cases[] = {
+      {"fred", 0x20, "EGFCEFEECACACACACACACACACACACACA"},
+      {"pc1", 0x00, "FAEDDBCACACACACACACACACACACACAAA"},
+      {"sixteen-or-more-characters", 0x1D, "FDEJFIFEEFEFEOCNEPFCCNENEPFCEFBN"},
+      {"\xC3\x89\xE2\x82\xAC", 0x03, "MJDPCACACACACACACACACACACACACAAD"},  // E acute is a byte, the euro sign isn't
+      {"", 0x20, "CACACACACACACACACACACACACACACACA"},
+  };
+  for (const auto& [name, type, letters] : cases) {
+    EXPECT_EQ(ZnMachine(name, type).EncodeRFC883(),
+              ZnUniString(" ") + letters + ZnUniString(std::u16string_view(u"\0", 1)));
+  }
+  EXPECT_EQ(ZnMachine(" a b  ", 0x20).ShortName(), " A B");
+}
+
+TEST(Name, Decodes) {
+  const struct {
+    const char* bytes;
+    const char* name;  // null: refused
+  } cases[] = {
+      {FRED_HEX, "FRED           "},
+      {"04 4547 4341 07 4E455442494F53 03 434F4D 00", "F.NETBIOS.COM"},
+      {"02 4341 00", ""},
+      {"", nullptr},
+      {"00", nullptr},
+      {"05 4547 4341 41 00", nullptr},  // odd
+      {"04 4551 4341 00", nullptr},     // a "Q"
+      {"04 4540 4341 00", nullptr},
+      {"04 4547 4341", nullptr},              // no end
+      {"04 4547 4341 05 41 00", nullptr},     // scope label longer than what is left
+      {"04 4547 4341 C0 0C 00 00", nullptr},  // pointer in a scope
+      {"7E 4547 4341 00", nullptr},           // longer than the packet
+  };
+  for (const auto& one : cases) {
+    const ZnPacket bytes = Hex(one.bytes);
+    ZnWireReader in(bytes);
+    ZnNBTName name;
+    EXPECT_EQ(name.Read(in), one.name != nullptr) << one.bytes;
+    EXPECT_EQ(name.valid, one.name != nullptr);
+    if (!one.name) continue;
+    EXPECT_EQ(name.name, one.name);
+    EXPECT_EQ(name.type, 0x20);
+    EXPECT_EQ(in.Remaining(), 0U) << one.bytes;
+  }
+}
+
+// What addresses and nodes are made of an answer is a matter of queries.
+TEST(NameServicePacket, Layouts) {
+  const ZnNBTNSDatagram blank;
+  auto found = CheckLayout(
+      blank, "BEF4 8580 0000 0001 0000 0000" FRED_HEX "0020 0001 00000E10 000C 6000 C0A80001 8000 0A000001");
+  EXPECT_TRUE(found.response && found.authoritative && found.recursionDesired && found.recursionAvailable);
+  EXPECT_FALSE(found.broadcast || found.truncated);
+  EXPECT_EQ(found.answers[0].ttl, 3600U);
+  EXPECT_EQ(found.answers[0].addresses[0].ownerType, 3);
+  EXPECT_TRUE(!found.answers[0].addresses[0].group && found.answers[0].addresses[1].group);
+
+  auto status =
+      CheckLayout(blank, "0001 8400 0000 0001 0000 0000" FRED_HEX
+                         "0021 0001 00000000 0029 02"
+                         "465245442020202020202020202020 20 0400 574F524B0041414141414141414141 00 8C00 01020304");
+  const auto& node = status.answers[0].nodelist[1];
+  EXPECT_EQ(node.Machine(), ZnMachine("WORK", 0x00));  // ends at the zero byte
+  EXPECT_TRUE(node.group && node.active && node.conflict);
+
+  auto registration = CheckLayout(blank, "0001 2910 0001 0000 0001 0002" FRED_HEX
+                                         "0020 0001"
+                                         "C00C 0002 0001 00000000 0002 C00C"      // authority: NS
+                                         "C00C 0001 0001 00000000 0004 7F000001"  // additional: A, NULL
+                                         "C00C 000A 0001 00000000 0000");
+  EXPECT_EQ(registration.opcode, 5);
+  EXPECT_EQ(registration.Resolve(registration.authorities[0].nsdname).name, "FRED           ");
+  EXPECT_EQ(registration.additionals[0].address, ZnInetAddr::AddressLoopback());
+}
+
+TEST(NameServicePacket, RefusesDataThatContradictsItself) {
+  for (const char* digits : {
+           "0001 8400 FFFF FFFF FFFF FFFF",
+           "0001 8400 0000 0001 0000 0000" FRED_HEX "0001 0001 00000000 0005 7F00000100",  // an A record of five bytes
+           "0001 8400 0000 0001 0000 0000" FRED_HEX "0020 0001 00000000 0007 60007F000001 00",
+           "0001 8400 0000 0001 0000 0000" FRED_HEX "0021 0001 00000000 0013 02"  // two nodes counted, one there
+           "465245442020202020202020202020 20 0400",
+           "0001 8400 0000 0001 0000 0000" FRED_HEX "0021 0001 00000000 0000",
+           "0001 8400 0000 0001 0000 0000" FRED_HEX "0020 0001 00000000 FFFF 6000 7F000001",
+       }) {
+    ZnNBTNSDatagram packet;
+    EXPECT_FALSE(ReadExactly(packet, Hex(digits))) << digits;
+  }
+}
+
+TEST(DatagramServicePacket, PartsByType) {
+  auto message = CheckLayout(ZnNBTDatagram(), "11 0A 0007 C0A80001 008A 0046 0000" FRED_HEX FRED_HEX "| FF534D42");
+  EXPECT_EQ(message.nodeType, 2);
+  EXPECT_TRUE(message.first && !message.more);
+  EXPECT_EQ(message.source.AsString(true), "192.168.0.1:138");
+  EXPECT_EQ(ToHex(message.data.bytes), "ff534d42");
+  CheckLayout(ZnNBTDatagram(), "14 02 0007 C0A80001 008A 0000 0000" FRED_HEX);
+  CheckLayout(ZnNBTDatagram(), "13 02 0007 C0A80001 008A 0000 0000");
+}
+
+}  // namespace

@@ -1,0 +1,29 @@
+#include <gtest/gtest.h>
+
+#include "runtime/codeset_converter.h"
+
+namespace {
+
+TEST(CodesetNames, ResolveInAnyCase) {
+  const std::pair<const char*, ZnEncoding> kCases[] = {
+      {"utf8", 42},        {"iso 8859-1", 33}, {"cp850", 20},  {"437", 16}, {"Windows-1258", 15},
+      {"ibm866", 30},      {"GB2312", 32},     {"En_Us", 33},  {"jp", 35},  {"TIS620.2533", 38},
+      {"unicode lsb", 40}, {"", 43},           {"UTF-16", 43}, {"CP85", 43}};
+  for (const auto& [name, encoding] : kCases) EXPECT_EQ(ZnCodesetConverter::GetEncoding(name), encoding) << name;
+}
+
+TEST(CodesetNames, EveryEncodingHasItsCanonicalName) {
+  ZnDList<ZnUniString> names;
+  ZnCodesetConverter::ListSupportedEncodings(names);
+  ASSERT_EQ(names.Count(), 43U);
+  for (ZnEncoding encoding = 0; encoding < 43; encoding++) {
+    EXPECT_EQ(names[encoding], ZnCodesetConverter::GetEncodingName(encoding));
+    EXPECT_EQ(ZnCodesetConverter::GetEncoding(names[encoding].AsUtf8().c_str()), encoding);
+  }
+  const std::pair<const char*, ZnEncoding> kCodesets[] = {{"UTF-8", 42},  {"ANSI_X3.4-1968", 1}, {"ISO-8859-15", 33},
+                                                          {"KOI8-U", 37}, {"GBK", 33},           {"", 33}};
+  for (const auto& [codeset, encoding] : kCodesets)
+    EXPECT_EQ(ZnCodesetConverter::GetEncodingFromLocale(codeset), encoding) << codeset;
+}
+
+}  // namespace

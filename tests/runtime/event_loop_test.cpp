@@ -1,0 +1,274 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <climits>
+#include <csignal>
+#include <deque>
+#include <functional>
+#include <map>
+#include <string>
+#include <vector>
+
+#include "runtime/poll_event_loop.h"
+#include "runtime/unix_process.h"
+
+namespace {
+
+using ::testing::ElementsAre;
+
+ZnTimeVal fake_now;
+
+class Callback : public ZnEventCallback {
+ public:
+  explicit Callback(std::function<void(ZnEvent::cbdispatch)> action) : action_(std::move(action)) {}
+  void Dispatch(ZnEvent::cbdispatch reason) override { action_(reason); }
+
+ private:
+  std::function<void(ZnEvent::cbdispatch)> action_;
+};
+
+// Each turn's poll is one step of a script; the loop ends with code 0 when the script does.
+class ScriptedLoop : public ZnEventLoop {
+ public:
+  using ZnEventLoop::ZnEventLoop;
+  using Step = std::function<int(std::vector<pollfd>&)>;
+
+  std::deque<Step> script;
+  std::vector<int> timeouts;                   // what each poll was given
+  std::vector<std::pair<int, short>> watched;  // what the last poll was given, descriptor and events
+
+  ScriptedLoop& TimesOut() {
+    return Then([](auto&) { return 0; });
+  }
+  ScriptedLoop& Fails(int error) {
+    return Then([error](auto&) { return errno = error, -1; });
+  }
+  ScriptedLoop& Reports(const std::vector<std::pair<int, short>>& events) {
+    return Then([events](std::vector<pollfd>& list) {
+      for (pollfd& entry : list) {
+        for (const auto& [fd, revents] : events) {
+          if (entry.fd == fd) entry.revents = revents;
+        }
+      }
+      return static_cast<int>(events.size());
+    });
+  }
+  ScriptedLoop& Then(Step step) {
+    script.push_back(std::move(step));
+    return *this;
+  }
+
+ protected:
+  int Poll(pollfd* list, nfds_t count, int timeout) override {
+    timeouts.push_back(timeout);
+    std::vector<pollfd> copy(list, list + count - 1);  // without the wake-up pipe
+    watched.clear();
+    for (pollfd& entry : copy) {
+      entry.revents = 0;
+      watched.emplace_back(entry.fd, entry.events);
+    }
+    if (script.empty()) return ExitEventLoop(0), errno = EINTR, -1;
+    const Step step = std::move(script.front());
+    script.pop_front();
+    const int result = step(copy);
+    if (result > 0) std::copy(copy.begin(), copy.end(), list);
+    return result;
+  }
+};
+
+class EventLoop : public ::testing::Test {
+ protected:
+  EventLoop() {
+    fake_now = {1000, 500000};
+    ZnTimeVal::SetClock([] { return fake_now; });
+  }
+  ~EventLoop() override { ZnTimeVal::SetClock(nullptr); }
+
+  // A callback that notes its name.
+  Callback Note(const std::string& name) {
+    return Callback([this, name](ZnEvent::cbdispatch) { seen.push_back(name); });
+  }
+
+  ZnUnixProcess process;
+  ScriptedLoop loop{&process};
+  std::vector<std::string> seen;
+};
+
+TEST_F(EventLoop, TimeOutIsTheWaitForTheFirstTimer) {
+  const std::pair<ZnTimeVal, int> cases[] = {{{1000, 500999}, 0},    {{1000, 501999}, 1}, {{1001, 400000}, 900},
+                                             {{1000, 499999}, 0},    {{3, 0}, 0},         {{1002, 500000}, 2000},
+                                             {{9000000, 0}, INT_MAX}};
+  for (const auto& [when, timeout] : cases) {
+    Callback timer = Note("timer");
+    ScriptedLoop one{&process};
+    one.AddTimeoutEvent({UINT_MAX, 999999}, &timer);
+    one.AddTimeoutEvent(when, &timer);
+    one.EnterEventLoop();
+    EXPECT_THAT(one.timeouts, ElementsAre(timeout)) << when.seconds << "." << when.microseconds;
+  }
+  loop.EnterEventLoop();
+  EXPECT_THAT(loop.timeouts, ElementsAre(-1));
+  // A wait that poll can't take in one is continued.
+  Callback late = Note("late");
+  loop.AddTimeoutEvent({UINT_MAX, 0}, &late);
+  loop.TimesOut().EnterEventLoop();
+  EXPECT_THAT(seen, ElementsAre());
+}
+
+TEST_F(EventLoop, DueTimersFireOneATurnAndWaitWhileDescriptorsAreReady) {
+  Callback late = Note("late"), ready = Note("ready"), removed = Note("removed");
+  Callback early([&](auto) {
+    seen.emplace_back("early");
+    loop.AddTimeoutEvent({1, 0}, &late);  // in the past, and yet for the next turn
+  });
+  loop.AddTimeoutEvent({20, 0}, &late);
+  loop.AddTimeoutEvent({10, 999999}, &early);
+  loop.AddTimeoutEvent({10, 0}, &removed);
+  EXPECT_FALSE(loop.RemoveTimeoutEvent({10, 0}, &late));
+  EXPECT_TRUE(loop.RemoveTimeoutEvent({10, 0}, &removed));
+  loop.AddFileEvent(7, true, false, &ready);
+  loop.Reports({{7, POLLIN}}).Reports({{7, POLLIN}}).TimesOut().Reports({{7, POLLIN}}).TimesOut().TimesOut().TimesOut();
+  loop.EnterEventLoop();
+  EXPECT_THAT(seen, ElementsAre("removed", "ready", "ready", "early", "ready", "late", "late"));
+}
+
+TEST_F(EventLoop, WhatEachSideHears) {
+  using Calls = std::vector<std::string>;
+  const Calls both{"read", "write"};
+  Callback reader = Note("read"), writer = Note("write");
+  loop.AddFileEvent(5, true, true, &reader);
+  loop.AddFileEvent(5, false, true, &writer);  // replaces that side
+  for (const auto& [revents, calls] : std::map<short, Calls>{
+           {POLLIN, {"read"}}, {POLLOUT, {"write"}}, {POLLERR, both}, {POLLHUP, both}, {POLLPRI, {}}}) {
+    seen.clear();
+    loop.Reports({{5, revents}}).EnterEventLoop();
+    EXPECT_EQ(seen, calls) << revents;
+  }
+  EXPECT_TRUE(loop.RemoveFileEvent(5, true, false, nullptr));
+  loop.EnterEventLoop();
+  EXPECT_THAT(loop.watched, ElementsAre(std::pair(5, POLLNVAL | POLLOUT)));
+}
+
+TEST_F(EventLoop, UnregisterInsideCallbackClosesTheGapAndSkipsOneForATurn) {
+  Callback first([&](auto) {
+    seen.emplace_back("first");
+    loop.RemoveFileEvent(5, true, false, nullptr);
+  });
+  Callback second = Note("second"), third = Note("third");
+  loop.AddFileEvent(5, true, false, &first);
+  loop.AddFileEvent(6, true, false, &second);
+  loop.AddFileEvent(7, true, false, &third);
+  loop.Reports({{5, POLLIN}, {6, POLLIN}, {7, POLLIN}}).Reports({{6, POLLIN}}).EnterEventLoop();
+  EXPECT_THAT(seen, ElementsAre("first", "third", "second"));
+}
+
+TEST_F(EventLoop, CallbackRemovesWhatIsAboutToBeCalled) {
+  auto doomed = std::make_unique<Callback>([&](auto) { seen.emplace_back("doomed"); });
+  Callback killer([&](auto) {
+    loop.RemoveFileEvent(6, true, true, nullptr);
+    loop.RemoveFileEvent(7, true, true, nullptr);
+    doomed.reset();
+  });
+  loop.AddFileEvent(5, true, false, &killer);
+  loop.AddFileEvent(6, true, true, doomed.get());
+  loop.AddFileEvent(7, true, true, doomed.get());
+  loop.Reports({{5, POLLIN}, {6, POLLIN | POLLOUT}, {7, POLLHUP}}).EnterEventLoop();
+  EXPECT_THAT(seen, ElementsAre());
+}
+
+TEST_F(EventLoop, DescriptorsAddedDuringTheWalkHaveReportedNothing) {
+  Callback old = Note("old"), fresh = Note("fresh");
+  Callback reopen([&](auto) {
+    loop.RemoveFileEvent(6, true, true, nullptr);
+    for (unsigned fd = 6; fd < 400; fd++) loop.AddFileEvent(fd, true, true, &fresh);
+  });
+  loop.AddFileEvent(5, true, false, &reopen);
+  loop.AddFileEvent(6, true, false, &old);
+  loop.Reports({{5, POLLIN}, {6, POLLIN}}).Reports({{399, POLLOUT}}).EnterEventLoop();
+  EXPECT_THAT(seen, ElementsAre("fresh"));
+}
+
+TEST_F(EventLoop, BadDescriptorIsReportedAndDropped) {
+  const std::string head =
+      "\nHalden legacy event loopPID=" + std::to_string(getpid()) + " SEVERE INTERNAL ERROR\nThe eventloop has bad ";
+  const std::string tail = " file descriptor 5 - this software will not function correctly.\n";
+  Callback bad = Note("bad"), behind = Note("behind");
+  loop.AddFileEvent(5, true, true, &bad);
+  loop.AddFileEvent(6, true, false, &behind);
+  ::testing::internal::CaptureStderr();
+  loop.Reports({{5, POLLNVAL}, {6, POLLIN}}).Reports({{6, POLLIN}}).EnterEventLoop();
+  EXPECT_EQ(::testing::internal::GetCapturedStderr(), head + "write" + tail + head + "read" + tail);
+  EXPECT_THAT(seen, ElementsAre("behind"));  // on the second turn: the bad one ended the first walk
+  EXPECT_THAT(loop.watched, ElementsAre(std::pair(6, POLLNVAL | POLLIN)));
+}
+
+TEST_F(EventLoop, ExitFromACallbackStillFinishesTheWalk) {
+  Callback leave([&](auto) { loop.ExitEventLoop(42); });
+  Callback behind = Note("behind");
+  loop.AddFileEvent(5, true, false, &leave);
+  loop.AddFileEvent(6, true, false, &behind);
+  EXPECT_EQ(loop.Reports({{5, POLLIN}, {6, POLLIN}}).TimesOut().EnterEventLoop(), 42);
+  EXPECT_THAT(seen, ElementsAre("behind"));
+  EXPECT_EQ(loop.script.size(), 1U);
+}
+
+TEST_F(EventLoop, OnlyAnUnexpectedPollErrorIsFatal) {
+  EXPECT_EQ(loop.Fails(EINTR).Fails(EAGAIN).EnterEventLoop(), 0);
+  EXPECT_EQ(loop.timeouts.size(), 3U);
+  ::testing::internal::CaptureStderr();
+  EXPECT_EQ(loop.Fails(EINVAL).EnterEventLoop(), 127);
+  EXPECT_EQ(::testing::internal::GetCapturedStderr(),
+            "\nHalden legacy event loopPID=" + std::to_string(getpid()) +
+                " FATAL ERROR:EventLoop has unexpected error: Invalid argument\n");
+}
+
+// A synchronous call waits by running the loop inside a callback.
+TEST_F(EventLoop, NestedRunEndsAloneAndTakesNoEventTwice) {
+  Callback inner([&](auto) {
+    seen.emplace_back("inner");
+    loop.ExitEventLoop(2);
+  });
+  Callback outer([&](auto) {
+    loop.ExitEventLoop(9);  // and still holds behind the nested run
+    seen.push_back("outer got " + std::to_string(loop.EnterEventLoop()));
+  });
+  loop.AddFileEvent(5, true, false, &outer);
+  loop.AddFileEvent(6, true, false, &inner);
+  EXPECT_EQ(loop.Reports({{5, POLLIN}}).Reports({{6, POLLIN}}).EnterEventLoop(), 9);
+  EXPECT_THAT(seen, ElementsAre("inner", "outer got 2"));
+}
+
+// The real poll, with a signal too late for the turn's look at the signals.
+class SignalDuringPoll : public ZnEventLoop {
+ public:
+  using ZnEventLoop::ZnEventLoop;
+
+ protected:
+  int Poll(pollfd* list, nfds_t count, int timeout) override {
+    raise(SIGUSR1);
+    return ZnEventLoop::Poll(list, count, timeout);
+  }
+};
+
+TEST_F(EventLoop, SignalJustBeforePollIsActedOnInTheNextTurn) {
+  the_current_process = &process;
+  SignalDuringPoll real{&process};
+  Callback stop([&](auto) { real.ExitEventLoop(3); });
+  process.CatchSignal(SIGUSR1, &stop);
+  alarm(20);  // instead of sleeping for ever
+  EXPECT_EQ(real.EnterEventLoop(), 3);
+  alarm(0);
+  signal(SIGUSR1, SIG_DFL);
+}
+
+TEST(TimeVal, SumsAndDifferencesStayInRange) {
+  constexpr ZnTimeVal kLatest{UINT_MAX, 999999};
+  EXPECT_EQ((ZnTimeVal{1, 600000} + ZnTimeVal{2, 600000}), (ZnTimeVal{4, 200000}));
+  EXPECT_EQ(kLatest + kLatest, kLatest);
+  EXPECT_EQ((ZnTimeVal{5, 0}.MillisecondsSince({3, 999001})), 1000);
+  EXPECT_EQ((ZnTimeVal{}.MillisecondsSince(kLatest)), -4294967296000);
+}
+
+}  // namespace

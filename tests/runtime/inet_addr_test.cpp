@@ -1,0 +1,60 @@
+#include "runtime/inet_addr.h"
+
+#include <gtest/gtest.h>
+
+#include "runtime/network_interface.h"
+
+namespace {
+
+TEST(InetAddr, FromString) {
+  // A null pointer stands for a refusal.
+  const std::tuple<const char*, bool, const char*> cases[] = {{"1.2.3.4", false, "1.2.3.4:7"},
+
+                                                              {"*", false, "0.0.0.0:7"},
+                                                              {"*", true, "0.0.0.0:7"},
+                                                              {"1.2.3.4:139", true, "1.2.3.4:139"},
+                                                              {"1.2.3.4:0", true, "1.2.3.4:7"},
+
+                                                              {"1.2.3.4 behind", false, "1.2.3.4:7"},
+                                                              {"1.2.3.256", false, nullptr},
+                                                              {"1.2.3", false, nullptr},
+                                                              {"1.2.3.4", true, nullptr},
+                                                              {"1.2.3.4:65536", true, nullptr},
+                                                              {"1.2.3.-1", false, nullptr},
+                                                              {"4294967297.2.3.4", false, nullptr},
+                                                              {"99999999999999999999999.2.3.4", false, nullptr},
+
+                                                              {"", false, nullptr}};
+  for (const auto& [text, withport, result] : cases) {
+    ZnInetAddr address(9, 9, 9, 9);
+    address.Port(7);
+    EXPECT_EQ(address.FromString(text, withport), result != nullptr) << text;
+    EXPECT_EQ(address.AsString(true), result ? result : "9.9.9.9:7") << text;
+  }
+}
+
+TEST(InetAddr, BytesAreInNetworkOrder) {
+  const uint8_t bytes[] = {192, 168, 0, 1, 77};
+  const uint8_t* cursor = bytes;
+  size_t remaining = sizeof(bytes);
+  ZnInetAddr address;
+  ASSERT_TRUE(address.Read(cursor, remaining));
+  EXPECT_EQ(address, ZnInetAddr(192, 168, 0, 1));
+  EXPECT_FALSE(address.Read(cursor, remaining));
+  EXPECT_EQ(*cursor, 77);
+}
+
+TEST(NetworkInterfaces, TheLoopbackIsThere) {
+  const ZnDList<ZnNetworkInterface>* list = nullptr;
+  const unsigned count = ZnGetNetworkInterfaces(true, list);
+  ASSERT_EQ(count, list->Count());
+  auto loopback = std::find_if(list->begin(), list->end(), [](const auto& one) { return one.name == "lo"; });
+  ASSERT_NE(loopback, list->end());
+  EXPECT_TRUE(loopback->IsLoopback() && loopback->IsUp());
+  EXPECT_EQ(loopback->address, ZnInetAddr::AddressLoopback());
+  EXPECT_EQ(loopback->netmask, ZnInetAddr(255, 0, 0, 0));
+  for (const auto& one : *list) EXPECT_TRUE(one.address.IsLocal(false)) << one.name.AsUtf8();
+  EXPECT_FALSE(ZnInetAddr(192, 0, 2, 1).IsLocal(true));  // an address of documentation
+}
+
+}  // namespace

@@ -1,0 +1,195 @@
+#include "runtime/unix_process.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <poll.h>
+#include <sys/mman.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <csignal>
+#include <cstdio>
+#include <functional>
+#include <set>
+#include <string>
+#include <vector>
+
+#include "runtime/unix_user.h"
+
+namespace {
+
+using ::testing::ElementsAre;
+
+class Signals : public ::testing::Test {
+ protected:
+  struct Callback : ZnEventCallback {
+    std::function<void()> action;
+    void Dispatch(ZnEvent::cbdispatch reason) override {
+      EXPECT_EQ(reason, ZnEvent::Fired);
+      action();
+    }
+  };
+
+  Signals() {
+    the_current_process = &process;
+    process.StartSignals();
+  }
+  ~Signals() override {
+    process.StopSignals();
+    for (const int number : {SIGUSR1, SIGHUP, SIGCHLD}) signal(number, SIG_DFL);
+  }
+
+  void Note(int number, Callback& callback, const std::string& name) {
+    callback.action = [this, name] { seen.push_back(name); };
+    EXPECT_TRUE(process.CatchSignal(number, &callback));
+  }
+  bool WakeIsReadable() const {
+    pollfd entry{process.WakeDescriptor(), POLLIN, 0};
+    return poll(&entry, 1, 0) == 1;
+  }
+
+  ZnUnixProcess process;
+  std::vector<std::string> seen;
+};
+
+TEST_F(Signals, EachNumberIsDispatchedOnceToAllItsCallbacksLowestFirst) {
+  Callback first, second, hangup;
+  Note(SIGUSR1, first, "usr1 first");
+  Note(SIGUSR1, second, "usr1 second");
+  Note(SIGHUP, hangup, "hup");
+  EXPECT_EQ(process.ProcessSignals(), 0);
+  raise(SIGHUP);
+  for (int i = 0; i < 70000; i++) raise(SIGUSR1);  // more than the pipe holds
+  EXPECT_THAT(seen, ElementsAre());
+  EXPECT_TRUE(WakeIsReadable());
+  EXPECT_EQ(process.ProcessSignals(), 1);
+  EXPECT_THAT(seen, ElementsAre("hup", "usr1 first", "usr1 second"));
+  EXPECT_FALSE(WakeIsReadable());
+  EXPECT_EQ(process.ProcessSignals(), 0);
+}
+
+TEST_F(Signals, ChildrenAreReaped) {
+  Callback callback;
+  Note(SIGUSR1, callback, "usr1");
+  raise(SIGUSR1);
+  process.ProcessSignals();  // from here on SIGCHLD is caught
+  const pid_t child = fork();
+  if (child == 0) _exit(0);
+  pollfd entry{process.WakeDescriptor(), POLLIN, 0};
+  while (poll(&entry, 1, 10000) < 0 && errno == EINTR) {
+  }
+  EXPECT_EQ(process.ProcessSignals(), 1);
+  EXPECT_EQ(waitpid(child, nullptr, WNOHANG), -1);
+}
+
+// --- Faults of the program itself, each in a process of its own ---
+
+struct Nothing : ZnEventCallback {
+  void Dispatch(ZnEvent::cbdispatch /*reason*/) override {}
+};
+
+// Writes to a page that can't be written to: behind the end of its file, or protected.
+void TouchBadPage(bool behind_its_file) {
+  const auto size = static_cast<size_t>(sysconf(_SC_PAGESIZE));
+  FILE* const empty = tmpfile();
+  void* const page = behind_its_file ? mmap(nullptr, size, PROT_READ | PROT_WRITE, MAP_SHARED, fileno(empty), 0)
+                                     : mmap(nullptr, size, PROT_NONE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+  *static_cast<volatile char*>(page) = 1;
+}
+
+// Uses up the stack: each call's space is used after the call, so it can't be given up before.
+int Descend(int depth) {
+  volatile char space[4096];
+  space[depth % 4096] = 1;
+  return depth < 0 ? 0 : Descend(depth + 1) + space[depth % 4096];
+}
+
+void CatchFaults() {
+  static ZnUnixProcess process;
+  static Nothing callback;
+  the_current_process = &process;
+  process.CatchSignal(SIGSEGV, &callback);
+  process.CatchSignal(SIGBUS, &callback);
+  process.StartSignals();
+}
+
+TEST(Fault, EndsTheProcessWithOneLineAndTheSignalsNumber) {
+  using ::testing::ExitedWithCode;
+  FILE* const log = tmpfile();
+  EXPECT_EXIT((CatchFaults(), ZnUnixProcess::SetFaultLog(fileno(log)), TouchBadPage(false)), ExitedWithCode(11),
+              "^Halden\\(5.60.514\\) FATAL ERROR: address error \\(signal 11\\), exiting\n$");
+  rewind(log);
+  char line[200] = "";
+  EXPECT_TRUE(fgets(line, sizeof(line), log));
+  EXPECT_STREQ(line, "Halden(5.60.514) FATAL ERROR: address error (signal 11), exiting\n");
+  fclose(log);
+  EXPECT_EXIT((CatchFaults(), TouchBadPage(true)), ExitedWithCode(7),
+              "^Halden\\(5.60.514\\) FATAL ERROR: bus error \\(signal 7\\), exiting\n$");
+  EXPECT_EXIT((CatchFaults(), Descend(0)), ExitedWithCode(11), "address error");
+  // One that was sent is no fault.
+  EXPECT_EXIT((CatchFaults(), kill(getpid(), SIGSEGV), _exit(the_current_process->ProcessSignals())), ExitedWithCode(1),
+              "^$");
+}
+
+// Notes the system calls of an identity change, and refuses those in `refused`.
+class Identity : public ZnUnixProcess {
+ public:
+  std::vector<std::string> calls;
+  std::set<std::string> refused;
+
+ protected:
+  int SetEffectiveUid(uid_t uid) override { return Call("uid " + std::to_string(uid)); }
+  int SetEffectiveGid(gid_t gid) override { return Call("gid " + std::to_string(gid)); }
+  int SetGroups(const std::vector<gid_t>& groups) override { return Call("groups " + std::to_string(groups.size())); }
+
+ private:
+  int Call(const std::string& call) {
+    calls.push_back(call);
+    errno = EPERM;
+    return refused.count(call) ? -1 : 0;
+  }
+};
+
+class BecomeUser : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    if (geteuid() != 0) GTEST_SKIP() << "starts from root";
+    ASSERT_TRUE(daemon.found() && daemon.uid() != 0);
+  }
+
+  Identity process;
+  ZnUnixUser daemon{"daemon", false};
+  const std::string uid = "uid " + std::to_string(daemon.uid()), gid = "gid " + std::to_string(daemon.gid());
+};
+
+TEST_F(BecomeUser, SetsGroupsGroupAndUserInThisOrderAndOnlyWhatChanges) {
+  EXPECT_TRUE(process.BecomeUser(daemon));
+  EXPECT_THAT(process.calls, ElementsAre("groups 0", gid, uid));
+  process.calls.clear();
+  EXPECT_TRUE(process.BecomeUser(daemon));
+  EXPECT_THAT(process.calls, ElementsAre());
+  EXPECT_TRUE(process.BecomeRoot());
+  EXPECT_THAT(process.calls, ElementsAre("uid 0", ::testing::StartsWith("groups "), "gid 0"));
+}
+
+TEST_F(BecomeUser, FailureIsToldAndTheNextChangeGoesThroughEverything) {
+  process.refused = {gid};
+  EXPECT_FALSE(process.BecomeUser(daemon));
+  EXPECT_EQ(process.UidError().Text(),
+            ("setegid(" + std::to_string(daemon.gid()) + "): Operation not permitted").c_str());
+  process.refused.clear();
+  process.calls.clear();
+  EXPECT_TRUE(process.BecomeUser(daemon));
+  EXPECT_THAT(process.calls, ElementsAre("uid 0", "groups 0", gid, uid));
+}
+
+TEST_F(BecomeUser, TheHostAgrees) {
+  ZnUnixProcess real;
+  EXPECT_TRUE(real.BecomeNobody());
+  EXPECT_TRUE(geteuid() != 0 && getegid() != 0);
+  EXPECT_TRUE(real.BecomeRoot());
+  EXPECT_TRUE(geteuid() == 0 && getegid() == 0);
+}
+
+}  // namespace

@@ -1,0 +1,190 @@
+// What a session says to its server: when it opens and closes, in what pieces it reads and writes, and what it does
+// when the server refuses, goes away or falls silent.
+
+#include "session_fixture.h"
+
+using testing::ElementsAre;
+using testing::HasSubstr;
+
+class Conversation : public SessionTest {
+ protected:
+  // Gets the connection and the share out of the way.
+  void Connect() {
+    Try(Node("any"), E::SCRequestAttribs);
+    ended.clear();
+    Asked();
+  }
+};
+
+// ---- open files -----------------------------------------------------------------------------------------------------
+
+TEST_F(Conversation, AFileStaysOpenUntilItsModeDoesntFit) {
+  Connect();
+  ZnSMBNFSNode* node = Node("f");
+  AskRead(node);
+  Read(node);
+  EXPECT_EQ(data, server.content);
+  EXPECT_THAT(Asked(), ElementsAre(kOpen, kRead, kRead));
+  AskWrite(node);
+  Read(node);
+  EXPECT_THAT(Asked(), ElementsAre(kClose, kOpen, kWrite, kRead));
+  EXPECT_EQ(Last(2).Word(3) & 0x73u, 0x22u);  // read and write, others mustn't write
+}
+
+TEST_F(Conversation, TheOldestIsClosedWhenTooManyAreOpen) {
+  session->config.maxopenfiles = 2;
+  Connect();
+  ZnSMBNFSNode *a = Node("a"), *b = Node("b"), *c = Node("c");
+  for (ZnSMBNFSNode* node : {a, b, b, c}) AskRead(node);
+  Wait();
+  EXPECT_THAT(Asked(), ElementsAre(kOpen, kRead, kOpen, kRead, kRead, kClose, kOpen, kRead));
+  EXPECT_EQ(a->file, nullptr);
+  EXPECT_NE(b->file, nullptr);
+}
+
+TEST_F(Conversation, WritesAreFlushedIfTheShareSaysSo) {
+  share.tree->config.syncwrites = true;
+  Connect();
+  AskWrite(Node("f"));
+  Wait();
+  EXPECT_THAT(Asked(), ElementsAre(kOpen, kWrite, kFlush));
+}
+
+TEST_F(Conversation, IdleFilesAreClosedAndThenTheConnection) {
+  Connect();
+  ZnSMBNFSNode* node = Node("f");
+  Read(node);
+  Asked();
+  LetPass(17000);
+  EXPECT_FALSE(session->CleanUp());
+  LetPass(1000);
+  EXPECT_THAT(Asked(), ElementsAre(kClose));
+  EXPECT_EQ(node->file, nullptr);
+  LetPass(300000);
+  EXPECT_TRUE(session->CleanUp());
+  EXPECT_FALSE(session->IsConnected());
+}
+
+// ---- pieces ---------------------------------------------------------------------------------------------------------
+
+TEST_F(Conversation, ReadsAndWritesGoInPiecesThatFitTheServer) {
+  const std::pair<unsigned, size_t> cases[] = {{4356, 2}, {16644, 1}, {8452, 1}, {8451, 2}, {500, 35}};
+  for (const auto& [buffer, requests] : cases) {
+    SCOPED_TRACE(buffer);
+    server.maxBuffer = buffer;
+    server.content = std::string(10000, 'x');
+    MakeSession();
+    Connect();
+    Read(Node("f"));
+    EXPECT_EQ(Asked().size(), 1 + requests);
+    EXPECT_EQ(data, server.content.substr(0, 8192));
+  }
+  AskWrite(Node("g"), std::string(8192, 'y'));
+  Wait();
+  EXPECT_EQ(ended.back(), 0);
+  EXPECT_GT(Asked().size(), 20u);
+}
+
+TEST_F(Conversation, NothingIsWrittenBehindTheLargestOffset) {
+  Connect();
+  Ask(Node("f"), {E::SCRequestOpenFile, E::SCRequestWrite}, [](auto& command) {
+    command.openwrite = true;
+    command.offset = 0xFFFFFFFE;
+    command.data = ZnByteBuffer("12345", 5);
+  });
+  Wait();
+  EXPECT_THAT(ended, ElementsAre(13));
+  EXPECT_THAT(Asked(), ElementsAre(kOpen));
+}
+
+// ---- refusals -------------------------------------------------------------------------------------------------------
+
+TEST_F(Conversation, RefusalsAreToldAndConverted) {
+  const struct {
+    E::SessionCommand what;
+    int command;
+    unsigned errorClass, code;
+    int status;
+  } cases[] = {{E::SCRequestOpenFile, kOpen, 1, 2, 2},
+               {E::SCRequestOpenFile, kOpen, 1, 5, 13},
+               {E::SCRequestRm, kDelete, 1, 2, 13},
+               {E::SCRequestMkdir, kMkdir, 1, 80, 17},
+               {E::SCRequestMkdir, kMkdir, 2, 80, 13}};
+  for (const auto& test : cases) {
+    Refuse(test.command, test.errorClass, test.code);
+    EXPECT_EQ(Try(test.command == kMkdir ? &share : Node("f"), test.what), test.status);
+  }
+  ASSERT_EQ(told->lines.size(), 5u);
+  EXPECT_EQ(told->lines[0], "fred\\\\pc\\S\\f: SCRequestOpenFile/SSTOpenFile: ERRDOS__ERRbadfile : File not found.");
+  EXPECT_EQ(peer.connections, 1u);  // a refusal is no reason to begin anew
+}
+
+TEST_F(Conversation, BothSharesOfARenameAreConnected) {
+  ZnSMBNFSNode other;
+  other.parent = other.machinenode = &machine;
+  other.sharenode = &other;
+  session->trees.push_back(std::make_unique<ZnSMBNFSTree>(*share.tree));
+  other.tree = session->trees.back().get();
+  Connect();
+  Ask(Node("f"), {E::SCRequestRename}, [&](auto& command) { command.node2 = &other; });
+  Wait();
+  EXPECT_THAT(Asked(), ElementsAre(kTree, kMove));
+}
+
+// ---- a server that goes away ----------------------------------------------------------------------------------------
+
+// The server hangs up when it sees the first request after a pause: what can't do harm twice is sent once more.
+TEST_F(Conversation, OnlyWhatChangesNothingIsSentAgain) {
+  const struct {
+    E::SessionCommand what;
+    int command, hangups, status;
+  } cases[] = {{E::SCRequestAttribs, kTrans2, 1, 0},  {E::SCRequestAttribs, kTrans2, 2, 13},
+               {E::SCRequestDirs, kTrans2, 1, 0},     {E::SCRequestOpenFile, kOpen, 1, 0},
+               {E::SCRequestMkdir, kMkdir, 1, 13},    {E::SCRequestRm, kDelete, 1, 13},
+               {E::SCRequestCreateFile, kOpen, 1, 13}};
+  for (const auto& test : cases) {
+    SCOPED_TRACE(E::SessionCommandString(test.what).AsUtf8());
+    Connect();
+    HangUpOn(test.command, test.hangups);
+    bool inside = test.command != kMkdir && test.what != E::SCRequestCreateFile;
+    EXPECT_EQ(Try(inside ? Node("f") : &share, test.what), test.status);
+    const std::vector<int> asked = Asked();
+    EXPECT_EQ(std::count(asked.begin(), asked.end(), test.command), test.status == 0 ? 2 : test.hangups);
+  }
+}
+
+// A read's file goes with the connection: it is opened once more, whether the server hangs up before or on the request.
+TEST_F(Conversation, AReadFindsItsFileAgain) {
+  for (bool idle : {false, true}) {
+    Connect();
+    ZnSMBNFSNode* node = Node("f");
+    Read(node);
+    Asked();
+    if (idle) {
+      peer.HangUp();
+      LetPass(1000);
+      EXPECT_EQ(node->file, nullptr);
+    }
+    HangUpOn(kRead, idle ? 0 : 1);
+    Read(node);
+    EXPECT_THAT(ended, ElementsAre(0, 0));
+    EXPECT_EQ(data, server.content);
+    std::vector<int> wanted = {kNegotiate, kSetup, kTree, kTree, kOpen, kRead};
+    if (!idle) wanted.insert(wanted.begin(), kRead);
+    EXPECT_EQ(Asked(), wanted);
+  }
+}
+
+// The next command begins afresh, and no id of the old connection is sent on the new one.
+TEST_F(Conversation, ALostReplyCostsOneCall) {
+  ZnSMBNFSNode* node = Node("f");
+  Read(node);
+  Replace(kRead, Silence);
+  Read(node);
+  server.replaced.clear();
+  Asked();
+  Read(node);
+  EXPECT_THAT(ended, ElementsAre(0, 13, 0));
+  EXPECT_THAT(Asked(), ElementsAre(kNegotiate, kSetup, kTree, kTree, kOpen, kRead));
+  EXPECT_THAT(told->lines, ElementsAre(HasSubstr("The remote server took too long to respond to a request")));
+}

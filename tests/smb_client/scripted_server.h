@@ -1,0 +1,82 @@
+#pragma once
+// A scripted server and a loop with a clock of its own, for the tests of those who talk to servers.
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "support/standard_smb_server.h"
+#include "support/virtual_loop.h"
+
+// SMB commands as they stand in requests.
+enum SmbCommand {
+  kMkdir = 0x00,
+  kClose = 0x04,
+  kFlush = 0x05,
+  kDelete = 0x06,
+  kRead = 0x0A,
+  kWrite = 0x0B,
+  kTransaction = 0x25,
+  kMove = 0x2A,
+  kOpen = 0x2D,
+  kTrans2 = 0x32,
+  kOldTree = 0x70,
+  kNegotiate = 0x72,
+  kSetup = 0x73,
+  kTree = 0x75,
+};
+
+using Messages = std::vector<std::string>;
+
+class ScriptedServerTest : public testing::Test {
+ protected:
+  using Script = ScriptedSmbPeer::Script;
+
+  ScriptedServerTest() {
+    peer.script = [this](const smb_script::Request& request) -> Messages {
+      if (request.command != hangupcommand_ || hangups_ == 0) return server(request);
+      hangups_--;
+      peer.HangUp();
+      return {};
+    };
+  }
+
+  // Answers a command in this way from now on.
+  void Replace(int command, Script script) { server.replaced[command] = std::move(script); }
+  void Refuse(int command, unsigned errorClass, unsigned code) {
+    Replace(command, [=](const auto& request) { return Messages{smb_script::Refusal(request, errorClass, code)}; });
+  }
+  static Messages Silence(const smb_script::Request&) { return {}; }
+  // The server ends the connection instead of answering, `times` times.
+  void HangUpOn(int command, int times) {
+    hangupcommand_ = command;
+    hangups_ = times;
+  }
+  // What the server was asked since the last look.
+  std::vector<int> Asked() {
+    std::vector<int> commands;
+    for (; seen_ < peer.requests.size(); seen_++) commands.push_back(peer.requests[seen_].command);
+    return commands;
+  }
+  // The last request, or one that many before it.
+  const smb_script::Request& Last(size_t before = 0) const {
+    return peer.requests.at(peer.requests.size() - 1 - before);
+  }
+  // Lets the loop do what there is to do for some virtual milliseconds.
+  void LetPass(uint32_t milliseconds) {
+    ZnSimpleCallback<ZnEvent::cbdispatch, ScriptedServerTest> stop(this, &ScriptedServerTest::Stop);
+    ZnTimer timer(&loop, &stop);
+    timer.Set(ZnTimeVal::now().PlusMilliseconds(milliseconds));
+    loop.EnterEventLoop();
+  }
+
+  VirtualLoop loop;
+  StandardSmbServer server;
+  ScriptedSmbPeer peer{&loop};
+
+ private:
+  void Stop(ZnEventCallback*, ZnEvent::cbdispatch) { loop.ExitEventLoop(0); }
+
+  int hangupcommand_ = -1;
+  int hangups_ = 0;
+  size_t seen_ = 0;
+};

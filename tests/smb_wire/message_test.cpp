@@ -1,0 +1,77 @@
+#include "smb/wire/message.h"
+
+#include "smb/wire/file_sections.h"
+#include "smb/wire/session_sections.h"
+#include "support/layout_check.h"
+
+namespace {
+
+// A WRITE as another client sent it to a real server, and the reply to a READ by that server.
+const char kWrite[] =
+    "ff534d42 0b 00000000 00 0100 000000000000000000000000 f8ff 4d00 a5bb 0600"
+    "05 730a 0500 00000000 0000 0800 01 0500 68656c6c6f";
+const char kReadReply[] =
+    "ff534d42 0a 00000000 80 0340 000000000000000000000000 f8ff 4d00 a5bb 0700"
+    "05 0500 0000000000000000 0800 01 0500 68656c6c6f";
+
+TEST(SmbHeader, EveryFlagHasItsBit) {
+  const std::pair<bool ZnSMBCHeader::*, std::string> cases[] = {
+      {&ZnSMBCHeader::caseless_paths, "080000"},
+      {&ZnSMBCHeader::canonical_paths, "100000"},
+      {&ZnSMBCHeader::oplock, "200000"},
+      {&ZnSMBCHeader::oplock_notify, "400000"},
+      {&ZnSMBCHeader::reply, "800000"},
+      {&ZnSMBCHeader::long_names, "000100"},
+      {&ZnSMBCHeader::extended_attributes, "000200"},
+      {&ZnSMBCHeader::read_if_execute, "000020"},
+      {&ZnSMBCHeader::nt_status, "000040"},
+      {&ZnSMBCHeader::unicode, "000080"},
+  };
+  for (const auto& [flag, flags] : cases) {
+    CheckLayout(ZnSMBCHeader(), "ff534d42 32 02 00 0304 " + flags + "000000000000000000000000 0100 0200 0300 0400",
+                [&, bit = flag](auto& s) {
+                  s.command = ZnSMBClientValues::CmdTrans2, s.error_class = 2, s.error_code = 0x0403;
+                  s.*bit = true, s.tid = 1, s.pid = 2, s.uid = 3, s.mid = 4;
+                });
+  }
+}
+
+TEST(SmbMessage, Encoded) {
+  ZnSMBCHeader header;
+  header.command = ZnSMBClientValues::CmdWrite, header.long_names = true;
+  header.tid = 0xFFF8, header.pid = 77, header.uid = 0xBBA5, header.mid = 6;
+  ZnSMBCWrite_ReqWords words;
+  words.fid = 0x0A73, words.count = 5;
+  ZnSMBCWrite_ReqData data;
+  data.data = Hex("68656c6c6f");
+  EXPECT_EQ(ToHex(ZnSMBClientEncode(header, words, data)), ToHex(Hex(kWrite)));
+}
+
+TEST(SmbMessage, Decoded) {
+  ZnPacket bytes = Hex(kReadReply);
+  const ZnSMBCDecode reply(bytes);
+  ASSERT_TRUE(reply.valid);
+  EXPECT_TRUE(reply.header.reply && reply.header.nt_status && !reply.header.unicode);
+  EXPECT_EQ(reply.DataStart(), 45U);
+  ZnSMBCRead_RespWords words;
+  ZnSMBCRead_RespData data;
+  EXPECT_TRUE(reply.ReadWords(words) && words.count == 5);
+  EXPECT_TRUE(reply.ReadData(data) && ToHex(data.data) == "68656c6c6f");
+
+  for (size_t length = 0; length < bytes.Length(); length++) {
+    const ZnSMBCDecode cut{ZnPacket(bytes.Data(), length)};
+    EXPECT_FALSE(cut.valid) << length;
+    EXPECT_EQ(cut.Words().Remaining() + cut.Data().Remaining(), 0U) << length;
+  }
+  bytes.Append(uint8_t{1});
+  EXPECT_TRUE(ZnSMBCDecode(bytes) == reply) << "what follows the data is ignored";
+}
+
+TEST(SmbMessage, AChainedCommandIsRefused) {
+  EXPECT_TRUE(ZnSMBCUserLogoffX_RespWords().Read(Hex("ff002a00"))) << "where nothing is, it doesn't matter";
+  for (const char* words : {"75002900", "ff010000", "00000000"}) {
+    EXPECT_FALSE(ZnSMBCUserLogoffX_RespWords().Read(Hex(words))) << words;
+  }
+}
+
+}  // namespace

@@ -1,0 +1,72 @@
+#include "smb/wire/times.h"
+
+#include <cstdlib>
+#include <ctime>
+
+#include "support/layout_check.h"
+
+namespace {
+
+// The host's time zone, for this test and whatever runs behind it.
+void Zone(const char* name) {
+  setenv("TZ", name, 1);
+  tzset();
+}
+
+constexpr uint32_t k20021026 = 1035590400;  // 2002-10-26 00:00:00 UTC
+
+TEST(SmbTimes, ADateIsTheMidnightOfThisHost) {
+  CheckLayout(ZnSMBCDate(), "5a2d", [](auto& s) { s.day = 26, s.month = 10, s.year = 22; });
+  const std::pair<const char*, int64_t> secondsWestInOctober[] = {
+      {"America/New_York", 4 * 3600}, {"Asia/Kolkata", -19800}, {"UTC", 0}};
+  ZnSMBCDate date;
+  for (const auto& [zone, west] : secondsWestInOctober) {
+    Zone(zone);
+    EXPECT_TRUE(ZnSMBCDate().AsTimeVal().IsZero());
+    date.Read(Hex("5a2d"));
+    EXPECT_EQ(int64_t{date.AsTimeVal().seconds} - k20021026, west) << zone;
+  }
+  date.Read(Hex("9fff"));  // 31 December 2107
+  EXPECT_EQ(date.AsTimeVal().seconds, 0xFFFFFFFF);
+}
+
+TEST(SmbTimes, AMomentIsReadOffTheCalendarWithoutRegardToTheZone) {
+  CheckLayout(ZnSMBCTime(), "5c64", [](auto& s) { s.hours = 12, s.minutes = 34, s.two_seconds = 28; });
+  const std::tuple<uint32_t, const char*, const char*> cases[] = {
+      {0, "0000", "0000"},          {k20021026 + 12 * 3600 + 34 * 60 + 57, "5a2d", "5c64"},
+      {951782399, "5c28", "7dbf"},  // the second before a leap day
+      {86400, "2200", "0000"},      // before 1980: day and month are kept
+      {0xFFFFFFFF, "47fc", "8733"},
+  };
+  Zone("Asia/Kolkata");
+  for (const auto& [seconds, dateDigits, timeDigits] : cases) {
+    SCOPED_TRACE(seconds);
+    ZnSMBCDate date;
+    date.FromTimeVal({seconds, 0});
+    EXPECT_EQ(ToHex(date.Pack()), dateDigits);
+    ZnSMBCTime time;
+    time.FromTimeVal({seconds, 0});
+    EXPECT_EQ(ToHex(time.Pack()), timeDigits);
+    EXPECT_EQ(time.AsTimeVal().seconds, seconds % 86400 / 2 * 2) << "odd seconds lose one";
+  }
+}
+
+TEST(SmbTimes, LongTimes) {
+  CheckLayout(ZnSMBCTimeDCE(), "00e0b235e77cc201", [](auto& s) { s.value = 0x01c27ce735b2e000; });
+  const std::tuple<uint64_t, ZnTimeVal, uint64_t> cases[] = {
+      {0, {}, 0},
+      {116444735999999999, {}, 0},
+      {116444736000000019, {0, 1}, 116444736000000010},
+      {126801072000000000 + 9999999, {1035633600, 999999}, 126801072009999990},
+      {0xFFFFFFFFFFFFFFFF, {0xFFFFFFFF, 955161}, 159394408959551610},
+  };
+  for (const auto& [value, moment, back] : cases) {
+    ZnSMBCTimeDCE time;
+    time.value = value;
+    EXPECT_EQ(time.AsTimeVal(), moment) << value;
+    time.FromTimeVal(moment);
+    EXPECT_EQ(time.value, back) << value;
+  }
+}
+
+}  // namespace

@@ -1,0 +1,97 @@
+#include "smb/wire/trans2_sections.h"
+
+#include "support/layout_check.h"
+
+namespace {
+
+using V = ZnSMBClientValues;
+constexpr ZnEncoding kOem = ZnCodeset::Cp850;
+constexpr ZnEncoding kUnicode = ZnCodeset::Utf16Lsb;
+
+TEST(Trans2Sections, RequestParameters) {
+  CheckLayout(ZnSMBCTrans2_ReqParams(V::Trans2FindFirst2, kOem), "3700 1400 0200 0401 00000000 | 5c2a00", [](auto& s) {
+    s.attribs = {{}, true, true, true, false, true, true}, s.search_count = 20, s.close_at_end = true;
+    s.level = 260, s.filename = "\\*";
+  });
+  CheckLayout(ZnSMBCTrans2_ReqParams(V::Trans2FindFirst2, kUnicode), "0000 0000 0000 0000 00000000 | 5c002a000000",
+              [](auto& s) { s.filename = "\\*"; });
+  CheckLayout(ZnSMBCTrans2_ReqParams(V::Trans2FindNext2, kOem), "0100 1400 0401 07000000 0e00 | 5c6400");
+  CheckLayout(ZnSMBCTrans2_ReqParams(V::Trans2QueryPathInfo, kOem), "0701 00000000 | 5c6600");
+  CheckLayout(ZnSMBCTrans2_ReqParams(V::Trans2SetFileInfo, kOem), "0900 0101 0000");
+}
+
+TEST(Trans2Sections, Replies) {
+  CheckLayout(ZnSMBCTrans2_RespParams(V::Trans2FindFirst2), "ffff 0300 0100 0200 c400");
+  CheckLayout(ZnSMBCTrans2_RespParams(V::Trans2FindNext2), "0300 0100 0200 c400");
+  CheckLayout(ZnSMBCTrans2_RespParams(V::Trans2QueryPathInfo), "");
+  CheckLayout(ZnSMBCTrans2_RespParams(V::Trans2SetPathInfo), "0100");
+#define SYSTEM_HEX "01000000 02000000 03000000 04000000 00020000"
+  CheckLayout(ZnSMBCTrans2_FSINFO(kOem, 2), SYSTEM_HEX "06000000 02 | 4142", [](auto& s) {
+    s.filesystem_id = 1, s.sectors_per_unit = 2, s.units = 3, s.available_units = 4, s.bytes_per_sector = 512;
+    s.serial_number = 6, s.label = "AB";
+  });
+  EXPECT_FALSE(ZnSMBCTrans2_FSINFO(kOem, 3).Read(Hex(SYSTEM_HEX)));
+  CheckLayout(ZnSMBCTrans2_RespData(V::Trans2QueryFSInfo, 1, kOem), SYSTEM_HEX);
+  CheckLayout(ZnSMBCTrans2_RespData(V::Trans2FindNext2, 260, kOem), "| 0102");
+  CheckLayout(ZnSMBCTrans2_RespData(V::Trans2SetPathInfo, 1, kOem), "");
+}
+
+// The third entry of a listing by a real server: 8-bit names whose length counts a terminator, short names in UTF-16,
+// and a next offset that isn't 0 although no entry follows.
+const char kEntry[] =
+    "74000000 00000000 00e0b235e77cc201 00e0b235e77cc201 00e0b235e77cc201 00e0b235e77cc201 0500000000000000"
+    "0000100000000000 20000000 13000000 00000000 18 00 4c004f0037004a00510030007e0034002e00540058005400"
+    "6c6f6e672066696c65206e616d652e74787400000000";
+
+TEST(Trans2Sections, EntryOfARealServer) {
+  ZnPacket bytes = Hex(kEntry);
+  ZnSMBCTrans2_DIRENTRY entry(kOem, kUnicode, 260, 0xC5);
+  ASSERT_TRUE(ReadExactly(entry, bytes));
+  EXPECT_EQ(entry.next_offset, 0x74U);
+  EXPECT_EQ(entry.last_write_time.AsTimeVal(), (ZnTimeVal{1035633600, 0}));
+  EXPECT_EQ(entry.end_of_file, 5U);
+  EXPECT_TRUE(entry.xattribs.attribs.archive);
+  EXPECT_EQ(entry.shortname, "LO7JQ0~4.TXT");
+  EXPECT_EQ(entry.filename, "long file name.txt");
+  EXPECT_FALSE(ZnSMBCTrans2_DIRENTRY(kOem, kOem, 259, 1).Read(bytes)) << "another level";
+
+  // A name is never longer than what is there.
+  memset(bytes.Writable() + 60, 0xFF, 4);
+  bytes.SetLength(97);
+  EXPECT_TRUE(ReadExactly(entry, bytes));
+  EXPECT_EQ(entry.filename, "lon");
+  // Nor is a short one longer than its field.
+  for (auto [encoding, length, good] : {std::tuple{kOem, 12, true}, {kOem, 13, false}, {kUnicode, 26, false}}) {
+    bytes.Writable()[68] = static_cast<uint8_t>(length);
+    EXPECT_EQ(ZnSMBCTrans2_DIRENTRY(kOem, encoding, 260, 1).Read(bytes), good) << length;
+  }
+}
+
+TEST(Trans2Sections, InformationAboutOneFile) {
+  CheckLayout(ZnSMBCTrans2_DIRENTRY(kUnicode, kUnicode, 260, 1),
+              "60000000 02000000 0300000000000000 0400000000000000 0500000000000000 0600000000000000 0700000001000000"
+              "0800000000000000 10000000 04000000 09000000 02 00 530000000000000000000000000000000000000000000000"
+              "| 61006200");
+  CheckLayout(ZnSMBCTrans2_FILEINFO(kOem, V::FileInfoOldAttribs),
+              "1a00 0060 4001 6007 002c 1d00 05000000 06000000 2000");
+#define ATTRIBS_HEX "0100000000000000 0200000000000000 0300000000000000 0400000000000000 2000 0000"
+#define SIZE_HEX "0000100000000000 0500000000000000 01000000 01 01"
+  CheckLayout(ZnSMBCTrans2_FILEINFO(kOem, V::FileInfoAttribs), ATTRIBS_HEX);
+  CheckLayout(ZnSMBCTrans2_RespData(V::Trans2QueryPathInfo, V::FileInfoSize, kOem), SIZE_HEX);
+  CheckLayout(ZnSMBCTrans2_FILEINFO(kOem, V::FileInfoAll),
+              ATTRIBS_HEX "0000" SIZE_HEX
+                          "0600000000000000 07000000 08000000 0900000000000000 0a000000 0b000000 0c000000"
+                          "02000000 | 5c6600",
+              [](auto& s) {
+                s.create_time.value = 1, s.last_access_time.value = 2, s.last_write_time.value = 3;
+                s.last_change_time.value = 4, s.attribs.archive = true, s.allocation_size = 0x100000;
+                s.end_of_file = 5, s.link_count = 1, s.delete_pending = s.directory = true, s.index_number = 6;
+                s.ea_size = 7, s.access_flags = 8, s.file_index = 9, s.position = 10, s.mode = 11, s.alignment = 12;
+                s.filename = "\\f";
+              });
+  CheckLayout(ZnSMBCTrans2_FILEINFO(kUnicode, V::FileInfoName), "04000000 | 5c0066000000");
+  CheckLayout(ZnSMBCTrans2_FILEINFO(kOem, V::FileInfoAltname), "03000000 | 467e3100");
+  EXPECT_FALSE(ZnSMBCTrans2_FILEINFO(kOem, 256).Read(Hex(ATTRIBS_HEX))) << "no such level";
+}
+
+}  // namespace

@@ -1,0 +1,94 @@
+"""The built daemon with a profile of the test's own, in a scratch folder, on a free port.
+
+    with Daemon("[nfsserver/server/cleanupdelay={(1)}]") as daemon:
+        with daemon.client(uid=1000) as client:
+            client.null()
+"""
+
+import contextlib
+import os
+import pathlib
+import re
+import signal
+import socket
+import subprocess
+import tempfile
+import time
+
+from nfs_raw import NfsClient
+
+PROGRAM = pathlib.Path(os.environ["HALDEN_BIN_DIR"]) / "haldenmapd"
+START_SECONDS, STOP_SECONDS = 60, 10
+
+
+def sanitized():
+    """Whether the daemon is built with AddressSanitizer, which keeps memory of its own."""
+    return b"__asan_init" in PROGRAM.read_bytes()
+
+
+def free_udp_port():
+    with socket.socket(socket.AF_INET, socket.SOCK_DGRAM) as free:
+        free.bind(("127.0.0.1", 0))
+        return free.getsockname()[1]
+
+
+class Daemon:
+    """`profile` is configuration text besides the port. `logs` is the folder of its logs, gone at the end."""
+
+    def __init__(self, profile="", environment=None):
+        self.profile = profile
+        self.environment = {**os.environ, **(environment or {})}
+        self.pid = None
+
+    def __enter__(self):
+        self.folder = tempfile.TemporaryDirectory(prefix="haldenmapd.")
+        root = pathlib.Path(self.folder.name)
+        self.logs = root / "logs"
+        self.logs.mkdir()
+        self.port = free_udp_port()
+        (root / "profile").write_text(f"[nfsserver/mount/port={{({self.port})}}]\n{self.profile}\n")
+        try:
+            # Its output goes to a file: a pipe would be kept open by the daemon.
+            with open(self.logs / "output", "w") as output:
+                code = subprocess.run([PROGRAM, root / "profile", self.logs], stdin=subprocess.DEVNULL, stdout=output,
+                                      stderr=output, env=self.environment, timeout=START_SECONDS).returncode
+            logs = [path for path in self.logs.iterdir() if re.fullmatch(r"cl\d+\.log", path.name)]
+            if code != 0 or len(logs) != 1:
+                raise RuntimeError(f"the daemon didn't start: code {code}\n{(self.logs / 'output').read_text()}")
+            self.log = logs[0]
+            self.pid = int(self.log.stem[2:])
+        except BaseException:
+            self.folder.cleanup()
+            raise
+        return self
+
+    def __exit__(self, *_):
+        with contextlib.suppress(ProcessLookupError):
+            os.kill(self.pid, signal.SIGTERM)
+            deadline = time.monotonic() + STOP_SECONDS
+            while self.alive() and time.monotonic() < deadline:
+                time.sleep(0.01)
+            if self.alive():
+                os.kill(self.pid, signal.SIGKILL)
+        output = (self.logs / "output").read_text(errors="replace")
+        self.folder.cleanup()
+        if output:  # a daemon has nothing to say there, but a sanitizer has
+            raise RuntimeError(output)
+
+    def client(self, **options):
+        """Options are those of NfsClient."""
+        return NfsClient(self.port, **options)
+
+    def _status(self, field):
+        text = pathlib.Path(f"/proc/{self.pid}/status").read_text()
+        return re.search(rf"^{field}:\s*(\S+)", text, re.MULTILINE).group(1)
+
+    def alive(self):
+        try:
+            return self._status("State") != "Z"
+        except FileNotFoundError:
+            return False
+
+    def resident(self):
+        """Resident size in KiB."""
+        return int(self._status("VmRSS"))

@@ -1,0 +1,147 @@
+"""The whole road for a test: real SMB servers, the daemon with a profile that leads to them, and an NFS client.
+
+    with Gateway() as gateway:
+        share = gateway.share()                       # the NFS handle of the first share of the first machine
+        gateway.nfs.create(share, "a.txt")
+        (gateway.disk() / "a.txt").read_bytes()       # the same file on the server's disk
+
+Everything runs in a network of its own that has only loopback: entering it (once, for the whole test process) is part of
+`with`. Needs root.
+"""
+
+import contextlib
+import os
+import pathlib
+import pwd
+import socket
+import subprocess
+import sys
+import tempfile
+import time
+
+sys.path.insert(0, str(pathlib.Path(__file__).parent))
+
+from daemon import Daemon  # noqa: E402
+from smb_peer import NAME, SmbPeer, enter_private_network  # noqa: E402
+
+UNIX_USER = "games"  # every Debian has one
+SMB_USER, SMB_PASSWORD = "tester", "Secret1"
+ROOT = b"the root of a test".ljust(32, b"\0")
+
+
+def free_tcp_port():
+    with socket.socket() as free:
+        free.bind(("127.0.0.1", 0))
+        return free.getsockname()[1]
+
+
+def stored_password(password, user):
+    """A password in the form in which a profile holds it."""
+    def cksum(text):  # of UTF-16, with its length in units behind
+        crc = 0
+        for byte in text.encode("utf-16-le") + bytes([len(text)]):
+            crc ^= byte << 24
+            for _ in range(8):
+                crc = (crc << 1 ^ (0x04C11DB7 if crc & 0x80000000 else 0)) & 0xFFFFFFFF
+        return crc
+
+    def spread(key):  # seven bytes are eight groups of seven bits, each with room for a parity bit
+        bits = int.from_bytes(key, "big")
+        return bytes((bits >> (49 - 7 * i) & 0x7F) << 1 for i in range(8))
+
+    key = spread(f"{cksum(user) ^ 0x5C3A96E1:07X}"[:7].encode())
+    plain = bytes([ord("A") + len(password)]) + password.encode("iso-8859-1")
+    plain += bytes(-len(plain) % 8)
+    done = subprocess.run(["openssl", "enc", "-des-ede3-ecb", "-nopad", "-K", (key * 3).hex()], input=plain,
+                          capture_output=True, check=True)
+    return done.stdout.hex().upper()
+
+
+class Gateway:
+    """machines: name in the name space -> arguments of SmbPeer besides the port ({"pc": {}} by default). settings: keys
+    of the profile besides those that lead to the servers, as text lines; a line may hold {user}. environment: of the
+    daemon, over this process's own.
+
+    users: whoever has all the machines; the first one is UNIX_USER, and what is said of `the user` is said of him.
+
+    nfs: an NfsClient whose root is `root`. peers: name -> SmbPeer. daemon: the Daemon. errors(): what the user was told.
+    """
+
+    def __init__(self, machines=None, settings="", environment=None, client=None, users=(UNIX_USER,)):
+        self.users = users
+        self.machines = machines or {"pc": {}}
+        self.settings = settings
+        self.environment = environment
+        self.client_options = {"uid": pwd.getpwnam(UNIX_USER).pw_uid, "timeout": 30, "encoding": "utf-8",
+                               **(client or {})}
+        self.root = ROOT
+
+    def __enter__(self):
+        enter_private_network()
+        with contextlib.ExitStack() as stack:
+            self.folder = pathlib.Path(stack.enter_context(tempfile.TemporaryDirectory(prefix="halden-gateway-")))
+            self.folder.chmod(0o755)
+            home = self.folder / "home"
+            home.mkdir()
+            os.chown(home, pwd.getpwnam(UNIX_USER).pw_uid, -1)
+            self.error_file = home / "errors"
+            self.peers = {}
+            for machine, options in self.machines.items():
+                users = {SMB_USER: SMB_PASSWORD}
+                peer = SmbPeer(**{"users": users, "port": free_tcp_port(), **options})
+                self.peers[machine] = stack.enter_context(peer)
+            self.daemon = stack.enter_context(Daemon(self.profile(), self.environment))
+            self.nfs = stack.enter_context(self.daemon.client(**self.client_options))
+            stack.push(self._show_logs)
+            self.nfs.getattr(self.root)
+            self._stack = stack.pop_all()
+        return self
+
+    def __exit__(self, *exception):
+        return self._stack.__exit__(*exception)
+
+    def _show_logs(self, kind, *_):
+        if kind:
+            print(f"--- the daemon's log\n{self.log()}\n--- the user's errors\n{self.errors()}", file=sys.stderr)
+
+    def profile(self):
+        settings = self.settings.replace("{user}", f"nfsserver/shares/smb/{UNIX_USER}")
+        return "\n".join(["[nfsserver/server/encoding/rpc={(UTF-8)}]", *map(self._of_user, self.users), settings])
+
+    def _of_user(self, name):
+        user = f"nfsserver/shares/smb/{name}"
+        lines = [f"[{user}/logfile={{({self.error_file if name == UNIX_USER else ''})}}]",
+                 f"[{user}/machinenames={{{''.join(f'({machine})' for machine in self.machines)}}}]"]
+        for machine, peer in self.peers.items():
+            lines += [f"[{user}/{machine}/{key}={{({value})}}]" for key, value in {
+                "ipaddress": "127.0.0.1", "port": peer.port, "nbtname": NAME, "winname": SMB_USER,
+                "password": stored_password(SMB_PASSWORD, name)}.items()]
+            lines.append(f"[{user}/{machine}/sharenames={{{''.join(f'({share})' for share in peer.shares)}}}]")
+            lines += [f"[{user}/{machine}/{share}/password={{()}}]" for share in peer.shares]
+        return "\n".join(lines)
+
+    def share(self, machine=None, share=None, user=UNIX_USER):
+        """The handle of a share; the first machine's first one if none is named."""
+        machine = machine or next(iter(self.peers))
+        share = share or next(iter(self.peers[machine].shares))
+        return self.nfs.walk(self.root, f"{user}/{machine}/{share}").file
+
+    def disk(self, machine=None, share=None):
+        """The folder behind a share on its server's disk."""
+        return self.peers[machine or next(iter(self.peers))].root(share)
+
+    def errors(self):
+        return self.error_file.read_text(errors="replace") if self.error_file.exists() else ""
+
+    def log(self):
+        return self.daemon.log.read_text(errors="replace")
+
+
+def wait_until(condition, seconds=10):
+    """Whether the condition came true in time."""
+    end = time.monotonic() + seconds
+    while not condition():
+        if time.monotonic() > end:
+            return False
+        time.sleep(0.02)
+    return True

@@ -1,0 +1,314 @@
+"""A real SMB1 server for tests: Debian's smbd (and nmbd) in a scratch folder, on loopback, stopped by pid.
+
+In Python:          with SmbPeer(users={"tester": "Secret1"}) as peer: run(command, env=peer.environment())
+On a command line:  tests/support/with_smb_peer [options] -- COMMAND...     (see --help)
+
+The command line runs everything in a network of its own, in which only loopback exists: ports can't clash and nothing
+leaves the machine. In Python, enter_private_network() does the same.
+"""
+
+import argparse
+import contextlib
+import ctypes
+import os
+import shutil
+import signal
+import socket
+import struct
+import subprocess
+import sys
+import tempfile
+import time
+from pathlib import Path
+
+CLONE_NEWNS, CLONE_NEWNET, MS_REC, MS_PRIVATE = 0x00020000, 0x40000000, 0x4000, 0x40000
+NEEDED = ("smbd", "nmbd", "smbpasswd", "ip")
+PORT = 1139
+NAME = "PEER"
+WORKGROUP = "TESTGRP"
+NMBD_ADDRESS = "127.0.0.2"
+READY_SECONDS = 20
+
+COMMON_OPTIONS = {
+    "netbios name": NAME,
+    "workgroup": WORKGROUP,
+    "server role": "standalone server",
+    "bind interfaces only": "yes",
+}
+
+SMBD_OPTIONS = {
+    **COMMON_OPTIONS,
+    "interfaces": "127.0.0.1/8",
+    "usershare max shares": "0",
+    "load printers": "no",
+    "printing": "bsd",
+    "printcap name": "/dev/null",
+    "disable spoolss": "yes",
+    "server min protocol": "CORE",
+    "server max protocol": "NT1",
+    "lanman auth": "yes",
+    "ntlm auth": "ntlmv1-permitted",
+    "server signing": "disabled",
+    "smb1 unix extensions": "no",
+    "time server": "yes",
+}
+
+SHARE_OPTIONS = {
+    "read only": "no",
+    "guest ok": "yes",
+    "force user": "root",
+    "store dos attributes": "yes",
+    "map archive": "no",
+    "map system": "no",
+    "map hidden": "no",
+    "map readonly": "no",
+    "hide dot files": "no",
+    "case sensitive": "no",
+    # Else the time in a close request is lost when a write came shortly before.
+    "smbd:writetimeupdatedelay": "0",
+}
+
+NMBD_OPTIONS = {**COMMON_OPTIONS, "interfaces": f"{NMBD_ADDRESS}/8", "wins support": "yes"}
+
+
+def enter_private_network():
+    """This process and all it starts see only a loopback of their own from here on. Once is enough."""
+    if getattr(enter_private_network, "done", False):
+        return
+    libc = ctypes.CDLL(None, use_errno=True)
+    if libc.unshare(CLONE_NEWNET | CLONE_NEWNS) != 0:
+        raise OSError(ctypes.get_errno(), "unshare: a network of its own needs root")
+    libc.mount(b"none", b"/", None, MS_REC | MS_PRIVATE, None)
+    subprocess.run(["ip", "link", "set", "lo", "up"], check=True)
+    for folder in ("/var/log/samba", "/run/samba"):  # smbd writes there whatever it is told
+        if os.path.isdir(folder):
+            subprocess.run(["mount", "-t", "tmpfs", "tmpfs", folder], check=True)
+    enter_private_network.done = True
+
+
+class PeerError(RuntimeError):
+    pass
+
+
+class SmbPeer:
+    """One smbd, and on request one nmbd, from `with` to its end.
+
+    users: name -> password. shares: name -> its extra options. options: extra global options. tz: the server's time
+    zone. nmbd: whether there is a name server too, on 127.0.0.2.
+    """
+
+    def __init__(self, users=None, shares=None, port=PORT, options=None, tz=None, nmbd=False):
+        missing = [tool for tool in NEEDED if not shutil.which(tool)]
+        if missing:
+            raise PeerError(f"{', '.join(missing)} not found: ./dev setup installs the real SMB peer")
+        if os.geteuid() != 0:
+            raise PeerError("the real SMB peer needs root: it adds users to its own password file")
+        self.users = users or {"tester": "Secret1"}
+        self.shares = shares or {"SHARE": {}}
+        self.port = port
+        self.options = options or {}
+        self.tz = tz
+        self.nmbd = nmbd
+        self.processes = []
+
+    def __enter__(self):
+        self.folder = Path(tempfile.mkdtemp(prefix="halden-smb-"))
+        try:
+            self._prepare()
+            self._start_smbd()
+            if self.nmbd:
+                self._start_nmbd()
+        except BaseException:
+            self.__exit__()
+            raise
+        return self
+
+    def __exit__(self, *_):
+        for process in reversed(self.processes):
+            process.terminate()
+            try:
+                process.wait(10)
+            except subprocess.TimeoutExpired:
+                process.kill()
+                process.wait()
+        self._stop_rpc_helper()
+        shutil.rmtree(self.folder, ignore_errors=True)
+
+    def root(self, share=None):
+        """The folder behind a share, the first one if none is named."""
+        return self.folder / "shares" / (share or next(iter(self.shares)))
+
+    def environment(self):
+        """What a test needs to know, on top of the environment of this process."""
+        user, password = next(iter(self.users.items()))
+        return {
+            **os.environ,
+            "HALDEN_SMB_PORT": str(self.port),
+            "HALDEN_SMB_NAME": NAME,
+            "HALDEN_SMB_WORKGROUP": WORKGROUP,
+            "HALDEN_SMB_USER": user,
+            "HALDEN_SMB_PASSWORD": password,
+            "HALDEN_SMB_SHARE": next(iter(self.shares)),
+            "HALDEN_SMB_ROOT": str(self.root()),
+        }
+
+    # Everything below is how it is done.
+
+    def _prepare(self):
+        self.folder.chmod(0o755)
+        for name in ("log", "shares"):
+            (self.folder / name).mkdir()
+        for share in self.shares:
+            self.root(share).mkdir()
+        self._write_config("smb", {**SMBD_OPTIONS, "smb ports": self.port, **self.options}, self.shares)
+        self._write_users()
+        self._write_servers()
+
+    def _write_config(self, name, options, shares):
+        """name.conf, and below name/ the folders that samba keeps its state in."""
+        state = self.folder / name
+        state.mkdir()
+        folders = {"private dir": "private", "lock directory": "lock", "state directory": "state",
+                   "cache directory": "cache", "pid directory": "pid", "ncalrpc dir": "ncalrpc"}
+        for folder in folders.values():
+            (state / folder).mkdir(mode=0o700 if folder == "private" else 0o755)
+        settings = {
+            "log level": "0",  # first: samba logs while it reads the rest
+            **{option: state / folder for option, folder in folders.items()},
+            "log file": self.folder / "log" / "log.%m",
+            "passdb backend": f"tdbsam:{state}/private/passdb.tdb",
+            "nmbd:socket dir": state / "nmbd",
+            **options,
+        }
+        sections = {"global": settings}
+        for share, extra in shares.items():
+            sections[share] = {"path": self.root(share), **SHARE_OPTIONS, **extra}
+        (self.folder / f"{name}.conf").write_text("".join(
+            f"[{section}]\n" + "".join(f"  {key} = {value}\n" for key, value in content.items())
+            for section, content in sections.items()))
+
+    def _write_users(self):
+        """The users are real for smbd and for nobody else: a library in front of the C library's look-ups names them."""
+        lines = "".join(f"{user}:x:{60001 + i}:65534:{user}:/nonexistent:/bin/false\n"
+                        for i, user in enumerate(self.users))
+        (self.folder / "passwd").write_text(Path("/etc/passwd").read_text() + lines)
+        (self.folder / "group").write_text(Path("/etc/group").read_text())
+        for user, password in self.users.items():
+            self._run(["smbpasswd", "-c", self.folder / "smb.conf", "-L", "-s", "-a", user],
+                      f"{password}\n{password}\n")
+
+    def _write_servers(self):
+        """What it answers when asked for the servers of its workgroup."""
+        lines = [(WORKGROUP, "c0001000", NAME), (NAME, "40001003", "the peer"), ("OTHER", "40001003", "another one")]
+        (self.folder / "smb" / "cache" / "browse.dat").write_text("".join(
+            f'"{name}"                     {kind} "{comment}"                 "{WORKGROUP}"\n'
+            for name, kind, comment in lines))
+
+    def _environment_of_samba(self):
+        environment = dict(os.environ, LD_PRELOAD="libnss_wrapper.so", NSS_WRAPPER_PASSWD=str(self.folder / "passwd"),
+                           NSS_WRAPPER_GROUP=str(self.folder / "group"))
+        if self.tz:
+            environment["TZ"] = self.tz
+        return environment
+
+    def _run(self, command, text):
+        done = subprocess.run(command, input=text, text=True, capture_output=True, env=self._environment_of_samba())
+        if done.returncode != 0 or "cannot be preloaded" in done.stderr:
+            raise PeerError(f"{command[0]} failed: {done.stdout}{done.stderr}"
+                            " (it needs libnss-wrapper too: ./dev setup installs it)")
+
+    def _start(self, name, *extra):
+        """A session of its own, for on its end smbd kills its whole process group."""
+        output = open(self.folder / "log" / f"{name}.output", "wb")
+        config = self.folder / f"{name[:-1]}.conf"
+        self.processes.append(subprocess.Popen(
+            [name, "--foreground", "--no-process-group", f"--log-basename={self.folder}/log",
+             f"--configfile={config}", *extra],
+            stdin=subprocess.DEVNULL, stdout=output, stderr=output, start_new_session=True,
+            env=self._environment_of_samba()))
+
+    def _start_smbd(self):
+        self._start("smbd")
+        with socket.socket() as probe:
+            self._wait_until("smbd", lambda: probe.connect_ex(("127.0.0.1", self.port)) == 0)
+
+    def _start_nmbd(self):
+        self._write_config("nmb", NMBD_OPTIONS, {})
+        (self.folder / "lmhosts").touch()
+        self._start("nmbd", f"--hosts={self.folder}/lmhosts")
+        self._wait_until("nmbd", answers_name_query)
+
+    def _wait_until(self, what, ready):
+        end = time.monotonic() + READY_SECONDS
+        while not ready():
+            if self.processes[-1].poll() is not None or time.monotonic() > end:
+                logs = [path.read_text(errors="replace") for path in (self.folder / "log").iterdir()]
+                raise PeerError(f"{what} isn't there after its start:\n{''.join(logs)}")
+            time.sleep(0.01)
+
+    def _stop_rpc_helper(self):
+        """smbd starts it for some remote calls; it makes itself a session and outlives smbd."""
+        with contextlib.suppress(OSError, ValueError):
+            os.kill(int((self.folder / "smb" / "pid" / "samba-dcerpcd.pid").read_text()), signal.SIGTERM)
+
+
+def answers_name_query():
+    """Asks for the peer's name; true when a positive answer to just this question comes."""
+    name = b"".join(bytes((0x41 + (c >> 4), 0x41 + (c & 15))) for c in NAME.ljust(15).encode() + b"\x20")
+    query = struct.pack(">6H", 0x4841, 0x0100, 1, 0, 0, 0) + b"\x20" + name + b"\0\0\x20\0\x01"
+    with socket.socket(socket.AF_INET, socket.SOCK_DGRAM) as sender:
+        sender.settimeout(0.1)
+        try:
+            sender.sendto(query, (NMBD_ADDRESS, 137))
+            answer = sender.recv(1024)
+        except OSError:
+            return False
+    return len(answer) >= 12 and answer[:2] == query[:2] and struct.unpack_from(">H", answer, 6)[0] > 0
+
+
+class Capture:
+    """Every packet of the peer's TCP port, from `with` to its end, in a file that tshark reads."""
+
+    def __init__(self, file, port):
+        self.command = ["dumpcap", "-q", "-i", "lo", "-f", f"tcp port {port}", "-w", str(file)]
+
+    def __enter__(self):
+        if not shutil.which(self.command[0]):
+            raise PeerError("dumpcap not found: ./dev setup installs tshark")
+        self.process = subprocess.Popen(self.command, stderr=subprocess.PIPE, text=True)
+        output = ""
+        for line in self.process.stderr:  # ready when it names its file
+            output += line
+            if line.startswith("File:"):
+                return self
+        raise PeerError(f"dumpcap doesn't capture: {output}")
+
+    def __exit__(self, *_):
+        time.sleep(0.2)  # the last packets are still on their way to it
+        self.process.send_signal(signal.SIGINT)
+        self.process.communicate(timeout=10)
+
+
+def main():
+    parser = argparse.ArgumentParser(
+        prog="with_smb_peer", formatter_class=argparse.RawDescriptionHelpFormatter,
+        description="Runs COMMAND beside a real SMB1 server, in a network that has only loopback.",
+        epilog="COMMAND finds HALDEN_SMB_PORT, _NAME, _WORKGROUP, _USER, _PASSWORD, _SHARE and _ROOT (the folder of the\n"
+               "share). The exit status is COMMAND's; 125 when the server can't be had.")
+    parser.add_argument("--port", type=int, default=PORT)
+    parser.add_argument("--capture", metavar="FILE", help="writes the packets there, for tshark")
+    parser.add_argument("command", nargs="+", metavar="COMMAND")
+    options = parser.parse_args()
+    try:
+        enter_private_network()
+        with SmbPeer(port=options.port) as peer, \
+                Capture(options.capture, options.port) if options.capture else contextlib.nullcontext():
+            status = subprocess.run(options.command, env=peer.environment()).returncode
+    except (PeerError, OSError) as error:
+        print(f"with_smb_peer: {error}", file=sys.stderr)
+        return 125
+    return status if status >= 0 else 128 - status
+
+
+if __name__ == "__main__":
+    sys.exit(main())

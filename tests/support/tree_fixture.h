@@ -1,0 +1,198 @@
+#pragma once
+// A file system over a profile in a scratch folder, with sessions that answer what a test tells them to. Include it
+// from test binaries that link the tree.
+
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <deque>
+#include <filesystem>
+#include <fstream>
+#include <functional>
+#include <map>
+
+#include "config/smbnfs_config.h"
+#include "tree/file_system.h"
+
+// The configuration with a profile of the test's own, for the account that runs the test.
+class TestProfile {
+ public:
+  explicit TestProfile(const std::string& text) : folder_("/tmp/halden-tree-" + std::to_string(getpid())) {
+    std::filesystem::create_directories(folder_);
+    Write(text);
+    EXPECT_EQ(ZnSMBNFSConfig::Initialise(Path().c_str(), "", "", false).AsUtf8(), "");
+  }
+  ~TestProfile() {
+    ZnSMBNFSConfig::CleanUp();
+    std::filesystem::remove_all(folder_);
+  }
+  std::string Path() const { return folder_ + "/profile"; }
+  void Write(const std::string& text) const { std::ofstream(Path()) << text; }
+
+  // A user's machine with these shares; all accounts are root's.
+  static std::string Machine(const std::string& user, const std::string& machine,
+                             const std::vector<std::string>& shares, const std::string& more = "") {
+    std::string base = "[nfsserver/shares/smb/" + user + "/";
+    std::string text = base + "unixname={(root)}]\n" + base + machine + "/unixname={(root)}]\n";
+    for (const std::string& share : shares) {
+      text +=
+          base + machine + "/" + share + "/password={()}]\n" + base + machine + "/" + share + "/unixname={(root)}]\n";
+    }
+    return text + more;
+  }
+
+ private:
+  std::string folder_;
+};
+
+// A session that keeps its commands until the test answers, or answers at once when `answer` is set.
+class StandInSession : public ZnSMBNFSSessionBase {
+ public:
+  using Answer = std::function<bool(ZnSMBNFSCommand&)>;  // fills in results; false fails the request
+
+  explicit StandInSession(ZnSMBNFSSessionHost* host) : host_(host) { host_->AddSession(this); }
+  ~StandInSession() override {
+    for (ZnSMBNFSCommand* command : queue) command->session = nullptr;
+    host_->RemoveSession(this);
+  }
+
+  void Request(ZnSMBNFSCommand* command, ZnSMBNFSEnum::SessionCommand what) override {
+    command->sessioncommand = what;
+    command->sessionstatus = ZnSMBNFSEnum::SSTStart;
+    requests.push_back(what);
+    if (!command->session) queue.push_back(command);
+    command->session = this;
+    if (what == ZnSMBNFSEnum::SCRequestShares) {
+      ZnDList<ZnUniString> names;
+      ZnSMBNFSConfig::GetShareList(machinenode->user, machinenode->machine, names);
+      for (const ZnUniString& name : names) {
+        ZnSMBCShareObject share;
+        share.share = name;
+        share.service = ZnSMBClientValues::ServiceDisk;
+        command->shares.Append(share);
+      }
+      host_->CompleteRequest(command);
+    } else if (answer) {
+      if (!answer(*command)) command->sessionstatus = ZnSMBNFSEnum::SSTError;
+      host_->CompleteRequest(command);
+    }
+  }
+  void RemoveCommand(ZnSMBNFSCommand* command) override { std::erase(queue, command); }
+  void SendErrors() override {
+    while (!queue.empty()) {
+      ZnSMBNFSCommand* command = queue.front();
+      command->sessionstatus = ZnSMBNFSEnum::SSTError;
+      host_->CompleteRequest(command);
+      if (queue.empty() || queue.front() != command) continue;
+      command->session = nullptr;  // a test keeps its commands
+      queue.pop_front();
+    }
+  }
+  ZnNFSEnum::Status ConvertError(const ZnSMBNFSCommand&) const override { return ZnNFSEnum::NFSERR_ACCES; }
+  bool CleanUp() override { return !connected; }
+  bool IsConnected() const override { return connected; }
+  unsigned serverclass() const override { return 3; }
+
+  std::deque<ZnSMBNFSCommand*> queue;
+  std::vector<ZnSMBNFSEnum::SessionCommand> requests;
+  Answer answer;
+  bool connected = false;
+
+ private:
+  ZnSMBNFSSessionHost* host_;
+};
+
+class StandInUser : public ZnSMBNFSUserBase {
+ public:
+  void WriteLog(const ZnUniString&) override {}
+};
+
+class TestFileSystem : public ZnSMBNFSFileSystem {
+ public:
+  using ZnSMBNFSFileSystem::ZnSMBNFSFileSystem;
+  StandInSession::Answer answer;  // of sessions that are made from now on
+
+ protected:
+  std::unique_ptr<ZnSMBNFSSessionBase> MakeSession(ZnSMBNFSNode*, const ZnSMBNFSMachineConfig&) override {
+    auto session = std::make_unique<StandInSession>(this);
+    session->answer = answer;
+    return session;
+  }
+  std::unique_ptr<ZnSMBNFSUserBase> MakeUser(ZnSMBNFSNode*) override { return std::make_unique<StandInUser>(); }
+};
+
+// Counts how often a step handed its command back; the test owns its commands.
+class StepCounter : public ZnSMBNFSCommandHandler {
+ public:
+  void HandleCommand(ZnSMBNFSCommand*) override { steps++; }
+  void CommandEnds(const ZnSMBNFSCommand&) override {}
+  void ForgetCall(const ZnSMBNFSCommand&) override {}
+  int steps = 0;
+};
+
+inline ZnSMBCFileObject Entry(const ZnUniString& name, bool directory = false, uint32_t size = 0) {
+  ZnSMBCFileObject entry;
+  entry.path = name;
+  entry.attribs.directory = directory;
+  entry.size = size;
+  entry.modified = {1000, 0};
+  return entry;
+}
+
+// A tree of one user "u" with one machine "m" with the share "S" (and "T"), walked to on demand.
+class TreeTest : public ::testing::Test {
+ protected:
+  explicit TreeTest(const std::string& more = "") : profile_(TestProfile::Machine("u", "m", {"S", "T"}, more)) {
+    ZnNFSFileHandle root;
+    root.bytes[0] = 0xAB;
+    filesystem._init(root);
+  }
+
+  std::unique_ptr<ZnSMBNFSCommand> CommandAt(ZnSMBNFSNode* node, const ZnUniString& name = "") {
+    auto command = std::make_unique<ZnSMBNFSCommand>(ZnInetAddr(), ZnRPCAuthBlock(), 1, &handler);
+    command->node = node;
+    command->name = name;
+    command->status = ZnSMBNFSEnum::STLookup;
+    return command;
+  }
+  // Brings a node's contents up to date as a call would.
+  void Update(ZnSMBNFSNode* node) {
+    auto command = CommandAt(node);
+    filesystem.BUpdateNodeContents(command.get());
+  }
+  ZnSMBNFSNode* Child(ZnSMBNFSNode* node, const ZnUniString& name) {
+    auto* child = node->children.Find(name);
+    return child ? *child : nullptr;
+  }
+  ZnSMBNFSNode* Walk(const std::vector<ZnUniString>& names) {
+    ZnSMBNFSNode* node = filesystem.root();
+    for (const ZnUniString& name : names) {
+      Update(node);
+      auto command = CommandAt(node, name);
+      filesystem.NBFindByName(command.get());
+      node = command->node.Get();
+      if (!node) return nullptr;
+    }
+    return node;
+  }
+  ZnSMBNFSNode* Share(const ZnUniString& name = "S") { return Walk({"u", "m", name}); }
+  StandInSession* Session() { return static_cast<StandInSession*>(filesystem.GetSession(Walk({"u", "m"}))); }
+
+  // Delivers a listing to a node, as the completion of a request would.
+  void List(ZnSMBNFSNode* node, const std::vector<ZnSMBCFileObject>& entries) {
+    auto command = CommandAt(node);
+    command->sessioncommand = ZnSMBNFSEnum::SCRequestDirs;
+    command->sessionstatus = ZnSMBNFSEnum::SSTGetDirs;
+    for (const ZnSMBCFileObject& entry : entries) command->files.Append(entry);
+    filesystem.CompleteRequest(command.get());
+  }
+  static std::vector<std::string> Names(ZnSMBNFSNode* node) {
+    std::vector<std::string> names;
+    for (auto& child : node->children) names.push_back(child.key.AsUtf8());
+    return names;
+  }
+
+  TestProfile profile_;
+  StepCounter handler;
+  TestFileSystem filesystem{&handler, nullptr, ZnSMBNFSServerConfig()};
+};

@@ -1,0 +1,237 @@
+// Listings merged into the tree, attributes, READDIR pages and look-ups by inexact names.
+
+#include <random>
+
+#include "support/tree_fixture.h"
+#include "tree/name_gen.h"
+
+class Directory : public TreeTest {
+ protected:
+  explicit Directory(const std::string& more = "") : TreeTest(more) {}
+
+  // The names of a whole READDIR in pages of `count` bytes, "." and ".." included.
+  std::vector<std::string> ReadAll(ZnSMBNFSNode* node, uint32_t count) {
+    std::vector<std::string> names;
+    uint32_t cookie = 0, eof = 0;
+    for (int pages = 0; !eof && pages < 10000; pages++) {
+      ZnNFSList<ZnNFSDirEntry> page;
+      filesystem.FillContents(node, cookie, count, page, eof);
+      size_t bytes = 0;
+      for (const ZnNFSDirEntry& entry : page) {
+        names.push_back(entry.name.AsUtf8());
+        cookie = entry.cookie;
+        bytes += entry.HowBig() + 4;
+      }
+      EXPECT_LE(bytes, count);
+    }
+    EXPECT_EQ(eof, 1U);
+    return names;
+  }
+};
+
+TEST_F(Directory, HostileAndDoubledNamesAreNotShown) {
+  ZnSMBNFSNode* share = Share();
+  ZnUniString nul = "a";
+  nul.Append(char16_t{0});
+  List(share,
+       {Entry("."), Entry(".."), Entry(""), Entry("a/b"), Entry("a\\b"), Entry(nul),
+        Entry(std::string(256, 'x').c_str()), Entry(std::string(255, 'y').c_str()), Entry("good"), Entry("good")});
+  EXPECT_EQ(share->children.Count(), 2U);
+  EXPECT_TRUE(Child(share, "good"));
+}
+
+TEST_F(Directory, AnEscapeThatHidesASlashIsNotShown) {
+  ZnSMBNFSNode* share = Share();
+  filesystem.GetTree(share)->config.hashchars = "/?";
+  List(share, {Entry("up;2F..;2Fetc"), Entry("a;3Fb")});
+  EXPECT_EQ(Names(share), std::vector<std::string>{"a?b"});
+}
+
+TEST_F(Directory, NamesOfTheMachinesSharesAreLeftOut) {
+  ZnSMBNFSNode* share = Share();
+  List(share, {Entry("T"), Entry("t")});
+  EXPECT_EQ(Names(share), std::vector<std::string>{"t"});
+}
+
+TEST_F(Directory, AttributesFollowTheEntry) {
+  ZnSMBNFSNode* share = Share();
+  ZnSMBNFSShareConfig& config = filesystem.GetTree(share)->config;
+  config.unixperms = 0700;
+  config.hidden = 0011;
+  ZnSMBCFileObject file = Entry("f", false, 1025), empty = Entry("e"), directory = Entry("d", true),
+                   link = Entry("-)l");
+  file.attribs.read_only = true;
+  empty.attribs.hidden = true;
+  List(share, {file, empty, directory, link});
+  struct Case {
+    const char* name;
+    uint32_t type, mode, size, blocks;
+  };
+  for (const Case& c : {Case{"f", 1, 0100500, 1025, 3}, Case{"e", 1, 0100711, 0, 0}, Case{"d", 2, 0040700, 512, 1},
+                        Case{"-)l", 5, 0120700, 0, 0}}) {
+    const ZnNFSFattr& attribs = Child(share, c.name)->attribs;
+    EXPECT_EQ(attribs.type, c.type) << c.name;
+    EXPECT_EQ(attribs.mode, c.mode) << c.name;
+    EXPECT_EQ(attribs.size, c.size) << c.name;
+    EXPECT_EQ(attribs.blocks, c.blocks) << c.name;
+  }
+  uint32_t first = Child(share, "d")->attribs.mtime.useconds;
+  EXPECT_NE(first, 0U);
+  List(share, {directory});
+  EXPECT_NE(Child(share, "d")->attribs.mtime.useconds, first) << "a change within a second shows";
+}
+
+TEST_F(Directory, AWriteShowsAtOnceAndARefreshDoesNotTakeItBack) {
+  ZnSMBNFSNode* share = Share();
+  List(share, {Entry("f", false, 10)});
+  ZnSMBNFSNode* node = Child(share, "f");
+  Session()->files.push_back(std::make_unique<ZnSMBNFSFile>());
+  node->file = Session()->files.front().get();
+  Session()->answer = [](ZnSMBNFSCommand&) { return true; };
+  auto write = CommandAt(node);
+  write->offset = 10;
+  write->data = ZnByteBuffer("12345", 5);
+  filesystem.BWriteToFile(write.get());
+  EXPECT_EQ(node->attribs.size, 15U);
+  EXPECT_EQ(node->attribs.blocks, 1U);
+  List(share, {Entry("f", false, 10)});
+  EXPECT_EQ(node->attribs.size, 15U) << "the server still shows the old size of an open file";
+  auto truncate = CommandAt(node);
+  truncate->offset = 3;
+  filesystem.BWriteToFile(truncate.get());
+  EXPECT_EQ(node->attribs.size, 3U);
+}
+
+TEST_F(Directory, PagesLoseNothingAndDoubleNothing) {
+  ZnSMBNFSNode* share = Share();
+  std::vector<ZnSMBCFileObject> entries;
+  std::multiset<std::string> expected{".", ".."};
+  for (int i = 0; i < 500; i++) {
+    std::string name = "file" + std::to_string(i * 7919) + std::string(static_cast<size_t>(i % 40), 'x');
+    entries.push_back(Entry(name.c_str()));
+    expected.insert(name);
+  }
+  List(share, entries);
+  for (uint32_t count : {100U, 512U, 4096U, 8192U}) {
+    auto names = ReadAll(share, count);
+    EXPECT_EQ(std::multiset<std::string>(names.begin(), names.end()), expected) << count;
+  }
+  EXPECT_EQ(ReadAll(Walk({"u"}), 4096), (std::vector<std::string>{".", "..", "m"}));
+}
+
+TEST_F(Directory, ACookieOutlivesTheRemovalOfWhatWasReturned) {
+  ZnSMBNFSNode* share = Share();
+  std::vector<ZnSMBCFileObject> entries;
+  for (int i = 0; i < 200; i++) entries.push_back(Entry(std::to_string(i).c_str()));
+  List(share, entries);
+  std::set<std::string> seen;
+  uint32_t cookie = 0, eof = 0;
+  while (!eof) {  // as "rm -r" does: read a page, remove what it held
+    ZnNFSList<ZnNFSDirEntry> page;
+    filesystem.FillContents(share, cookie, 400, page, eof);
+    ASSERT_FALSE(page.IsEmpty());
+    for (const ZnNFSDirEntry& entry : page) {
+      cookie = entry.cookie;
+      seen.insert(entry.name.AsUtf8());
+      if (auto* child = Child(share, entry.name)) filesystem.Prune(child);
+    }
+  }
+  EXPECT_EQ(seen.size(), 202U);
+  ZnNFSList<ZnNFSDirEntry> page;
+  filesystem.FillContents(share, 0x7FFFFFFF, 4096, page, eof);
+  EXPECT_TRUE(page.IsEmpty());
+  EXPECT_EQ(eof, 1U);
+}
+
+// The rule itself: child by child, the long form first within each.
+static ZnSMBNFSNode* WalkForName(ZnSMBNFSNode* directory, const ZnUniString& name, const ZnSMBNFSShareConfig& config) {
+  auto fold = [&](ZnUniString form) {
+    if (form.StartsWith(config.linkstring)) form = form.SubString(config.linkstring.Length());
+    if (config.matchcase) form.LowerCase();
+    return form;
+  };
+  for (auto& child : directory->children) {
+    if (child.key == name) return child.value;
+  }
+  for (auto& child : directory->children) {
+    if (config.matchlong && fold(ZnNameGen::ToLongName(child.key)) == fold(ZnNameGen::ToLongName(name)))
+      return child.value;
+    if (config.matchshort && fold(ZnNameGen::ToShortName(child.key)) == fold(ZnNameGen::ToShortName(name)))
+      return child.value;
+  }
+  return nullptr;
+}
+
+TEST_F(Directory, LookUpsFindWhatAWalkWouldFind) {
+  unsigned seed = static_cast<unsigned>(time(nullptr));
+  std::mt19937 random(seed);
+  auto name = [&random] {
+    std::string text = random() % 8 == 0 ? "-)" : "";
+    for (size_t length = 1 + random() % 4; length > 0; length--) text += "aAbB.?*c: "[random() % 10];
+    return text;
+  };
+  ZnSMBNFSNode* share = Share();
+  ZnSMBNFSShareConfig& config = filesystem.GetTree(share)->config;
+  for (int round = 0; round < 60; round++) {
+    config.matchlong = random() % 2;
+    config.matchshort = random() % 2;
+    config.matchcase = random() % 2;
+    std::vector<ZnSMBCFileObject> entries;
+    for (size_t count = random() % 60; count > 0; count--) entries.push_back(Entry(name().c_str()));
+    List(share, entries);
+    for (int i = 0; i < 100; i++) {
+      ZnUniString wanted = name().c_str();
+      if (wanted == "." || wanted == "..") continue;
+      ASSERT_EQ(filesystem.FindByName(share, wanted), WalkForName(share, wanted, config))
+          << "seed " << seed << " name " << wanted.AsUtf8();
+    }
+  }
+}
+
+TEST_F(Directory, AFailedListingEmptiesTheDirectoryAndTheCallGoesOn) {
+  ZnSMBNFSNode* share = Share();
+  List(share, {Entry("f")});
+  auto command = CommandAt(share);
+  command->sessioncommand = ZnSMBNFSEnum::SCRequestDirs;
+  command->sessionstatus = ZnSMBNFSEnum::SSTError;
+  filesystem.CompleteRequest(command.get());
+  EXPECT_TRUE(share->children.IsEmpty());
+  EXPECT_EQ(command->error, ZnNFSEnum::NFS_OK);
+}
+
+namespace {
+ZnTimeVal test_now;
+}
+
+TEST_F(Directory, AgesDecideWhenTheServerIsAsked) {
+  using E = ZnSMBNFSEnum;
+  test_now = {1000000, 0};
+  ZnTimeVal::SetClock([] { return test_now; });
+  ZnSMBNFSNode* share = Share();
+  List(share, {Entry("f")});
+  ZnSMBNFSNode* node = Child(share, "f");
+  struct Case {
+    int32_t ttl;
+    uint32_t age;
+    bool asks;
+  };
+  for (const Case& c : {Case{10, 10, false}, Case{10, 11, true}, Case{0, 0, false}, Case{0, 1, true}, Case{-5, 1, true},
+                        Case{0x7FFFFFFF, 1000000, false}}) {
+    filesystem.GetTree(share)->config.attribttl = filesystem.GetTree(share)->config.contentsttl = c.ttl;
+    share->contentstime = node->attribtime = test_now;
+    test_now.seconds += c.age;
+    Session()->requests.clear();
+    auto attributes = CommandAt(node), contents = CommandAt(share);
+    filesystem.BUpdateNode(attributes.get());
+    filesystem.BUpdateNodeContents(contents.get());
+    EXPECT_EQ(Session()->requests, c.asks ? (std::vector<E::SessionCommand>{E::SCRequestAttribs, E::SCRequestDirs})
+                                          : std::vector<E::SessionCommand>{})
+        << c.ttl << " " << c.age;
+  }
+  share->contentstime = node->attribtime = test_now.PlusSeconds(100);
+  Session()->requests.clear();
+  auto attributes = CommandAt(node);
+  filesystem.BUpdateNode(attributes.get());
+  EXPECT_EQ(Session()->requests.size(), 1U) << "a clock that was set back doesn't make things good for ever";
+  ZnTimeVal::SetClock(nullptr);
+}

@@ -1,0 +1,120 @@
+// Long and short forms, and which names clients may make.
+
+#include "support/tree_fixture.h"
+#include "tree/name_gen.h"
+
+using E = ZnSMBNFSEnum;
+
+TEST(NameGen, Forms) {
+  struct Case {
+    const char *name, *shortform, *longform;
+  };
+  for (const Case& c : {Case{"readme.txt", "readme.tx", "readme.txt"}, Case{"a+b.c", "ab.c", "a+b.c"},
+                        Case{"longfilename.html", "longfile.ht", "longfilename.html"},
+                        Case{"a?b<c>.x|y", "a?b<c>.x|", "abc.xy"}, Case{" . ", "", ""}, Case{"name ", "name", "name"},
+                        Case{".profile", ".pr", ".profile"}, Case{"a.b.c", "ab.c", "a.b.c"}, Case{"", "", ""}}) {
+    EXPECT_EQ(ZnNameGen::ToShortName(c.name).AsUtf8(), c.shortform) << c.name;
+    EXPECT_EQ(ZnNameGen::ToLongName(c.name).AsUtf8(), c.longform) << c.name;
+  }
+}
+
+TEST(NameGen, Reserved) {
+  for (const char* name : {"con", "CLOCK$", "Lpt3", "prn"}) EXPECT_TRUE(ZnNameGen::IsReservedName(name)) << name;
+  for (const char* name : {"COM5", "CLOCK", "CONSOLE", "CLOCK$$", ""})
+    EXPECT_FALSE(ZnNameGen::IsReservedName(name)) << name;
+}
+
+TEST(NameGen, SetNames) {
+  ZnUniString s, l;
+  ZnNameGen::SetNames("plain.txt", nullptr, s, l);
+  EXPECT_EQ(s, "plain.txt");
+  EXPECT_EQ(l, "plain.txt");
+  ZnNameGen::SetNames("averylongname.text", nullptr, s, l);
+  EXPECT_EQ(l, "averylongname.text");
+  EXPECT_EQ(s.Length(), 12U);
+  EXPECT_EQ(s.SubString(0, 6), "avery~");
+  EXPECT_EQ(s.SubString(8), ".tex");
+  ZnNameGen::SetNames("con", nullptr, s, l);
+  EXPECT_EQ(s, "con_");
+  EXPECT_EQ(l, "con_");
+  ZnNameGen::SetNames("..", nullptr, s, l);
+  EXPECT_EQ(s, "..");
+}
+
+class NewNames : public TreeTest {};
+
+TEST_F(NewNames, SettingsRefuse) {
+  ZnSMBNFSNode* share = Share();
+  List(share, {Entry("existing name.txt")});
+  ZnSMBNFSShareConfig& config = filesystem.GetTree(share)->config;
+  struct Case {
+    int32_t allowed;
+    const char* name;
+    bool good;
+  };
+  for (const Case& c :
+       {Case{0, "any?thing", true}, Case{E::ANMustBeLong, "a?b", false}, Case{E::ANMustBeLong, "ab", true},
+        Case{E::ANMustBeShort, "name.tx", true}, Case{E::ANMustBeShort, "name.txt", false},
+        Case{E::ANNoReserved, "Aux", false}, Case{E::ANNoMangled, "ab~", true}, Case{E::ANNoMangled, "a~.txt", true},
+        Case{E::ANNoMangled, "a~b.txt", false}, Case{E::ANNoShortMatch, "existing2", true},
+        Case{E::ANNoShortMatch, "existing name.txz", false}, Case{E::ANNoLongMatch, "existing? name.txt", false},
+        Case{E::ANMustBeUpper, "ABC", true}, Case{E::ANMustBeUpper, "ABc", false},
+        Case{E::ANMustBeLower, "abC", false}}) {
+    config.allowednames = c.allowed;
+    EXPECT_EQ(filesystem.ValidateName(share, c.name, config), c.good) << c.allowed << " " << c.name;
+  }
+  config.allowednames = E::ANNoLongMatch;
+  EXPECT_TRUE(filesystem.ValidateName(share, "existing name.txt", config, Child(share, "existing name.txt")))
+      << "a renamed entry isn't in its own way";
+  config.allowednames = 0;
+  config.bannedchars = "#";
+  EXPECT_FALSE(filesystem.ValidateName(share, "a#b", config));
+}
+
+TEST_F(NewNames, StatusOfEachNewName) {
+  ZnSMBNFSNode* share = Share();
+  List(share, {Entry("file"), Entry("dir", true), Entry("-)link")});
+  struct Case {
+    std::string name;
+    int create, mkdir, symlink;
+  };
+  std::string nul = std::string("a") + '\0';
+  for (const Case& c :
+       {Case{"new", 0, 0, 0}, Case{"file", 17, 17, 17}, Case{"FILE", 17, 17, 17}, Case{"dir", 21, 17, 17},
+        Case{"link", 17, 17, 17}, Case{"a\\b", 13, 13, 13}, Case{"a/b", 13, 13, 13}, Case{nul, 13, 13, 13},
+        Case{std::string(256, 'n'), 63, 63, 63}, Case{".", 21, 17, 13}, Case{"", 13, 13, 13}}) {
+    ZnUniString name = ZnUniString::CreateFrom(c.name.data(), c.name.size(), ZnCodeset::Utf8);
+    auto check = [&](void (ZnSMBNFSFileSystem::*step)(ZnSMBNFSCommand*)) {
+      auto command = CommandAt(share, name);
+      (filesystem.*step)(command.get());
+      return static_cast<int>(command->error);
+    };
+    EXPECT_EQ(check(&ZnSMBNFSFileSystem::CheckCreateFile), c.create) << c.name;
+    EXPECT_EQ(check(&ZnSMBNFSFileSystem::CheckMakeDirectory), c.mkdir) << c.name;
+    EXPECT_EQ(check(&ZnSMBNFSFileSystem::CheckCreateSymLink), c.symlink) << c.name;
+  }
+}
+
+TEST_F(NewNames, ALinkStaysALinkUnderItsNewName) {
+  ZnSMBNFSNode* share = Share();
+  List(share, {Entry("-)link")});
+  auto command = CommandAt(Child(share, "-)link"), "other");
+  command->node2 = share;
+  filesystem.CheckRename(command.get());
+  EXPECT_EQ(command->error, ZnNFSEnum::NFS_OK);
+  EXPECT_EQ(command->name, "-)other");
+}
+
+TEST_F(NewNames, NothingIsMadeOnLevelsThatNoServerStores) {
+  for (ZnSMBNFSNode* node : {filesystem.root(), Walk({"u"}), Walk({"u", "m"})}) {
+    auto create = CommandAt(node, "new");
+    filesystem.BCreateFile(create.get());
+    EXPECT_EQ(create->error, ZnNFSEnum::NFSERR_ACCES);
+    auto remove = CommandAt(node);
+    filesystem.BRemoveDirectory(remove.get());
+    EXPECT_EQ(remove->error, ZnNFSEnum::NFSERR_ACCES);
+  }
+  auto remove = CommandAt(Share());
+  filesystem.BRemoveDirectory(remove.get());
+  EXPECT_EQ(remove->error, ZnNFSEnum::NFSERR_ACCES);
+}
