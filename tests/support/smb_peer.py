@@ -270,7 +270,8 @@ class Capture:
     """Every packet of the peer's TCP port, from `with` to its end, in a file that tshark reads."""
 
     def __init__(self, file, port):
-        self.command = ["dumpcap", "-q", "-i", "lo", "-f", f"tcp port {port}", "-w", str(file)]
+        self.file, self.port = Path(file), port
+        self.command = ["dumpcap", "-q", "-i", "lo", "-f", f"tcp port {port} or udp port {port}", "-w", str(file)]
 
     def __enter__(self):
         if not shutil.which(self.command[0]):
@@ -284,9 +285,20 @@ class Capture:
         raise PeerError(f"dumpcap doesn't capture: {output}")
 
     def __exit__(self, *_):
-        time.sleep(0.2)  # the last packets are still on their way to it
+        self._wait_for_the_last_packet()
         self.process.send_signal(signal.SIGINT)
         self.process.communicate(timeout=10)
+
+    def _wait_for_the_last_packet(self):
+        """Packets reach dumpcap and its file late on a busy machine: once this datagram is there, all before it are."""
+        mark = b"the capture ends here"
+        deadline = time.monotonic() + 20
+        with socket.socket(socket.AF_INET, socket.SOCK_DGRAM) as sender:
+            while mark not in self.file.read_bytes()[-4096:]:
+                if time.monotonic() > deadline:
+                    raise PeerError("dumpcap doesn't write what it captures")
+                sender.sendto(mark, ("127.0.0.1", self.port))
+                time.sleep(0.1)
 
 
 def main():
