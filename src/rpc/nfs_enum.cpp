@@ -1,15 +1,12 @@
 #include "rpc/nfs_enum.h"
 
+#include "runtime/enum_names.h"
+
 namespace ZnNFSEnum {
 
 namespace {
 
-struct StatusName {
-  Status status;
-  const char* name;
-};
-
-constexpr StatusName kStatusNames[] = {
+constexpr ZnEnumName kStatusNames[] = {
     {NFS_OK, "NFS_OK"},
     {NFSERR_PERM, "NFSERR_PERM"},
     {NFSERR_NOENT, "NFSERR_NOENT"},
@@ -32,11 +29,6 @@ constexpr StatusName kStatusNames[] = {
 
 }  // namespace
 
-std::string StatusString(Status status) {
-  for (const StatusName& entry : kStatusNames) {
-    if (entry.status == status) return entry.name;
-  }
-  return "Unknown Status (" + std::to_string(status) + ")";
-}
+std::string StatusString(Status status) { return ZnNameOf(kStatusNames, "Status", static_cast<unsigned>(status)); }
 
 }  // namespace ZnNFSEnum

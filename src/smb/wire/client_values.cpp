@@ -1,28 +1,16 @@
 #include "smb/wire/client_values.h"
 
-#include <span>
+#include "runtime/enum_names.h"
 
 namespace {
 
 using Values = ZnSMBClientValues;
 
-struct Name {
-  unsigned value;
-  const char* text;
-};
-
-std::string Text(std::span<const Name> names, const char* enumeration, unsigned value) {
-  for (const Name& name : names) {
-    if (name.value == value) return name.text;
-  }
-  return std::string("Unknown ") + enumeration + " (" + std::to_string(value) + ")";
-}
-
 // A row of a table: the enumerator under its own name.
 #define ROW(enumerator) \
   { Values::enumerator, #enumerator }
 
-constexpr Name kCommand[] = {
+constexpr ZnEnumName kCommand[] = {
     ROW(CmdCreateDir),    ROW(CmdDeleteDir),      ROW(CmdOpen),      ROW(CmdCreate),        ROW(CmdClose),
     ROW(CmdFlush),        ROW(CmdDelete),         ROW(CmdRename),    ROW(CmdSetAttributes), ROW(CmdRead),
     ROW(CmdWrite),        ROW(CmdSetTimes),       ROW(CmdTrans),     ROW(CmdTranss),        ROW(CmdIoctl),
@@ -31,7 +19,7 @@ constexpr Name kCommand[] = {
     ROW(CmdTreeConnectX), ROW(CmdNTCreateX),      ROW(CmdOpenPrint), ROW(CmdPrintQueue),    ROW(CmdNone),
 };
 
-constexpr Name kReason[] = {
+constexpr ZnEnumName kReason[] = {
     ROW(ErrNone),     ROW(ErrSMB),          ROW(ErrBusy),       ROW(ErrRead),         ROW(ErrWrite),
     ROW(ErrBlocked),  ROW(ErrConnected),    ROW(ErrConnecting), ROW(ErrNotConnected), ROW(ErrDisconnect),
     ROW(ErrTimedOut), ROW(ErrNotSupported), ROW(ErrInternal),   ROW(ErrBadValue),     ROW(ErrServer),
@@ -39,7 +27,7 @@ constexpr Name kReason[] = {
     ROW(ErrConnect),  ROW(ErrNegprot),
 };
 
-constexpr Name kState[] = {
+constexpr ZnEnumName kState[] = {
     ROW(StateSleeping),
     ROW(StateOpenSession),
     ROW(StatePassthruConnect),
@@ -73,68 +61,68 @@ constexpr Name kState[] = {
     ROW(StateNTAuthLookup),
 };
 
-constexpr Name kDialect[] = {
+constexpr ZnEnumName kDialect[] = {
     ROW(DialectCORE),
     ROW(DialectWfWg),
     ROW(DialectNT),
 };
 
-constexpr Name kSecurityLevel[] = {
+constexpr ZnEnumName kSecurityLevel[] = {
     ROW(SecLevelShare),
     ROW(SecLevelUser),
 };
 
-constexpr Name kAccess[] = {
+constexpr ZnEnumName kAccess[] = {
     ROW(AccessRead),
     ROW(AccessWrite),
     ROW(AccessReadWrite),
     ROW(AccessExecute),
 };
 
-constexpr Name kSharing[] = {
+constexpr ZnEnumName kSharing[] = {
     ROW(DenyCompat), ROW(DenyAll), ROW(DenyWrite), ROW(DenyRead), ROW(DenyNone),
 };
 
-constexpr Name kOpenfunction[] = {
+constexpr ZnEnumName kOpenfunction[] = {
     ROW(OFFail),
     ROW(OFOpen),
     ROW(OFTruncate),
     ROW(OFOverride),
 };
 
-constexpr Name kService[] = {
+constexpr ZnEnumName kService[] = {
     ROW(ServiceDisk), ROW(ServicePrinter), ROW(ServiceDevice), ROW(ServiceIPC), ROW(ServiceUnknown),
 };
 
-constexpr Name kPrinterStatus[] = {
+constexpr ZnEnumName kPrinterStatus[] = {
     ROW(PRQActive),
     ROW(PRQPaused),
     ROW(PRQError),
     ROW(PRQPending),
 };
 
-constexpr Name kSpoolFileStatus[] = {
+constexpr ZnEnumName kSpoolFileStatus[] = {
     ROW(SpoolQueued), ROW(SpoolPaused), ROW(SpoolSpooling), ROW(SpoolPrinting), ROW(SpoolComplete), ROW(SpoolError),
 };
 
-constexpr Name kLanmanIPC[] = {
+constexpr ZnEnumName kLanmanIPC[] = {
     ROW(IPCNetShareEnum),   ROW(IPCNetUserGetInfo),   ROW(IPCDOSPrintGetInfo),
     ROW(IPCDOSPrintJobDel), ROW(IPCDOSPrintJobPause), ROW(IPCDOSPrintJobContinue),
     ROW(IPCNetRemoteTOD),   ROW(IPCNetServerEnum),    ROW(IPCDOSPrintJobSetInfo),
 };
 
-constexpr Name kTrans2Command[] = {
+constexpr ZnEnumName kTrans2Command[] = {
     ROW(Trans2FindFirst2),    ROW(Trans2FindNext2),   ROW(Trans2QueryFSInfo),
     ROW(Trans2QueryPathInfo), ROW(Trans2SetPathInfo), ROW(Trans2SetFileInfo),
 };
 
-constexpr Name kPrivilege[] = {
+constexpr ZnEnumName kPrivilege[] = {
     ROW(PrivGuest),
     ROW(PrivUser),
     ROW(PrivAdmin),
 };
 
-constexpr Name kFileInfoLevel[] = {
+constexpr ZnEnumName kFileInfoLevel[] = {
     ROW(FileInfoOldAttribs), ROW(FileInfoAttribs), ROW(FileInfoSize),
     ROW(FileInfoName),       ROW(FileInfoAll),     ROW(FileInfoAltname),
 };
@@ -143,28 +131,30 @@ constexpr Name kFileInfoLevel[] = {
 
 }  // namespace
 
-std::string ZnSMBClientValues::CommandString(unsigned value) { return Text(kCommand, "Command", value); }
-std::string ZnSMBClientValues::ReasonString(unsigned value) { return Text(kReason, "Reason", value); }
-std::string ZnSMBClientValues::StateString(unsigned value) { return Text(kState, "State", value); }
-std::string ZnSMBClientValues::DialectString(unsigned value) { return Text(kDialect, "Dialect", value); }
+std::string ZnSMBClientValues::CommandString(unsigned value) { return ZnNameOf(kCommand, "Command", value); }
+std::string ZnSMBClientValues::ReasonString(unsigned value) { return ZnNameOf(kReason, "Reason", value); }
+std::string ZnSMBClientValues::StateString(unsigned value) { return ZnNameOf(kState, "State", value); }
+std::string ZnSMBClientValues::DialectString(unsigned value) { return ZnNameOf(kDialect, "Dialect", value); }
 std::string ZnSMBClientValues::SecurityLevelString(unsigned value) {
-  return Text(kSecurityLevel, "SecurityLevel", value);
+  return ZnNameOf(kSecurityLevel, "SecurityLevel", value);
 }
-std::string ZnSMBClientValues::AccessString(unsigned value) { return Text(kAccess, "Access", value); }
-std::string ZnSMBClientValues::SharingString(unsigned value) { return Text(kSharing, "Sharing", value); }
-std::string ZnSMBClientValues::OpenfunctionString(unsigned value) { return Text(kOpenfunction, "Openfunction", value); }
-std::string ZnSMBClientValues::ServiceString(unsigned value) { return Text(kService, "Service", value); }
+std::string ZnSMBClientValues::AccessString(unsigned value) { return ZnNameOf(kAccess, "Access", value); }
+std::string ZnSMBClientValues::SharingString(unsigned value) { return ZnNameOf(kSharing, "Sharing", value); }
+std::string ZnSMBClientValues::OpenfunctionString(unsigned value) {
+  return ZnNameOf(kOpenfunction, "Openfunction", value);
+}
+std::string ZnSMBClientValues::ServiceString(unsigned value) { return ZnNameOf(kService, "Service", value); }
 std::string ZnSMBClientValues::PrinterStatusString(unsigned value) {
-  return Text(kPrinterStatus, "PrinterStatus", value);
+  return ZnNameOf(kPrinterStatus, "PrinterStatus", value);
 }
 std::string ZnSMBClientValues::SpoolFileStatusString(unsigned value) {
-  return Text(kSpoolFileStatus, "SpoolFileStatus", value);
+  return ZnNameOf(kSpoolFileStatus, "SpoolFileStatus", value);
 }
-std::string ZnSMBClientValues::LanmanIPCString(unsigned value) { return Text(kLanmanIPC, "LanmanIPC", value); }
+std::string ZnSMBClientValues::LanmanIPCString(unsigned value) { return ZnNameOf(kLanmanIPC, "LanmanIPC", value); }
 std::string ZnSMBClientValues::Trans2CommandString(unsigned value) {
-  return Text(kTrans2Command, "Trans2Command", value);
+  return ZnNameOf(kTrans2Command, "Trans2Command", value);
 }
-std::string ZnSMBClientValues::PrivilegeString(unsigned value) { return Text(kPrivilege, "Privilege", value); }
+std::string ZnSMBClientValues::PrivilegeString(unsigned value) { return ZnNameOf(kPrivilege, "Privilege", value); }
 std::string ZnSMBClientValues::FileInfoLevelString(unsigned value) {
-  return Text(kFileInfoLevel, "FileInfoLevel", value);
+  return ZnNameOf(kFileInfoLevel, "FileInfoLevel", value);
 }
