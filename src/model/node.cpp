@@ -29,6 +29,8 @@ ZnSMBNFSNode::~ZnSMBNFSNode() = default;
 
 bool ZnSMBNFSNode::IsDirectory() const { return attribs.type == kDirectoryType; }
 
+ZnUniString ZnSMBNFSNode::PathInside() const { return IsInside() ? path + name + "\\" : ZnUniString("\\"); }
+
 void OutOfDate(ZnSMBNFSNode* node, bool contents) {
   node->attribtime = {};
   if (contents) node->contentstime = {};

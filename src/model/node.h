@@ -40,6 +40,8 @@ class ZnSMBNFSNode : public ZnReferable {
   // Levels 4 and deeper: what a server stores.
   bool IsInside() const { return !IsRoot() && !handle.InTop(); }
   bool IsDirectory() const;
+  // The Windows path of what lies in this directory of a share, with "\" at both ends.
+  ZnUniString PathInside() const;
 
   ZnUniString name;  // as clients see it, apart from a link's prefix; key in the parent's children
   // Windows path of the directory that holds this entry, relative to the share, with "\" at both ends.

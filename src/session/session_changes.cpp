@@ -14,15 +14,10 @@ bool StaysInDirectory(const ZnSMBNFSCommand& command) { return command.node->par
 
 }  // namespace
 
-// The path of what lies in a directory, without its name.
-ZnUniString ZnSMBNFSSession::PathInside(const ZnSMBNFSNode& directory) {
-  return directory.IsShare() ? ZnUniString("\\") : directory.path + directory.name + "\\";
-}
-
 void ZnSMBNFSSession::GetMkdir(Command& command) {
   const ZnSMBNFSTree* tree = TreeOf(command);
   if (!tree) return Fail();
-  command.fileobject = FileObject(*tree, PathInside(*command.node.Get()) + command.name);
+  command.fileobject = FileObject(*tree, command.node->PathInside() + command.name);
   Called(CreateDir(*command.fileobject, &callback_));
 }
 
@@ -47,7 +42,7 @@ void ZnSMBNFSSession::GetRename(Command& command) {
   if (!from || !to) return Fail();
   command.fileobject = FileObject(*from, command.node->path + command.node->name);
   command.fileobject->attribs = command.node->fileobject.attribs;
-  command.fileobject2 = FileObject(*to, PathInside(*target) + command.name);
+  command.fileobject2 = FileObject(*to, target->PathInside() + command.name);
   MoveOrRename(command);
 }
 

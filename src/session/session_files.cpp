@@ -104,7 +104,7 @@ ZnSMBNFSFile& ZnSMBNFSSession::AddFile(const ZnSMBCFileObject& opened) {
 void ZnSMBNFSSession::GetCreateFile(Command& command) {
   const ZnSMBNFSTree* tree = TreeOf(command);
   if (!tree) return Fail();
-  command.fileobject = FileObject(*tree, PathInside(*command.node.Get()) + command.name);
+  command.fileobject = FileObject(*tree, command.node->PathInside() + command.name);
   CopyAttribs(command, true, true, *command.fileobject);
   command.fileobject->modified = ServerLocal(command.fileobject->modified);
   command.fileobject->access = Values::AccessWrite;

@@ -128,7 +128,7 @@ class ZnSMBNFSFileSystem : public ZnSMBNFSSessionHost {
   // Tests put stand-ins here.
   virtual std::unique_ptr<ZnSMBNFSSessionBase> MakeSession(ZnSMBNFSNode* machinenode,
                                                            const ZnSMBNFSMachineConfig& config);
-  virtual std::unique_ptr<ZnSMBNFSUserBase> MakeUser(ZnSMBNFSNode* usernode);
+  virtual std::unique_ptr<ZnSMBNFSUserBase> MakeUser();
 
  private:
   // Why an entry `name` can't be made in `directory`; NFS_OK when it can.
@@ -148,8 +148,9 @@ class ZnSMBNFSFileSystem : public ZnSMBNFSSessionHost {
   // Goes on, or with the failure's status after a request that failed.
   void Finish(ZnSMBNFSCommand* command);
   static void ShowWrite(ZnSMBNFSNode* node, uint32_t end, bool truncates);
-  // The Windows path of what lies in a directory, with "\" at both ends.
-  static ZnUniString PathInside(const ZnSMBNFSNode& directory, const ZnSMBNFSShareConfig& config);
+  // The path of a directory's entries as the tree keeps it: in upper case on a share whose names are shown in lower
+  // case.
+  static ZnUniString EntriesPath(const ZnSMBNFSNode& directory, const ZnSMBNFSShareConfig& config);
   // Levels 1 to 3: a new node below `parent`, with its handle and id.
   ZnSMBNFSNode* AddTopNode(ZnSMBNFSNode* parent, const ZnUniString& name);
   // Attributes of a made-up directory from the configuration.

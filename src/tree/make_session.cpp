@@ -9,6 +9,4 @@ std::unique_ptr<ZnSMBNFSSessionBase> ZnSMBNFSFileSystem::MakeSession(ZnSMBNFSNod
   return std::make_unique<ZnSMBNFSSession>(machinenode, this, config);
 }
 
-std::unique_ptr<ZnSMBNFSUserBase> ZnSMBNFSFileSystem::MakeUser(ZnSMBNFSNode* usernode) {
-  return std::make_unique<ZnSMBNFSUser>(usernode);
-}
+std::unique_ptr<ZnSMBNFSUserBase> ZnSMBNFSFileSystem::MakeUser() { return std::make_unique<ZnSMBNFSUser>(); }

@@ -93,15 +93,15 @@ void ZnSMBNFSFileSystem::SetTopAttributes(ZnSMBNFSNode* node, int32_t uid, int32
   node->attribs.fileid = node->id;
 }
 
-ZnUniString ZnSMBNFSFileSystem::PathInside(const ZnSMBNFSNode& directory, const ZnSMBNFSShareConfig& config) {
-  ZnUniString path = directory.IsInside() ? directory.path + directory.name + "\\" : ZnUniString("\\");
+ZnUniString ZnSMBNFSFileSystem::EntriesPath(const ZnSMBNFSNode& directory, const ZnSMBNFSShareConfig& config) {
+  ZnUniString path = directory.PathInside();
   // Clients see lower-case names of such a share; Windows doesn't care.
   if (config.lowercase) path.UpperCase();
   return path;
 }
 
 ZnSMBNFSNode* ZnSMBNFSFileSystem::AddNode(ZnSMBNFSNode* parent, const ZnSMBCFileObject& entry) {
-  return AddNode(parent, entry, PathInside(*parent, GetTree(parent)->config));
+  return AddNode(parent, entry, EntriesPath(*parent, GetTree(parent)->config));
 }
 
 ZnSMBNFSNode* ZnSMBNFSFileSystem::AddNode(ZnSMBNFSNode* parent, const ZnSMBCFileObject& entry,

@@ -3,9 +3,9 @@
 #include "config/smbnfs_config.h"
 #include "model/log_catalogue.h"
 #include "model/name_mapping.h"
-#include "rpc/xdr.h"
 #include "tree/age.h"
 #include "tree/file_system.h"
+#include "tree/safe_name.h"
 
 void ZnSMBNFSFileSystem::BUpdateDirList(ZnSMBNFSCommand* command) {
   ZnWeakRef<ZnSMBNFSNode> node = command->node;
@@ -27,23 +27,12 @@ void ZnSMBNFSFileSystem::BUpdateDirList(ZnSMBNFSCommand* command) {
 
 namespace {
 
-constexpr size_t kLongestName = 255;  // bytes, on the NFS side
-
-// A name that a client could take for a path, or that would lead our own paths elsewhere, is never shown.
-bool IsSafeName(const ZnUniString& name) {
-  if (name.IsEmpty() || name == "." || name == "..") return false;
-  for (char16_t unit : name.View()) {
-    if (unit == u'/' || unit == u'\\' || unit == 0) return false;
-  }
-  return name.AsEncoding(ZnRPCString::rpcenc, ZnRPCString::rpcopt).Length() <= kLongestName;
-}
-
 // Turns the server's name of an entry into the tree's. False for an entry that isn't shown.
 bool TakeName(ZnSMBCFileObject& entry, const ZnSMBNFSShareConfig& config) {
   if (!config.showhidden && entry.attribs.hidden) return false;
   entry.path = WindowsToInternalName(entry.path, config);
   if (config.lowercase) entry.path.LowerCase();
-  return IsSafeName(FromLinkName(entry.path, config.linkstring));
+  return ZnIsSafeName(FromLinkName(entry.path, config.linkstring));
 }
 
 }  // namespace
@@ -74,7 +63,7 @@ void ZnSMBNFSFileSystem::CBUpdateDirList(ZnSMBNFSCommand* command) {
 
   // An entry that bears the name of one of the machine's shares is left out: neither made nor refreshed.
   const ZnSMBNFSChildren& shares = node->machinenode->children;
-  ZnUniString path = PathInside(*node.Get(), tree->config);
+  ZnUniString path = EntriesPath(*node.Get(), tree->config);
   for (const Shown& each : shown) {
     if (shares.Find(each.entry->path)) continue;
     if (each.child) {

@@ -6,17 +6,16 @@
 #include "model/log_catalogue.h"
 #include "tree/file_system.h"
 #include "tree/nfs_time.h"
+#include "tree/safe_name.h"
 
 namespace {
 
 // Names that look-ups bring are anybody's choice: only so many of them are kept for a user.
 constexpr size_t kMostLookedUpMachines = 1024;
-constexpr size_t kLongestName = 255;  // bytes
 
 bool CouldBeMachine(const ZnUniString& name) {
-  if (name.IsEmpty() || name == "." || name == ".." || name.AsUtf8().size() > kLongestName) return false;
-  return std::none_of(name.View().begin(), name.View().end(),
-                      [](char16_t unit) { return unit < 0x20 || (unit >= 0x7F && unit < 0xA0) || unit == u'/'; });
+  return ZnIsSafeName(name) &&
+         std::ranges::none_of(name.View(), [](char16_t unit) { return unit < 0x20 || (unit >= 0x7F && unit < 0xA0); });
 }
 
 bool ContainsCaseless(const std::unordered_set<ZnUniString>& names, const ZnUniString& name) {
@@ -65,7 +64,7 @@ void ZnSMBNFSFileSystem::UpdateKnownMachines(ZnSMBNFSNode* node, const std::unor
   std::vector<ZnUniString> names;
   std::unordered_set<ZnUniString> seen;
   auto add = [&](const ZnUniString& name) {
-    if (name != "*" && seen.insert(name).second) names.push_back(name);
+    if (name != "*" && ZnIsSafeName(name) && seen.insert(name).second) names.push_back(name);
   };
   for (const ZnUniString& entry : node->userinfo->config.machinenames) add(entry);
   for (auto& child : node->children) add(child.key);

@@ -5,6 +5,7 @@
 #include "tree/age.h"
 #include "tree/file_system.h"
 #include "tree/nfs_time.h"
+#include "tree/safe_name.h"
 
 void ZnSMBNFSFileSystem::BUpdateShareList(ZnSMBNFSCommand* command) {
   ZnSMBNFSNode* node = command->node.Get();
@@ -30,7 +31,7 @@ ZnDList<ZnUniString> ShareNames(const ZnSMBNFSMachineConfig& config, const ZnDLi
   ZnDList<ZnUniString> names;
   std::unordered_set<ZnUniString> seen;
   auto add = [&](const ZnUniString& name) {
-    if (!name.IsEmpty() && seen.insert(name).second) names.Append(name);
+    if (ZnIsSafeName(name) && seen.insert(name).second) names.Append(name);
   };
   for (const ZnUniString& entry : config.sharenames) {
     if (entry != "*") {

@@ -44,7 +44,7 @@ void ZnSMBNFSFileSystem::UpdateUser(ZnSMBNFSNode* node, const ZnUniString& name)
   if (!node) {
     node = AddTopNode(root_.get(), name);
     node->user = name;
-    node->userinfo = MakeUser(node);
+    node->userinfo = MakeUser();
   }
   SetTopAttributes(node, config.uid, config.gid, config.unixperms);
   node->userinfo->config = std::move(config);

@@ -1,15 +1,13 @@
 // Which names a client may make.
 
 #include "model/name_mapping.h"
-#include "rpc/xdr.h"
 #include "tree/file_system.h"
 #include "tree/name_gen.h"
+#include "tree/safe_name.h"
 
 namespace {
 
 using E = ZnSMBNFSEnum;
-
-constexpr size_t kLongestName = 255;  // bytes, on the NFS side
 
 ZnUniString UpperOf(ZnUniString name) {
   name.UpperCase();
@@ -56,12 +54,6 @@ bool MatchesEntry(ZnSMBNFSNode* directory, const ZnUniString& name, const ZnSMBN
   return false;
 }
 
-// A name that would lead out of its directory on the share. `name` is the share's form.
-bool LeavesDirectory(const ZnUniString& name) {
-  return name.IsEmpty() || name == "." || name == ".." || name.Search(u'\\') != ZnUniString::kNotFound ||
-         name.Search(u'/') != ZnUniString::kNotFound || name.Search(0) != ZnUniString::kNotFound;
-}
-
 }  // namespace
 
 bool ZnSMBNFSFileSystem::ValidateName(ZnSMBNFSNode* directory, const ZnUniString& name,
@@ -80,10 +72,9 @@ ZnNFSEnum::Status ZnSMBNFSFileSystem::NameStatus(ZnSMBNFSNode* directory, const 
                                                  const ZnSMBNFSNode* besides) {
   ZnSMBNFSTree* tree = GetTree(directory);
   if (!tree) return ZnNFSEnum::NFSERR_ACCES;
-  if (name.AsEncoding(ZnRPCString::rpcenc, ZnRPCString::rpcopt).Length() > kLongestName)
-    return ZnNFSEnum::NFSERR_NAMETOOLONG;
+  if (ZnIsTooLong(name)) return ZnNFSEnum::NFSERR_NAMETOOLONG;
   // What clients see of a link has no mark, and mustn't be one of these names either.
   const ZnUniString shown = FromLinkName(name, tree->config.linkstring);
-  if (LeavesDirectory(InternalToWindowsName(shown, tree->config))) return ZnNFSEnum::NFSERR_ACCES;
+  if (ZnLeavesDirectory(InternalToWindowsName(shown, tree->config))) return ZnNFSEnum::NFSERR_ACCES;
   return ValidateName(directory, name, tree->config, besides) ? ZnNFSEnum::NFS_OK : ZnNFSEnum::NFSERR_ACCES;
 }

@@ -37,7 +37,7 @@ class UserTest : public testing::Test {
     return text.str();
   }
 
-  ZnSMBNFSUser user{nullptr};
+  ZnSMBNFSUser user;
 
  private:
   ZnUnixProcess process_;

@@ -118,7 +118,7 @@ class TestFileSystem : public ZnSMBNFSFileSystem {
     session->answer = answer;
     return session;
   }
-  std::unique_ptr<ZnSMBNFSUserBase> MakeUser(ZnSMBNFSNode*) override { return std::make_unique<StandInUser>(); }
+  std::unique_ptr<ZnSMBNFSUserBase> MakeUser() override { return std::make_unique<StandInUser>(); }
 };
 
 // Counts how often a step handed its command back; the test owns its commands.
