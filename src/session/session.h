@@ -135,6 +135,8 @@ class ZnSMBNFSSession : public ZnSMBNFSSessionBase, protected ZnSMBClient {
   bool ProcessWrite(Command& command);
   void NextWrite(Command& command);
   void GetFlush(Command& command);
+  void BeginTransfer(ZnSMBNFSFile& file);
+  void EndTransfer();
   void TransferFailed(Command& command);
   void OpenAgain(Command& command, bool read, bool write);
   uint16_t ChunkOf(size_t remaining) const;
@@ -173,8 +175,6 @@ class ZnSMBNFSSession : public ZnSMBNFSSessionBase, protected ZnSMBClient {
   // Null when there is none, or not any more.
   static ZnSMBNFSTree* TreeOf(const ZnSMBNFSNode* node);
   static ZnSMBNFSTree* TreeOf(const Command& command) { return TreeOf(command.node.Get()); }
-  // The path, with "\\" at its end, of what lies in a directory.
-  static ZnUniString PathInside(const ZnSMBNFSNode& directory);
   // An object for a request: closed, without times, at the Windows form of a path of the command's share.
   static std::unique_ptr<ZnSMBCFileObject> FileObject(const ZnSMBNFSTree& tree, const ZnUniString& path);
 
@@ -204,6 +204,7 @@ class ZnSMBNFSSession : public ZnSMBNFSSessionBase, protected ZnSMBClient {
   // The read or write in progress.
   size_t done_ = 0;
   uint16_t chunk_ = 0;
+  ZnWeakRef<ZnSMBNFSFile> transferred_;  // the file that is being read, written or set
   ZnByteBuffer received_;
 
   ZnReferable alive_;

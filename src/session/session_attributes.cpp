@@ -136,14 +136,12 @@ void ZnSMBNFSSession::GetSetTimes(Command& command) {
   object.accessed = ServerLocal(object.accessed);
   object.modified = ServerLocal(object.modified);
   file.closetime = object.modified;
-  file.inuse = true;
+  BeginTransfer(file);
   Called(SetTimes(object, &callback_));
 }
 
 void ZnSMBNFSSession::ProcessSetTimes(Command& command) {
-  if (ZnSMBNFSFile* file = command.node->file) {
-    file->inuse = false;
-    file->close = true;
-  }
+  EndTransfer();
+  if (ZnSMBNFSFile* file = command.node->file) file->close = true;
   CloseNextFile(command);
 }

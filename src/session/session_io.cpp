@@ -51,7 +51,7 @@ void ZnSMBNFSSession::GetRead(Command& command) {
   if (!file) return Fail();
   const uint64_t length = std::min<uint64_t>(command.count, kLargestFile - command.offset);
   chunk_ = ChunkOf(static_cast<size_t>(length) - done_);
-  file->inuse = true;
+  BeginTransfer(*file);
   const auto offset = static_cast<uint32_t>(command.offset + done_);
   Called(ReadFile(*file, chunk_, offset, &received_, &callback_));
 }
@@ -70,7 +70,7 @@ bool ZnSMBNFSSession::ProcessRead(Command& command) {
   if (file) file->lastused = ZnTimeVal::now();
   const uint64_t length = std::min<uint64_t>(command.count, kLargestFile - command.offset);
   if (done_ < length && got == chunk_ && got > 0) return true;
-  if (file) file->inuse = false;
+  EndTransfer();
   return false;
 }
 
@@ -96,7 +96,7 @@ void ZnSMBNFSSession::GetWrite(Command& command) {
   if (!file) return Fail();
   const ZnByteBuffer& data = command.data;
   chunk_ = ChunkOf(data.Length() - done_);
-  file->inuse = true;
+  BeginTransfer(*file);
   const bool whole = chunk_ == data.Length();
   const auto offset = static_cast<uint32_t>(command.offset + done_);
   Called(WriteFile(*file, offset, whole ? data : ZnByteBuffer(data.Data() + done_, chunk_), &callback_));
@@ -111,7 +111,7 @@ bool ZnSMBNFSSession::ProcessWrite(Command& command) {
     file->closetime = ZnTimeVal();
   }
   if (done_ < command.data.Length()) return true;
-  if (file) file->inuse = false;
+  EndTransfer();
   return false;
 }
 
@@ -129,12 +129,21 @@ void ZnSMBNFSSession::GetFlush(Command& command) { Called(FlushFile(*command.nod
 
 // ---- failure --------------------------------------------------------------------------------------------------------
 
+void ZnSMBNFSSession::BeginTransfer(ZnSMBNFSFile& file) {
+  file.inuse = true;
+  transferred_ = &file;
+}
+
+// The file's node may have gone meanwhile; that the transfer is over holds for the file all the same.
+void ZnSMBNFSSession::EndTransfer() {
+  if (ZnSMBNFSFile* file = transferred_.Get()) file->inuse = false;
+  transferred_ = nullptr;
+}
+
 // The next use opens the file afresh.
 void ZnSMBNFSSession::TransferFailed(Command& command) {
-  ZnSMBNFSNode* node = command.node.Get();
-  if (node && node->file) {
-    node->file->close = true;
-    node->file->inuse = false;
-  }
+  if (command.node && command.node->file) command.node->file->close = true;
+  if (transferred_) transferred_->close = true;
+  EndTransfer();
   Complete(command);
 }
