@@ -37,8 +37,9 @@ bool ZnSMBClient::TakeReadData(ZnByteBuffer& buffer, size_t& count) {
   ZnSMBCRead_RespWords words;
   ZnSMBCRead_RespData data;
   if (!ReadWords(words) || !ReadData(data)) return false;
-  if (words.count != data.length) return Refuse(Values::ErrBadValue);
-  count = data.data.Length();
+  if (words.count != data.length || data.data.Length() < data.length) return Refuse(Values::ErrBadValue);
+  if (data.data.Length() > data.length) data.data.SetLength(data.length);  // what stands behind is none of the file's
+  count = data.length;
   if (buffer.IsEmpty()) {
     buffer = data.data;  // shared, not copied
   } else {
