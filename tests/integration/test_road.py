@@ -200,3 +200,13 @@ def test_rename_onto_itself_and_others(nfs, place):
     assert status(nfs.rename, directory, "SUB", nfs.lookup(directory, "SUB").file, "inside") == 13
     assert (folder / "SUB" / "moved").read_bytes() == b"file"
     assert status(nfs.rename, sub, "moved", sub, "again") in (0, 70)
+
+
+def test_rename_to_a_name_that_has_just_gone(nfs, place):
+    directory, folder = place
+    other = nfs.mkdir(directory, "other", mode=0o755).file
+    nfs.write(nfs.create(other, "new", mode=0o644).file, 0, b"the old one")
+    nfs.write(nfs.create(directory, "old", mode=0o644).file, 0, b"the new one")
+    nfs.remove(other, "new")  # and nobody looks into the directory before this:
+    nfs.rename(directory, "old", other, "new")
+    assert (folder / "other" / "new").read_bytes() == b"the new one"
