@@ -1,24 +1,21 @@
 #pragma once
-// What is worked out about a directory's children as a whole when a look-up or a resumed listing first asks for it, and
-// thrown away when a child comes or goes. Each map leads to the first child in the order of the directory that has the
-// key.
+// What is worked out about a directory's children as a whole when a look-up or a listing first asks for it, and thrown
+// away when a child comes or goes.
 
-#include <cstdint>
 #include <optional>
-#include <unordered_map>
+#include <vector>
 
-#include "runtime/uni_string.h"
-
-class ZnSMBNFSNode;
+#include "model/node.h"
+#include "runtime/place_index.h"
 
 struct ZnSMBNFSDirectoryIndex {
-  struct Form {
-    size_t order;  // of the child in the directory
-    ZnSMBNFSNode* child;
+  struct Child {
+    uint32_t id;
+    const ZnUniString* name;  // the directory's
+    ZnSMBNFSNode* node;
   };
-  using Forms = std::unordered_map<ZnUniString, Form>;
 
-  // The share's settings that the forms depend on.
+  // The share's settings that the forms of names depend on.
   struct Matching {
     bool long_names = false;
     bool short_names = false;
@@ -27,8 +24,15 @@ struct ZnSMBNFSDirectoryIndex {
     bool operator==(const Matching&) const = default;
   };
 
-  std::optional<std::unordered_map<uint32_t, ZnSMBNFSNode*>> by_id;
+  explicit ZnSMBNFSDirectoryIndex(const ZnSMBNFSChildren& entries);
+
+  std::vector<Child> children;  // in the order of the directory
+  // Places among the children; of children with one id or form, the first's.
+  std::optional<ZnPlaceIndex> ids;
   std::optional<Matching> matching;  // set when the forms are there
-  Forms long_forms;
-  Forms short_forms;
+  std::optional<ZnPlaceIndex> long_forms;
+  std::optional<ZnPlaceIndex> short_forms;
 };
+
+// The index of a directory, made where there is none.
+ZnSMBNFSDirectoryIndex& ZnIndexOf(ZnSMBNFSNode* directory);

@@ -10,6 +10,7 @@
 
 #include "model/handle.h"
 #include "runtime/dictionary.h"
+#include "runtime/slab.h"
 #include "runtime/time_val.h"
 #include "runtime/uni_string.h"
 #include "runtime/weak_ref.h"
@@ -23,9 +24,21 @@ struct ZnSMBNFSFile;
 struct ZnSMBNFSTree;
 
 using ZnSMBNFSHandleDictionary = ZnDictionary<ZnSMBNFSHandle, std::unique_ptr<ZnSMBNFSNode>>;
-using ZnSMBNFSChildren = ZnDictionary<ZnUniString, ZnSMBNFSNode*>;
 
-class ZnSMBNFSNode : public ZnReferable {
+// A directory's reference to a child, with what goes through all children needs: looking into each node would take much
+// longer.
+struct ZnSMBNFSChild {
+  ZnSMBNFSChild(ZnSMBNFSNode* child, uint32_t childid) : node(child), id(childid) {}
+  operator ZnSMBNFSNode*() const { return node; }  // NOLINT(google-explicit-constructor): stands for the node
+  ZnSMBNFSNode* operator->() const { return node; }
+
+  ZnSMBNFSNode* node;
+  uint32_t id;           // the node's file id
+  uint32_t listing = 0;  // number of the last listing that held the entry
+};
+using ZnSMBNFSChildren = ZnDictionary<ZnUniString, ZnSMBNFSChild>;
+
+class ZnSMBNFSNode : public ZnReferable, public ZnInSlab<ZnSMBNFSNode> {
  public:
   // The strings empty, the times out of date, the file object's times now.
   ZnSMBNFSNode();

@@ -156,7 +156,9 @@ class ZnSMBNFSFileSystem : public ZnSMBNFSSessionHost {
   // Attributes of a made-up directory from the configuration.
   void SetTopAttributes(ZnSMBNFSNode* node, int32_t uid, int32_t gid, int32_t unixperms);
   static void AddChild(ZnSMBNFSNode* parent, ZnSMBNFSNode* node);
-  static void RemoveChild(ZnSMBNFSNode* parent, const ZnUniString& name);
+  static void RemoveFromParent(const ZnSMBNFSNode* node);
+  // Prunes the children of a share or directory that a listing, by its number, didn't hold.
+  void PruneUnlisted(ZnSMBNFSNode* directory, uint32_t listing);
   // Prunes the children whose names aren't in `names`; all of them for an empty set.
   void PruneMissing(ZnSMBNFSNode* node, const std::unordered_set<ZnUniString>& names);
   void PruneOne(ZnSMBNFSNode* node, bool istop);
@@ -167,6 +169,7 @@ class ZnSMBNFSFileSystem : public ZnSMBNFSSessionHost {
   ZnNFSFattr baseattribs_;    // template of every node's attributes
   ZnSMBNFSHandle inchandle_;  // the next top
   uint32_t nextid_ = 2;       // the last id handed out
+  uint32_t listings_ = 0;     // merged so far
   std::unordered_set<ZnSMBNFSSessionBase*> sessions_;
   std::unique_ptr<ZnSMBNFSNode> root_;
   ZnSMBNFSHandleDictionary handles_;  // owns levels 1 to 3

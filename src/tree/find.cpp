@@ -1,5 +1,7 @@
 // Looking up: by handle, and by name with the share's matching rules.
 
+#include <algorithm>
+
 #include "config/smbnfs_config.h"
 #include "model/directory_index.h"
 #include "model/name_mapping.h"
@@ -9,43 +11,42 @@
 namespace {
 
 using Index = ZnSMBNFSDirectoryIndex;
+using NameForm = ZnUniString (*)(const ZnUniString&);
 
-ZnUniString FormOf(ZnUniString form, const Index::Matching& matching) {
-  form = FromLinkName(form, matching.linkstring);
-  if (matching.fold_case) form.LowerCase();
-  return form;
+ZnUniString FormOf(const ZnUniString& name, NameForm form, const Index::Matching& matching) {
+  ZnUniString formed = FromLinkName(form(name), matching.linkstring);
+  if (matching.fold_case) formed.LowerCase();
+  return formed;
 }
 
-ZnUniString LongForm(const ZnUniString& name, const Index::Matching& matching) {
-  return FormOf(ZnNameGen::ToLongName(name), matching);
+uint32_t HashOf(const ZnUniString& form) { return static_cast<uint32_t>(std::hash<ZnUniString>()(form)); }
+
+// The place of the child whose name has this form.
+size_t PlaceOf(const ZnUniString& wanted, NameForm form, const ZnPlaceIndex& forms, const Index& index) {
+  return forms.Find(HashOf(wanted),
+                    [&](size_t place) { return FormOf(*index.children[place].name, form, *index.matching) == wanted; });
 }
 
-ZnUniString ShortForm(const ZnUniString& name, const Index::Matching& matching) {
-  return FormOf(ZnNameGen::ToShortName(name), matching);
+// Where several children have one form, the first of them counts.
+ZnPlaceIndex FormsOf(NameForm form, const Index& index) {
+  ZnPlaceIndex forms(index.children.size());
+  for (size_t place = 0; place < index.children.size(); place++) {
+    ZnUniString entered = FormOf(*index.children[place].name, form, *index.matching);
+    if (PlaceOf(entered, form, forms, index) == ZnPlaceIndex::kNone) forms.Add(HashOf(entered), place);
+  }
+  return forms;
 }
 
-// The forms of all children; of children with one form the first in the directory's order stays.
-const Index& FormsOf(ZnSMBNFSNode* directory, const Index::Matching& matching) {
-  if (!directory->index) directory->index = std::make_unique<Index>();
-  Index& index = *directory->index;
+// The index of a directory with the forms that are to be matched.
+const Index& IndexWithForms(ZnSMBNFSNode* directory, const Index::Matching& matching) {
+  Index& index = ZnIndexOf(directory);
   if (index.matching == matching) return index;
   index.matching = matching;
-  index.long_forms.clear();
-  index.short_forms.clear();
-  size_t order = 0;
-  for (auto& child : directory->children) {
-    if (matching.long_names)
-      index.long_forms.try_emplace(LongForm(child.key, matching), Index::Form{order, child.value});
-    if (matching.short_names)
-      index.short_forms.try_emplace(ShortForm(child.key, matching), Index::Form{order, child.value});
-    order++;
-  }
+  index.long_forms.reset();
+  index.short_forms.reset();
+  if (matching.long_names) index.long_forms = FormsOf(ZnNameGen::ToLongName, index);
+  if (matching.short_names) index.short_forms = FormsOf(ZnNameGen::ToShortName, index);
   return index;
-}
-
-const Index::Form* FindForm(const Index::Forms& forms, const ZnUniString& wanted) {
-  auto found = forms.find(wanted);
-  return found == forms.end() ? nullptr : &found->second;
 }
 
 }  // namespace
@@ -82,11 +83,14 @@ ZnSMBNFSNode* ZnSMBNFSFileSystem::FindByName(ZnSMBNFSNode* directory, const ZnUn
   if (!tree || (!tree->config.matchlong && !tree->config.matchshort)) return nullptr;
   Index::Matching matching{tree->config.matchlong, tree->config.matchshort, tree->config.matchcase,
                            tree->config.linkstring};
-  const Index& index = FormsOf(directory, matching);
-  const Index::Form* by_long = matching.long_names ? FindForm(index.long_forms, LongForm(name, matching)) : nullptr;
-  const Index::Form* by_short = matching.short_names ? FindForm(index.short_forms, ShortForm(name, matching)) : nullptr;
-  if (!by_long || (by_short && by_short->order < by_long->order)) return by_short ? by_short->child : nullptr;
-  return by_long->child;
+  const Index& index = IndexWithForms(directory, matching);
+  auto place_by = [&](NameForm form, const std::optional<ZnPlaceIndex>& forms) {
+    return forms ? PlaceOf(FormOf(name, form, matching), form, *forms, index) : ZnPlaceIndex::kNone;
+  };
+  // The first in the directory's order that matches either way.
+  size_t place =
+      std::min(place_by(ZnNameGen::ToLongName, index.long_forms), place_by(ZnNameGen::ToShortName, index.short_forms));
+  return place == ZnPlaceIndex::kNone ? nullptr : index.children[place].node;
 }
 
 namespace {

@@ -129,12 +129,13 @@ ZnSMBNFSNode* ZnSMBNFSFileSystem::AddNode(ZnSMBNFSNode* parent, const ZnSMBCFile
 
 void ZnSMBNFSFileSystem::AddChild(ZnSMBNFSNode* parent, ZnSMBNFSNode* node) {
   parent->index.reset();
-  parent->children.Insert(node->name, node);
+  parent->children.Insert(node->name, {node, node->id});
 }
 
-void ZnSMBNFSFileSystem::RemoveChild(ZnSMBNFSNode* parent, const ZnUniString& name) {
-  parent->index.reset();
-  parent->children.Remove(name);
+void ZnSMBNFSFileSystem::RemoveFromParent(const ZnSMBNFSNode* node) {
+  node->parent->index.reset();
+  const ZnSMBNFSChild* child = node->parent->children.Find(node->name);
+  if (child && child->node == node) node->parent->children.Remove(node->name);
 }
 
 void ZnSMBNFSFileSystem::PruneMissing(ZnSMBNFSNode* node, const std::unordered_set<ZnUniString>& names) {
@@ -145,6 +146,19 @@ void ZnSMBNFSFileSystem::PruneMissing(ZnSMBNFSNode* node, const std::unordered_s
   for (auto& child : missing) {
     if (child) Prune(child.Get());
   }
+}
+
+void ZnSMBNFSFileSystem::PruneUnlisted(ZnSMBNFSNode* directory, uint32_t listing) {
+  std::vector<ZnSMBNFSNode*> going;
+  directory->children.RemoveIf([&](const auto& child) {
+    if (child.value.listing == listing) return false;
+    going.push_back(child.value);
+    return true;
+  });
+  // As they lie in memory: in the directory's order, each would be waited for. No file or directory has a session that
+  // could take another one along.
+  std::ranges::sort(going);
+  for (ZnSMBNFSNode* child : going) Prune(child);
 }
 
 void ZnSMBNFSFileSystem::Prune(ZnSMBNFSNode* node) {
@@ -173,7 +187,7 @@ void ZnSMBNFSFileSystem::PruneOne(ZnSMBNFSNode* node, bool istop) {
   if (node->file) node->file->close = true;
   // A command that failed meanwhile may have listed something new.
   while (!node->children.IsEmpty()) Prune(node->children.begin()->value);
-  RemoveChild(node->parent, node->name);
+  RemoveFromParent(node);
   OutOfDate(node->parent, true);
   node->handles->Remove(ZnSMBNFSHandle(node->handle));  // destroys the node
 }

@@ -1,6 +1,9 @@
 // READDIR pages. An entry's cookie is the file id of the entry after it, 1 for the last, so that the removal of entries
 // that were returned already doesn't disturb a client that goes on.
 
+#include <algorithm>
+#include <span>
+
 #include "model/directory_index.h"
 #include "model/name_mapping.h"
 #include "tree/file_system.h"
@@ -32,16 +35,22 @@ class Page {
   size_t room_;
 };
 
-// The first child with this id, in the directory's order.
-ZnSMBNFSNode* FindById(ZnSMBNFSNode* node, uint32_t id) {
-  if (!node->index) node->index = std::make_unique<ZnSMBNFSDirectoryIndex>();
-  auto& by_id = node->index->by_id;
-  if (!by_id) {
-    by_id.emplace();
-    for (auto& child : node->children) by_id->try_emplace(child.value->id, child.value);
+using Index = ZnSMBNFSDirectoryIndex;
+
+// Names that are asked for at a time.
+constexpr size_t kTogether = 32;
+
+// Where the first child with this id stands; behind the last when there is none.
+size_t PlaceOf(uint32_t id, Index& index) {
+  auto has = [&](uint32_t wanted) { return [&, wanted](size_t place) { return index.children[place].id == wanted; }; };
+  if (!index.ids) {
+    index.ids.emplace(index.children.size());
+    for (size_t i = 0; i < index.children.size(); i++) {
+      uint32_t entered = index.children[i].id;
+      if (index.ids->Find(entered, has(entered)) == ZnPlaceIndex::kNone) index.ids->Add(entered, i);
+    }
   }
-  auto found = by_id->find(id);
-  return found == by_id->end() ? nullptr : found->second;
+  return std::min(index.ids->Find(id, has(id)), index.children.size());
 }
 
 }  // namespace
@@ -53,22 +62,21 @@ void ZnSMBNFSFileSystem::FillContents(ZnSMBNFSNode* node, uint32_t cookie, uint3
   ZnUniString linkstring = tree ? tree->config.linkstring : ZnUniString();
   Page page(list, count);
 
-  auto& children = node->children;
-  auto next = children.begin();
-  uint32_t firstchild = children.IsEmpty() ? kEndCookie : next->value->id;
+  Index& index = ZnIndexOf(node);
+  std::span<const Index::Child> children = index.children;
   bool begun = cookie == 0 || cookie == node->id;
   if (begun && !page.Add(node->id, ".", node->parent->id)) return;
   begun = begun || cookie == node->parent->id;
-  if (begun && !page.Add(node->parent->id, "..", firstchild)) return;
-  if (!begun) {
-    ZnSMBNFSNode* resumed = FindById(node, cookie);
-    next = resumed ? children.At(resumed->name) : children.end();
-  }
-  while (next != children.end()) {
-    ZnSMBNFSNode* child = next->value;
-    ++next;
-    uint32_t nextcookie = next != children.end() ? next->value->id : kEndCookie;
-    if (!page.Add(child->id, FromLinkName(child->name, linkstring), nextcookie)) return;
+  if (begun && !page.Add(node->parent->id, "..", children.empty() ? kEndCookie : children.front().id)) return;
+  if (!begun) children = children.subspan(PlaceOf(cookie, index));
+
+  for (size_t i = 0; i < children.size(); i++) {
+    // The names of a large directory lie all over memory: asked for together, they are waited for once.
+    for (const Index::Child& next :
+         children.subspan(i, i % kTogether == 0 ? std::min(kTogether, children.size() - i) : 0))
+      __builtin_prefetch(next.name->View().data());
+    uint32_t nextcookie = i + 1 < children.size() ? children[i + 1].id : kEndCookie;
+    if (!page.Add(children[i].id, FromLinkName(*children[i].name, linkstring), nextcookie)) return;
   }
   eof = 1;
 }

@@ -50,16 +50,17 @@ void ZnSMBNFSFileSystem::CBUpdateDirList(ZnSMBNFSCommand* command) {
     ZnSMBNFSNode* child;  // null when it isn't in the tree yet
   };
   std::vector<Shown> shown;
-  std::unordered_set<ZnUniString> seen;
-  seen.reserve(command->files.Count());
+  shown.reserve(command->files.Count());
+  const uint32_t listing = ++listings_;
   size_t known = 0;
   for (ZnSMBCFileObject& entry : command->files) {
-    if (!TakeName(entry, tree->config) || !seen.insert(entry.path).second) continue;
-    auto* child = node->children.Find(entry.path);
-    shown.push_back({&entry, child ? *child : nullptr});
+    if (!TakeName(entry, tree->config)) continue;
+    ZnSMBNFSChild* child = node->children.Find(entry.path);
+    if (child && std::exchange(child->listing, listing) == listing) continue;  // twice in the listing
+    shown.push_back({&entry, child ? child->node : nullptr});
     if (child) known++;
   }
-  if (known < node->children.Count()) PruneMissing(node.Get(), seen);
+  if (known < node->children.Count()) PruneUnlisted(node.Get(), listing);
 
   // An entry that bears the name of one of the machine's shares is left out: neither made nor refreshed.
   const ZnSMBNFSChildren& shares = node->machinenode->children;
@@ -68,7 +69,7 @@ void ZnSMBNFSFileSystem::CBUpdateDirList(ZnSMBNFSCommand* command) {
     if (shares.Find(each.entry->path)) continue;
     if (each.child) {
       UpdateNode(each.child, *each.entry, false);
-    } else {
+    } else if (!node->children.Find(each.entry->path)) {
       AddNode(node.Get(), *each.entry, path);
     }
   }

@@ -77,7 +77,7 @@ void ZnSMBNFSFileSystem::UpdateMachine(ZnSMBNFSNode* usernode, const ZnUniString
   ZnUniString error = ZnSMBNFSConfig::LoadMachineConfig(usernode->user, name, config);
   if (!error.IsEmpty()) return Log401(error);
   auto* child = usernode->children.Find(name);
-  ZnSMBNFSNode* node = child ? *child : AddTopNode(usernode, name);
+  ZnSMBNFSNode* node = child ? child->node : AddTopNode(usernode, name);
   node->machine = name;
   node->machinenode = node;
   SetTopAttributes(node, config.uid, config.gid, config.unixperms);

@@ -70,7 +70,7 @@ void ZnSMBNFSFileSystem::UpdateShare(ZnSMBNFSNode* machinenode, const ZnUniStrin
   ZnUniString error = ZnSMBNFSConfig::LoadShareConfig(machinenode->user, machinenode->machine, name, config);
   if (!error.IsEmpty()) return Log402(error);
   auto* child = machinenode->children.Find(name);
-  ZnSMBNFSNode* node = child ? *child : AddTopNode(machinenode, name);
+  ZnSMBNFSNode* node = child ? child->node : AddTopNode(machinenode, name);
   if (!child) {
     node->path = "\\";
     node->share = name;

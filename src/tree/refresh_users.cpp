@@ -29,7 +29,7 @@ void ZnSMBNFSFileSystem::NBUpdateUserList(ZnSMBNFSCommand* command) {
   PruneMissing(root_.get(), {users.begin(), users.end()});
   for (const ZnUniString& name : users) {
     auto* child = root_->children.Find(name);
-    if (!child || changed) UpdateUser(child ? *child : nullptr, name);
+    if (!child || changed) UpdateUser(child ? child->node : nullptr, name);
   }
   root_->contentstime = ZnTimeVal::now();
   root_->attribs.mtime = ZnNfsTime(root_->contentstime);

@@ -3,6 +3,10 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <list>
+#include <random>
+
 namespace {
 
 // A key whose hash is its number modulo 100: keys a hundred apart always share a bucket.
@@ -55,11 +59,43 @@ TEST(Dictionary, PointersSurviveOtherEntriesRemoval) {
   Table table;
   for (unsigned key = 0; key < 10; key++) table.Insert({key * 100}, static_cast<int>(key));
   int* value = table.Find({500});
-  auto at = table.At({500});
+  auto at = std::find_if(table.begin(), table.end(), [](const auto& entry) { return entry.key.number == 500; });
   table.Remove({400});
   table.Remove({600});
   EXPECT_EQ(table.Find({500}), value);
   EXPECT_EQ((++at)->key.number, 700U);
+}
+
+// Against a plain list.
+TEST(Dictionary, AgreesWithAListAfterAnyHistory) {
+  Table table;
+  std::list<std::pair<unsigned, int>> list;
+  std::mt19937 random(1);
+  auto in_list = [&](unsigned key) {
+    return std::find_if(list.begin(), list.end(), [key](const auto& each) { return each.first == key; });
+  };
+  for (int step = 0; step < 20000; step++) {
+    auto key = static_cast<unsigned>(random() % 600);
+    auto known = in_list(key);
+    if (step % 2500 == 2499) {
+      table.RemoveIf([](const auto& entry) { return entry.key.number % 3 == 0; });
+      list.remove_if([](const auto& each) { return each.first % 3 == 0; });
+    } else if (random() % 3 > 0) {
+      EXPECT_EQ(table.Insert({key}, step), known == list.end());
+      if (known == list.end()) list.emplace_back(key, step);
+    } else {
+      EXPECT_EQ(table.Remove({key}), known != list.end());
+      if (known != list.end()) list.erase(known);
+    }
+    ASSERT_EQ(table.Count(), list.size());
+  }
+  std::vector<unsigned> expected;
+  for (const auto& each : list) expected.push_back(each.first);
+  std::vector<unsigned> order = Order(table);
+  EXPECT_THAT(order, testing::UnorderedElementsAreArray(expected));
+  auto bucket = [&](unsigned key) { return key % 100 % table.BucketCount(); };
+  EXPECT_TRUE(std::ranges::is_sorted(order, {}, bucket));
+  for (const auto& each : list) EXPECT_EQ(*table.Find({each.first}), each.second);
 }
 
 }  // namespace

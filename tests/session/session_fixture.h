@@ -28,7 +28,7 @@ class SessionTest : public ScriptedServerTest, public ZnSMBNFSSessionHost, publi
     share.machinenode = &machine;
     share.sharenode = &share;
     share.path = "\\";
-    machine.children.Insert("S", &share);
+    machine.children.Insert("S", {&share, share.id});
 
     config.user = "fred";
     config.winname = "fred";

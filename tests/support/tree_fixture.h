@@ -162,7 +162,7 @@ class TreeTest : public ::testing::Test {
   }
   ZnSMBNFSNode* Child(ZnSMBNFSNode* node, const ZnUniString& name) {
     auto* child = node->children.Find(name);
-    return child ? *child : nullptr;
+    return child ? child->node : nullptr;
   }
   ZnSMBNFSNode* Walk(const std::vector<ZnUniString>& names) {
     ZnSMBNFSNode* node = filesystem.root();
