@@ -62,8 +62,8 @@ void ZnNBTSession::Abandon() {
   outgoing_.clear();
   writeOffset_ = 0;
   ForgetPacket();
-  ahead_.Clear();
-  aheadTaken_ = 0;
+  ahead_ = {};
+  aheadKept_.Clear();
   state_ = SessionClosed;
   Close();
 }

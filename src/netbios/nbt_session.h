@@ -7,6 +7,7 @@
 // ended leaves nothing behind: the next one begins with empty queues, no half-read packet and no timer.
 
 #include <deque>
+#include <span>
 
 #include "netbios/machine.h"
 #include "runtime/event_loop.h"
@@ -112,8 +113,9 @@ class ZnNBTSession : public ZnSocket {
   void RequestWritten();
   bool ReadHeader();
   bool ReadBody();
-  bool ReadPart(uint8_t* bytes, size_t wanted, size_t& done);
+  std::span<const uint8_t> NextBytes(size_t most);
   bool ReadAhead();
+  void KeepAhead();
   void ForgetPacket();
   void HandlePacket(packetType type, const ZnByteBuffer& body);
   void MessageReceived(const ZnByteBuffer& body);
@@ -150,9 +152,10 @@ class ZnNBTSession : public ZnSocket {
   uint8_t header_[4] = {};
   size_t headerRead_ = 0;
   ZnByteBuffer body_;
-  size_t bodyRead_ = 0;
-  ZnByteBuffer ahead_;     // what the last read took off the socket
-  size_t aheadTaken_ = 0;  // bytes of it that have found their place
+  // What the last read took off the socket and hasn't found its place: in a room that all sessions share, and in a
+  // buffer of this one's own while anybody else may read.
+  std::span<const uint8_t> ahead_;
+  ZnByteBuffer aheadKept_;
 
   ZnReferable alive_;
 };

@@ -107,36 +107,43 @@ void ZnNBTSession::ReadAvailable() {
     const auto type = static_cast<packetType>(header_[0]);
     const ZnByteBuffer body = std::move(body_);
     ForgetPacket();
+    KeepAhead();
     HandlePacket(type, body);
-  } while (alive && conversation == conversation_ && aheadTaken_ < ahead_.Length());
+  } while (alive && conversation == conversation_ && !ahead_.empty());
 }
 
-bool ZnNBTSession::ReadHeader() { return ReadPart(header_, kHeaderSize, headerRead_); }
+// False, as below, when the rest isn't there yet, or when the connection is over.
+bool ZnNBTSession::ReadHeader() {
+  while (headerRead_ < kHeaderSize) {
+    const auto bytes = NextBytes(kHeaderSize - headerRead_);
+    if (bytes.empty()) return false;
+    std::ranges::copy(bytes, header_ + headerRead_);
+    headerRead_ += bytes.size();
+  }
+  return true;
+}
 
 bool ZnNBTSession::ReadBody() {
   const size_t announced =
       (header_[1] & kLengthBit16 ? size_t{1} << 16 : 0) | size_t{header_[2]} << 8 | size_t{header_[3]};
-  while (bodyRead_ < announced) {
-    const size_t room = std::min(announced, bodyRead_ + std::max(kFirstRoom, bodyRead_));
-    body_.SetLength(room);
-    if (!ReadPart(body_.Writable(), room, bodyRead_)) return false;
+  while (body_.Length() < announced) {
+    const auto bytes = NextBytes(announced - body_.Length());
+    if (bytes.empty()) return false;
+    const size_t more = std::max(body_.Length(), bytes.size());
+    body_.Reserve(std::min(announced, std::max(kFirstRoom, body_.Length() + more)));
+    body_.Append(bytes.data(), bytes.size());
   }
   return true;
 }
 
-// Reads on until `done` has reached `wanted`; false when it hasn't yet, or when the connection is over.
-bool ZnNBTSession::ReadPart(uint8_t* bytes, size_t wanted, size_t& done) {
-  while (done < wanted) {
-    if (aheadTaken_ == ahead_.Length() && !ReadAhead()) return false;
-    const size_t count = std::min(wanted - done, ahead_.Length() - aheadTaken_);
-    std::copy_n(ahead_.Data() + aheadTaken_, count, bytes + done);
-    aheadTaken_ += count;
-    done += count;
-  }
-  return true;
+// At least one byte and at most so many of what has come; none when nothing is there, or when the connection is over.
+std::span<const uint8_t> ZnNBTSession::NextBytes(size_t most) {
+  if (ahead_.empty() && !ReadAhead()) return {};
+  const auto bytes = ahead_.first(std::min(most, ahead_.size()));
+  ahead_ = ahead_.subspan(bytes.size());
+  return bytes;
 }
 
-// False when nothing is there yet, or when the connection is over.
 bool ZnNBTSession::ReadAhead() {
   size_t moved = 0;
   IoStatus status = Read(aheadRoom, kAheadRoom, moved);
@@ -144,15 +151,20 @@ bool ZnNBTSession::ReadAhead() {
     _disconnect(true);
     return false;
   }
-  ahead_ = ZnByteBuffer(aheadRoom, moved);
-  aheadTaken_ = 0;
+  ahead_ = {aheadRoom, moved};
+  aheadKept_.Clear();
   return moved > 0;
+}
+
+void ZnNBTSession::KeepAhead() {
+  if (ahead_.empty() || !aheadKept_.IsEmpty()) return;
+  aheadKept_ = ZnByteBuffer(ahead_.data(), ahead_.size());
+  ahead_ = {aheadKept_.Data(), aheadKept_.Length()};
 }
 
 void ZnNBTSession::ForgetPacket() {
   headerRead_ = 0;
   body_.Clear();
-  bodyRead_ = 0;
 }
 
 void ZnNBTSession::HandlePacket(packetType type, const ZnByteBuffer& body) {
