@@ -4,6 +4,7 @@ namespace {
 
 // The largest call of version 2: 8192 bytes of data behind its headers, with a full machine name and 16 groups.
 constexpr size_t kReadBufferSize = 9216;
+constexpr size_t kUsualReply = 128;  // bytes; longer ones grow
 constexpr unsigned kSocketBufferSize = 32768;
 // A client may have 16 writes of 8192 bytes on their way, and several clients so many each: what doesn't fit is lost,
 // and sent again only after a second or more.
@@ -28,12 +29,14 @@ ZnRPCMessageFromServer Denied(uint32_t xid, ZnRPCEnum::RejectStat status) {
 }  // namespace
 
 ZnRPCServer::ZnRPCServer(ZnEventLoopBase* loop, unsigned port)
-    : loop_(loop), read_callback_(this, &ZnRPCServer::ReadCallback) {
-  reply_.Reserve(kReadBufferSize);
+    : loop_(loop),
+      read_callback_(this, &ZnRPCServer::ReadCallback),
+      write_callback_(this, &ZnRPCServer::WriteCallback) {
   error_ = Start(port);
 }
 
 ZnRPCServer::~ZnRPCServer() {
+  SendWaiting();
   if (watched_) loop_->RemoveFileEvent(static_cast<unsigned>(socket_.Fd()), true, false, &read_callback_);
 }
 
@@ -61,6 +64,10 @@ void ZnRPCServer::ReadCallback(ZnEventCallback*, ZnEvent::cbdispatch value) {
   if (value == ZnEvent::Fired) ProcessRpcMessage();
 }
 
+void ZnRPCServer::WriteCallback(ZnEventCallback*, ZnEvent::cbdispatch value) {
+  if (value == ZnEvent::Fired) SendWaiting();
+}
+
 void ZnRPCServer::ProcessRpcMessage() {
   static uint8_t buffer[kReadBufferSize];  // decoded in full before a handler can run, so that one serves all
   size_t length = sizeof buffer;
@@ -78,7 +85,6 @@ void ZnRPCServer::ProcessRpcMessage() {
 }
 
 void ZnRPCServer::SendRpcMessage(const ZnRPCMessageFromServer& message, const ZnInetAddr& to) {
-  reply_.SetLength(0);
   ZnXdrWriter out(reply_);
   message.Write(out);
   SendReply(to);
@@ -118,12 +124,22 @@ void ZnRPCServer::SendAuthError(const ZnInetAddr& to, uint32_t xid, ZnRPCEnum::A
 
 // The reply so far; the result follows. A message with no data in it is the front of one with data.
 void ZnRPCServer::StartSuccess(uint32_t xid) {
-  reply_.SetLength(0);
+  reply_.Reserve(kUsualReply);
   ZnXdrWriter out(reply_);
   Accepted(xid, ZnRPCEnum::SUCCESS).Write(out);
 }
 
 void ZnRPCServer::SendReply(const ZnInetAddr& to) {
-  size_t length = 0;
-  socket_.WriteMessage(reply_.Data(), reply_.Length(), length, to);
+  if (waiting_.empty()) loop_->AddFileEvent(static_cast<unsigned>(socket_.Fd()), false, true, &write_callback_);
+  waiting_.push_back({std::exchange(reply_, {}), to});
+}
+
+void ZnRPCServer::SendWaiting() {
+  if (waiting_.empty()) return;
+  loop_->RemoveFileEvent(static_cast<unsigned>(socket_.Fd()), false, true, &write_callback_);
+  for (const Reply& reply : waiting_) {
+    size_t length = 0;
+    socket_.WriteMessage(reply.packet.Data(), reply.packet.Length(), length, reply.to);
+  }
+  waiting_.clear();
 }

@@ -2,6 +2,8 @@
 // An RPC server on one UDP socket (RFC 1057), without record marking and without a port mapper. It keeps nothing about
 // a call: a reply may leave at any later time, given the caller's address and transaction id.
 
+#include <vector>
+
 #include "rpc/rpc_records.h"
 #include "runtime/event_loop.h"
 #include "runtime/socket.h"
@@ -25,7 +27,9 @@ class ZnRPCServer {
   virtual void HandleRpcMessage(ZnRPCMessageFromClient& message, ZnRPCAuthBlock& credentials,
                                 const ZnInetAddr& source) = 0;
 
-  // Replies. Each is sent once; one that can't be sent is dropped, since callers that hear nothing call again.
+  // Replies. They leave when the loop's turn is over, so that what the caller begins meanwhile, a server's next request
+  // above all, doesn't wait for them. Each is sent once; one that can't be sent is dropped, since callers that hear
+  // nothing call again.
   void SendRpcMessage(const ZnRPCMessageFromServer& message, const ZnInetAddr& to);
   // The call was served, with the encoded result (empty for none).
   void SendSuccess(const ZnInetAddr& to, uint32_t xid, const ZnPacket& data);
@@ -44,19 +48,28 @@ class ZnRPCServer {
   void SendRpcMismatch(const ZnInetAddr& to, uint32_t xid, uint32_t low, uint32_t high);
   void SendAuthError(const ZnInetAddr& to, uint32_t xid, ZnRPCEnum::AuthStat status);
 
-  // The socket is ready: reads and serves one datagram.
+  // The socket is ready: reads and serves one datagram, or sends what waits.
   void ReadCallback(ZnEventCallback* callback, ZnEvent::cbdispatch value);
+  void WriteCallback(ZnEventCallback* callback, ZnEvent::cbdispatch value);
   void ProcessRpcMessage();
 
  private:
   const char* Start(unsigned port);
   void StartSuccess(uint32_t xid);
   void SendReply(const ZnInetAddr& to);
+  void SendWaiting();
+
+  struct Reply {
+    ZnPacket packet;
+    ZnInetAddr to;
+  };
 
   ZnEventLoopBase* loop_;
   ZnSocket socket_;
   ZnUniString error_;
   ZnSimpleCallback<ZnEvent::cbdispatch, ZnRPCServer> read_callback_;
+  ZnSimpleCallback<ZnEvent::cbdispatch, ZnRPCServer> write_callback_;
   bool watched_ = false;
-  ZnPacket reply_;  // the reply under construction; its room is used again and again
+  ZnPacket reply_;              // the reply under construction
+  std::vector<Reply> waiting_;  // replies until the next turn of the loop
 };

@@ -26,7 +26,8 @@ struct ZnSlab::Chunk {
   size_t inuse = 0;
 
   static Chunk* Of(void* place) {
-    return reinterpret_cast<Chunk*>(reinterpret_cast<uintptr_t>(place) & ~(uintptr_t{kChunk} - 1));
+    auto* byte = static_cast<std::byte*>(place);
+    return reinterpret_cast<Chunk*>(byte - reinterpret_cast<uintptr_t>(place) % kChunk);
   }
 };
 

@@ -22,7 +22,10 @@ class TracedServer : public ZnSMBNFSServer {
                          auto made = std::make_unique<TestFileSystem>(server, eventloop, settings);
                          filesystem = made.get();
                          return made;
-                       }) {}
+                       }) {
+    last = this;
+  }
+  ~TracedServer() override { last = nullptr; }
 
   static ZnSMBNFSServerConfig Config(const std::vector<const char*>& addresses) {
     ZnSMBNFSServerConfig config;
@@ -32,6 +35,7 @@ class TracedServer : public ZnSMBNFSServer {
   }
   std::vector<std::string> steps;
   static TestFileSystem* filesystem;  // of the server made last
+  static TracedServer* last;
 
  protected:
   void StepTaken(const ZnSMBNFSCommand& command, const ZnSMBNFSStep& step) override {
@@ -40,6 +44,7 @@ class TracedServer : public ZnSMBNFSServer {
 };
 
 TestFileSystem* TracedServer::filesystem = nullptr;
+TracedServer* TracedServer::last = nullptr;
 
 // A UDP socket that plays the caller.
 class Caller {
@@ -53,8 +58,9 @@ class Caller {
   }
   ~Caller() { close(fd_); }
 
-  // The next reply as 32-bit words, empty when there is none.
+  // The next reply once the loop goes on, as 32-bit words; empty when there is none.
   std::vector<uint32_t> Reply() const {
+    if (TracedServer::last) TracedServer::last->WriteCallback(nullptr, ZnEvent::Fired);
     uint32_t words[4096];
     ssize_t length = recv(fd_, words, sizeof words, 0);
     std::vector<uint32_t> reply;
