@@ -51,7 +51,7 @@ class Caller {
  public:
   Caller() : fd_(socket(AF_INET, SOCK_DGRAM | SOCK_NONBLOCK, 0)) {
     sockaddr_in any{AF_INET, 0, {htonl(INADDR_LOOPBACK)}, {}};
-    bind(fd_, reinterpret_cast<sockaddr*>(&any), sizeof any);
+    EXPECT_EQ(bind(fd_, reinterpret_cast<sockaddr*>(&any), sizeof any), 0);
     socklen_t length = sizeof any;
     getsockname(fd_, reinterpret_cast<sockaddr*>(&any), &length);
     address = ZnInetAddr(any);
