@@ -94,6 +94,7 @@ class ZnDictionary {
 
  private:
   static constexpr size_t kFirstBuckets = 4, kEntriesPerBucket = 3, kGrowth = 4;
+  static constexpr size_t kAhead = 8;
   static constexpr size_t kFirstSlots = std::bit_ceil(kFirstBuckets * kEntriesPerBucket);
 
   // An entry between its neighbours in the bucket, which are a ring, and before the next in its slot.
@@ -145,6 +146,8 @@ class ZnDictionary {
       node_ = nullptr;
       const Table* table = dictionary_->table_.get();
       for (; table && bucket_ < table->buckets.size(); bucket_++) {
+        // Of a large table each entry is memory to wait for: those of buckets to come are asked for meanwhile.
+        if (bucket_ + kAhead < table->buckets.size()) __builtin_prefetch(table->buckets[bucket_ + kAhead]);
         const Node* last = table->buckets[bucket_];
         if (!last) continue;
         node_ = last->next;

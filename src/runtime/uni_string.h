@@ -8,6 +8,7 @@
 
 #include "runtime/byte_buffer.h"
 #include "runtime/codeset.h"
+#include "runtime/keyed_hash.h"
 #include "runtime/list.h"
 
 class ZnUniString {
@@ -99,5 +100,5 @@ inline ZnUniString operator+(const char* left, const ZnUniString& right) { retur
 template <>
 struct std::hash<ZnUniString> {
   // Not noexcept: so the library's tables keep each key's hash, instead of working it out again when they pass the key.
-  size_t operator()(const ZnUniString& text) const { return std::hash<std::u16string_view>()(text.View()); }
+  size_t operator()(const ZnUniString& text) const { return ZnKeyedHash(text.Bytes().Data(), 2 * text.Length()); }
 };
