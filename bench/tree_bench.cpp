@@ -122,7 +122,7 @@ bool Print(const char* what, const std::vector<Round>& rounds, double Costs::*co
 }  // namespace
 
 int main() {
-  constexpr size_t kRounds = 11;
+  constexpr size_t kRounds = 21;
   Bench bench;
   EmptyCaches();                              // so that its own memory isn't counted
   const Costs first = bench.Measure(kLarge);  // warms the allocator up

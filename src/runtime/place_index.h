@@ -14,7 +14,7 @@ class ZnPlaceIndex {
   // For places below `count`, none of which is entered yet.
   explicit ZnPlaceIndex(size_t count) : first_(std::bit_ceil(count), kEnd), links_(count) {}
 
-  // The place with this hash for which `matches(place)` is true, or kNone. With several, any of them.
+  // The place with this hash for which `matches(place)` is true, or kNone. Of several, the one entered last.
   template <class Matches>
   size_t Find(uint32_t hash, Matches matches) const {
     for (uint32_t place = first_[hash & (first_.size() - 1)]; place != kEnd; place = links_[place].next) {

@@ -38,19 +38,16 @@ class Page {
 using Index = ZnSMBNFSDirectoryIndex;
 
 // Names that are asked for at a time.
-constexpr size_t kTogether = 32;
+constexpr size_t kTogether = 16;
 
 // Where the first child with this id stands; behind the last when there is none.
 size_t PlaceOf(uint32_t id, Index& index) {
-  auto has = [&](uint32_t wanted) { return [&, wanted](size_t place) { return index.children[place].id == wanted; }; };
+  const size_t count = index.children.size();
   if (!index.ids) {
-    index.ids.emplace(index.children.size());
-    for (size_t i = 0; i < index.children.size(); i++) {
-      uint32_t entered = index.children[i].id;
-      if (index.ids->Find(entered, has(entered)) == ZnPlaceIndex::kNone) index.ids->Add(entered, i);
-    }
+    index.ids.emplace(count);
+    for (size_t place = count; place-- > 0;) index.ids->Add(index.children[place].id, place);  // the first child last
   }
-  return std::min(index.ids->Find(id, has(id)), index.children.size());
+  return std::min(count, index.ids->Find(id, [&](size_t place) { return index.children[place].id == id; }));
 }
 
 }  // namespace
