@@ -10,6 +10,7 @@
 #include <fstream>
 #include <functional>
 #include <map>
+#include <sstream>
 
 #include "config/smbnfs_config.h"
 #include "tree/file_system.h"
@@ -32,13 +33,15 @@ class TestProfile {
   // A user's machine with these shares; all accounts are root's.
   static std::string Machine(const std::string& user, const std::string& machine,
                              const std::vector<std::string>& shares, const std::string& more = "") {
-    std::string base = "[nfsserver/shares/smb/" + user + "/";
-    std::string text = base + "unixname={(root)}]\n" + base + machine + "/unixname={(root)}]\n";
+    const std::string ofuser = "[nfsserver/shares/smb/" + user + "/";
+    const std::string ofmachine = ofuser + machine + "/";
+    std::ostringstream text;
+    text << ofuser << "unixname={(root)}]\n" << ofmachine << "unixname={(root)}]\n";
     for (const std::string& share : shares) {
-      text +=
-          base + machine + "/" + share + "/password={()}]\n" + base + machine + "/" + share + "/unixname={(root)}]\n";
+      text << ofmachine << share << "/password={()}]\n" << ofmachine << share << "/unixname={(root)}]\n";
     }
-    return text + more;
+    text << more;
+    return text.str();
   }
 
  private:
