@@ -2,8 +2,6 @@
 // The opaque handle of a file (RFC 1094, section 2.3.3): exactly 32 bytes, which mean something to their maker only.
 
 #include <array>
-#include <functional>
-#include <string_view>
 
 #include "rpc/xdr.h"
 
@@ -19,11 +17,4 @@ struct ZnNFSFileHandle : ZnXdrRecord<ZnNFSFileHandle> {
   bool operator==(const ZnNFSFileHandle&) const = default;
   // h = 9 * h + byte, the hash that dictionaries keep their order by.
   uint32_t HashValue() const { return ZnHashBytes(bytes.data(), kSize); }
-};
-
-template <>
-struct std::hash<ZnNFSFileHandle> {
-  size_t operator()(const ZnNFSFileHandle& handle) const noexcept {
-    return std::hash<std::string_view>()({reinterpret_cast<const char*>(handle.bytes.data()), handle.bytes.size()});
-  }
 };

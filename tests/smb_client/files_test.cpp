@@ -68,6 +68,7 @@ TEST_F(Files, ServersThatContradictThemselvesAreFound) {
       {"a further command", open, kOpen, Answer("\x2E"s + std::string(29, '\0'))},
       {"counts differ", read, kRead, Answer(U16(3) + zeros, "\1\2\0ab"s), Values::ErrBadValue},
       {"more than asked for", read, kRead, Answer(U16(11) + zeros, "\1\x0B\0abcdefghijk"s), Values::ErrBadValue},
+      {"fewer than said", read, kRead, Answer(U16(5) + zeros, "\1\5\0abc"s), Values::ErrBadValue},
       {"no data block", read, kRead, Answer(U16(3) + zeros, "\5\3\0abc"s)},
       {"reserved words used", read, kRead, Answer(U16(3) + "\1" + zeros.substr(1), "\1\3\0abc"s)},
       {"less written", write, kWrite, Answer(U16(9)), Values::ErrServer},
@@ -88,6 +89,11 @@ TEST_F(Files, ServersThatContradictThemselvesAreFound) {
     EXPECT_EQ(client.OutOfStep(), test.reason == Values::ErrRead);
     EXPECT_FALSE(file.isopen);
   }
+
+  Again();
+  Replace(kRead, Answer(U16(3) + zeros, "\1\3\0abc and what isn't the file's"s));
+  EXPECT_EQ(read(), kSuccess);
+  EXPECT_EQ(buffer, ZnByteBuffer("abc", 3));
 }
 
 }  // namespace

@@ -82,10 +82,13 @@ TEST_F(Nodes, ARelistingKeepsHandlesAndIdsOfNamesThatStay) {
   List(share, {Entry("a"), Entry("b"), Entry("c")});
   auto handle = Child(share, "b")->handle;
   auto id = Child(share, "b")->id;
-  List(share, {Entry("b", false, 7), Entry("d")});
+  // A name counts once in a listing, whether the tree knows it or not.
+  List(share, {Entry("b", false, 7), Entry("d", false, 8), Entry("b", false, 9), Entry("d", false, 9)});
   EXPECT_EQ(Child(share, "b")->handle, handle);
   EXPECT_EQ(Child(share, "b")->id, id);
   EXPECT_EQ(Child(share, "b")->attribs.size, 7U);
+  EXPECT_EQ(Child(share, "d")->attribs.size, 8U);
+  EXPECT_EQ(share->children.Count(), 2U);
   EXPECT_EQ(Child(share, "a"), nullptr);
   List(share, {Entry("B")});
   EXPECT_NE(Child(share, "B")->handle, handle) << "another case is another name";
