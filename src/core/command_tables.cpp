@@ -56,6 +56,17 @@ Outcome FindName(FS& filesystem, Command& command) {
   return Call<&FS::NBFindByName>(filesystem, command);
 }
 
+// The name of an entry that is to go. What "." and ".." lead to isn't an entry of the directory.
+Outcome FindEntry(FS& filesystem, Command& command, const ZnUniString& name) {
+  if (name == "." || name == "..") return Refuse(command, ZnNFSEnum::NFSERR_ACCES);
+  command.name = name;
+  return Call<&FS::NBFindByName>(filesystem, command);
+}
+
+Outcome FindEntryToRemove(FS& filesystem, Command& command) {
+  return FindEntry(filesystem, command, command.As<ZnNFSDiropargs>().name);
+}
+
 template <void (FS::*Check)(Command*)>
 Outcome OpenToRead(FS& filesystem, Command& command) {
   command.openread = true;
@@ -159,8 +170,7 @@ Outcome MakeDirectory(FS& filesystem, Command& command) {
 // --- RENAME, LINK ---
 
 Outcome RenameSource(FS& filesystem, Command& command) {
-  command.name = command.As<ZnNFSRenameargs>().from.name;
-  return Call<&FS::NBFindByName>(filesystem, command);
+  return FindEntry(filesystem, command, command.As<ZnNFSRenameargs>().from.name);
 }
 
 Outcome RenameTargetDirectory(FS& filesystem, Command& command) {
@@ -396,7 +406,7 @@ constexpr ZnSMBNFSStep kCreate[] = {
 constexpr ZnSMBNFSStep kRemove[] = {
     kStart,
     {E::STLookup, "BUpdateNodeContents", Call<&FS::BUpdateNodeContents>, E::STUpdate},
-    {E::STUpdate, "NBFindByName", FindName<ZnNFSDiropargs>, E::STLookup2},
+    {E::STUpdate, "NBFindByName", FindEntryToRemove, E::STLookup2},
     {E::STLookup2, "BRemoveFile", Call<&FS::BRemoveFile>, E::STRemove},
     {E::STRemove, "reply", Done, E::STRemove},
 };
@@ -442,7 +452,7 @@ constexpr ZnSMBNFSStep kMkdir[] = {
 constexpr ZnSMBNFSStep kRmdir[] = {
     kStart,
     {E::STLookup, "BUpdateNodeContents", Call<&FS::BUpdateNodeContents>, E::STUpdate},
-    {E::STUpdate, "NBFindByName", FindName<ZnNFSDiropargs>, E::STLookup2},
+    {E::STUpdate, "NBFindByName", FindEntryToRemove, E::STLookup2},
     {E::STLookup2, "BUpdateNodeContents of the directory itself", Call<&FS::BUpdateNodeContents>, E::STUpdate2},
     {E::STUpdate2, "CheckRemoveDirectory, BRemoveDirectory",
      CheckThen<&FS::CheckRemoveDirectory, &FS::BRemoveDirectory>, E::STRemove},

@@ -57,9 +57,9 @@ class ZnSMBNFSFileSystem : public ZnSMBNFSSessionHost {
   // --- Keeping the tree up to date (refresh_*.cpp) ---
   void BUpdateNodeContents(ZnSMBNFSCommand* command);
   void NBUpdateUserList(ZnSMBNFSCommand* command);
-  // An empty name brings the list up to date and continues the command; a name is one that a look-up brought, and the
-  // function only returns.
-  void NBUpdateMachineList(ZnSMBNFSCommand* command, const ZnUniString& name);
+  void NBUpdateMachineList(ZnSMBNFSCommand* command);
+  // Makes the machine that a look-up named below a user, as far as the configuration allows it.
+  void AddLookedUpMachine(ZnSMBNFSNode* usernode, const ZnUniString& name);
   void BUpdateShareList(ZnSMBNFSCommand* command);
   void CBUpdateShareList(ZnSMBNFSCommand* command);
   void BUpdateDirList(ZnSMBNFSCommand* command);
@@ -141,7 +141,7 @@ class ZnSMBNFSFileSystem : public ZnSMBNFSSessionHost {
   // Whether the command's attributes go to the server the old way, in two calls.
   bool SetsOldWay(ZnSMBNFSNode* node);
   void UpdateUser(ZnSMBNFSNode* node, const ZnUniString& name);
-  void UpdateKnownMachines(ZnSMBNFSNode* usernode, const std::unordered_set<ZnUniString>& configured, bool wildcard);
+  void UpdateKnownMachines(ZnSMBNFSNode* usernode);
   void UpdateMachine(ZnSMBNFSNode* usernode, const ZnUniString& name);
   void LimitLookedUpMachines(ZnSMBNFSNode* usernode, const std::unordered_set<ZnUniString>& configured);
   void UpdateShare(ZnSMBNFSNode* machinenode, const ZnUniString& name);

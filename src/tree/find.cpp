@@ -74,6 +74,7 @@ void ZnSMBNFSFileSystem::NBFindByHandle(ZnSMBNFSCommand* command) {
 }
 
 ZnSMBNFSNode* ZnSMBNFSFileSystem::FindByName(ZnSMBNFSNode* directory, const ZnUniString& name) {
+  if (name.IsEmpty()) return nullptr;
   if (name == ".") return directory;
   if (name == "..") return directory->parent;
   if (directory->children.IsEmpty()) return nullptr;
@@ -101,7 +102,7 @@ bool ContainsCaseless(const ZnDList<ZnUniString>& list, const ZnUniString& name)
 
 // Whether any machine that a client names is offered below this user, this one included.
 bool OffersMachine(const ZnSMBNFSNode& node, const ZnUniString& name) {
-  if (!node.IsUser()) return false;
+  if (!node.IsUser() || name.IsEmpty()) return false;
   const ZnSMBNFSUserConfig& config = node.userinfo->config;
   return config.machinenames.Contains("*") && !ContainsCaseless(config.notmachines, name);
 }
@@ -119,7 +120,7 @@ void ZnSMBNFSFileSystem::NBFindByName(ZnSMBNFSCommand* command) {
   if (!directory) return SendError(command, ZnNFSEnum::NFSERR_STALE);
   ZnSMBNFSNode* found = FindByName(directory.Get(), command->name);
   if (!found && OffersMachine(*directory.Get(), command->name)) {
-    NBUpdateMachineList(command, command->name);
+    AddLookedUpMachine(directory.Get(), command->name);
     if (directory) found = FindByName(directory.Get(), command->name);
   }
   if (found && directory && directory->IsUser()) found->lastused = ZnTimeVal::now();

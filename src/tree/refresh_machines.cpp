@@ -29,38 +29,51 @@ bool HasMachine(ZnSMBNFSNode& usernode, const ZnUniString& name) {
   return false;
 }
 
+struct Configured {
+  std::unordered_set<ZnUniString> names;
+  bool wildcard = false;  // any other machine appears once it is looked up
+};
+
+Configured ConfiguredMachines(const ZnSMBNFSNode& usernode) {
+  Configured configured;
+  for (const ZnUniString& entry : usernode.userinfo->config.machinenames) {
+    if (entry == "*") {
+      configured.wildcard = true;
+    } else {
+      configured.names.insert(entry);
+    }
+  }
+  return configured;
+}
+
+void StampContents(ZnSMBNFSNode* node) {
+  node->contentstime = ZnTimeVal::now();
+  node->attribs.mtime = ZnNfsTime(node->contentstime);
+}
+
 }  // namespace
 
 // The records of the machines that are there are loaded again only where the list was marked out of date: the
 // configuration changes in no other way, and a look-up shouldn't pay for all of them.
-void ZnSMBNFSFileSystem::NBUpdateMachineList(ZnSMBNFSCommand* command, const ZnUniString& name) {
+void ZnSMBNFSFileSystem::NBUpdateMachineList(ZnSMBNFSCommand* command) {
   ZnSMBNFSNode* node = command->node.Get();
-  if (!node->IsUser()) return name.IsEmpty() ? Continue(command) : void();
-  bool outofdate = node->contentstime.IsZero();
-  if (name.IsEmpty() && !outofdate) return Continue(command);
-
-  bool wildcard = false;
-  std::unordered_set<ZnUniString> configured;
-  for (const ZnUniString& entry : node->userinfo->config.machinenames) {
-    if (entry == "*") {
-      wildcard = true;
-    } else {
-      configured.insert(entry);
-    }
-  }
-  if (outofdate) UpdateKnownMachines(node, configured, wildcard);
-  if (wildcard && CouldBeMachine(name) && !ContainsCaseless(configured, name) && !HasMachine(*node, name)) {
-    LimitLookedUpMachines(node, configured);
-    UpdateMachine(node, name);
-  }
-  node->contentstime = ZnTimeVal::now();
-  node->attribs.mtime = ZnNfsTime(node->contentstime);
-  if (name.IsEmpty()) Continue(command);
+  if (node->IsUser() && node->contentstime.IsZero()) UpdateKnownMachines(node);
+  Continue(command);
 }
 
-void ZnSMBNFSFileSystem::UpdateKnownMachines(ZnSMBNFSNode* node, const std::unordered_set<ZnUniString>& configured,
-                                             bool wildcard) {
-  if (!wildcard) PruneMissing(node, configured);
+void ZnSMBNFSFileSystem::AddLookedUpMachine(ZnSMBNFSNode* usernode, const ZnUniString& name) {
+  if (usernode->contentstime.IsZero()) UpdateKnownMachines(usernode);
+  const Configured configured = ConfiguredMachines(*usernode);
+  if (!configured.wildcard || !CouldBeMachine(name)) return;
+  if (ContainsCaseless(configured.names, name) || HasMachine(*usernode, name)) return;
+  LimitLookedUpMachines(usernode, configured.names);
+  UpdateMachine(usernode, name);
+  StampContents(usernode);
+}
+
+void ZnSMBNFSFileSystem::UpdateKnownMachines(ZnSMBNFSNode* node) {
+  const Configured configured = ConfiguredMachines(*node);
+  if (!configured.wildcard) PruneMissing(node, configured.names);
   std::vector<ZnUniString> names;
   std::unordered_set<ZnUniString> seen;
   auto add = [&](const ZnUniString& name) {
@@ -69,6 +82,7 @@ void ZnSMBNFSFileSystem::UpdateKnownMachines(ZnSMBNFSNode* node, const std::unor
   for (const ZnUniString& entry : node->userinfo->config.machinenames) add(entry);
   for (auto& child : node->children) add(child.key);
   for (const ZnUniString& name : names) UpdateMachine(node, name);
+  StampContents(node);
 }
 
 // Makes or refreshes the node of one machine.

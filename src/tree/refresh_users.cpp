@@ -11,7 +11,7 @@ void ZnSMBNFSFileSystem::BUpdateNodeContents(ZnSMBNFSCommand* command) {
   if (node->IsRoot()) return NBUpdateUserList(command);
   if (node->IsInside() || !node->share.IsEmpty()) return BUpdateDirList(command);
   if (!node->machine.IsEmpty()) return BUpdateShareList(command);
-  NBUpdateMachineList(command, "");
+  NBUpdateMachineList(command);
 }
 
 void ZnSMBNFSFileSystem::NBUpdateUserList(ZnSMBNFSCommand* command) {
