@@ -49,8 +49,7 @@ foreach(source IN LISTS test_sources)
     if(library STREQUAL core AND TARGET haldenmapd)
       add_dependencies(${binary} haldenmapd)  # these tests run the daemon itself
     endif()
-    # The tests with a real server run beside one, in tests/integration.
-    add_test(NAME ${folder} COMMAND ${binary} --gtest_filter=-RealPeer.*)
+    add_test(NAME ${folder} COMMAND ${binary})
     set_tests_properties(${folder} PROPERTIES LABELS "unit;${folder}" TIMEOUT ${HALDEN_TEST_TIMEOUT}
                                               ENVIRONMENT "${sanitizer_options}")
   endif()
