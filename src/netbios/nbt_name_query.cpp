@@ -1,5 +1,7 @@
 #include "netbios/nbt_name_query.h"
 
+#include <unistd.h>
+
 #include <algorithm>
 #include <utility>
 
@@ -10,7 +12,6 @@ namespace {
 
 constexpr size_t kLongestAnswer = 600;
 constexpr unsigned kSocketBuffer = 32768;
-constexpr uint16_t kIdStep = 5;
 
 // The name that every host answers: an asterisk and zeros.
 ZnMachine Wildcard() {
@@ -23,6 +24,13 @@ ZnNBTNSDatagramQuestion Question(const ZnMachine& machine, ZnNBTNSType type) {
   question.name = ZnNBTName(machine);
   question.type = type;
   return question;
+}
+
+// As it stands in the request, which not every name does unchanged.
+ZnNBTName NameAskedFor(const ZnPacket& request) {
+  ZnNBTNSDatagram datagram;
+  ZnWireReader in(request.Data(), request.Length());
+  return datagram.Read(in) ? datagram.questions[0].name : ZnNBTName();
 }
 
 }  // namespace
@@ -61,13 +69,12 @@ bool ZnNBTNameQuery::Initialise(int retries, const ZnTimeVal& interval) {
   RemoveCallbacks();
   callback_ = nullptr;
   datagrams_.Flush();
-  if (!IsOpen() && !OpenSocket()) return false;
   retriesLeft_ = retries < 0 ? defaultRetries_ : retries;
   interval_ = interval.IsZero() ? defaultInterval_ : interval;
-  transactionId_ = static_cast<uint16_t>(transactionId_ + kIdStep);
-  return true;
+  return getentropy(&transactionId_, sizeof transactionId_) == 0 && OpenSocket();
 }
 
+// With a local port of 0 the system draws one of some 28,000 for each query.
 bool ZnNBTNameQuery::OpenSocket() {
   ZnInetAddr local;
   local.Port(localPort_);
@@ -81,6 +88,8 @@ bool ZnNBTNameQuery::OpenSocket() {
 bool ZnNBTNameQuery::Start(ZnNBTNSDatagram datagram, const ZnDList<ZnInetAddr>& addresses, QueryCallback* callback) {
   datagram.id = transactionId_;
   request_ = datagram.Pack();
+  asked_ = NameAskedFor(request_);
+  directed_ = !datagram.broadcast;
   destinations_ = addresses;
   for (ZnInetAddr& address : destinations_) address.Port(namePort_);
   if (!SendRequest()) return false;
@@ -109,8 +118,9 @@ void ZnNBTNameQuery::TimeoutCB(ZnEventCallback*, ZnEvent::cbdispatch) {
   retriesLeft_--;
 }
 
-// Whoever answers first decides where a user's password goes, so only a response to this very question counts: anything
-// else leaves the query running.
+// Whoever answers first decides where a user's password goes, and any process can send a datagram here. So only a
+// response to this very question counts, and of a directed query only one from where it was sent to; a broadcast's may
+// come from anybody. Anything else leaves the query running.
 void ZnNBTNameQuery::ReadCB(ZnEventCallback*, ZnEvent::cbdispatch) {
   uint8_t buffer[kLongestAnswer];
   size_t length = sizeof(buffer);
@@ -121,8 +131,15 @@ void ZnNBTNameQuery::ReadCB(ZnEventCallback*, ZnEvent::cbdispatch) {
   ZnNBTNSDatagram answer;
   ZnWireReader in(buffer, length);
   if (!answer.Read(in) || !answer.response || answer.id != transactionId_) return;
+  if (directed_ && std::find(destinations_.begin(), destinations_.end(), from) == destinations_.end()) return;
+  if (std::none_of(answer.answers.begin(), answer.answers.end(), [&](auto& one) { return IsAsked(answer, one); }))
+    return;
   datagrams_.Append(std::move(answer));
   Finish(true);
+}
+
+bool ZnNBTNameQuery::IsAsked(const ZnNBTNSDatagram& datagram, const ZnNBTNSDatagramResource& answer) const {
+  return datagram.Resolve(answer.name) == asked_;
 }
 
 // The owner may delete this object: nothing of it is touched behind the call.
@@ -142,6 +159,7 @@ bool ZnNBTNameQuery::LookupResults(ZnDList<ZnInetAddr>& list) const {
   const size_t before = list.Count();
   for (const ZnNBTNSDatagram& datagram : datagrams_) {
     for (const ZnNBTNSDatagramResource& answer : datagram.answers) {
+      if (!IsAsked(datagram, answer)) continue;
       for (const auto& one : answer.addresses) list.Append(one.address);
       for (const auto& one : answer.mh_addresses) list.Append(one.address);
     }

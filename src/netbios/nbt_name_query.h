@@ -1,6 +1,7 @@
 #pragma once
 // Name queries and node status requests over UDP (RFC 1001 section 15, RFC 1002 sections 4.2.12 and 4.2.17): to a name
-// server, to broadcast addresses, or straight to a host. One query at a time.
+// server, to broadcast addresses, or straight to a host. One query at a time, each from a port and with an id that
+// nobody can guess.
 
 #include "netbios/nbt_ns_datagram.h"
 #include "runtime/event_loop.h"
@@ -50,6 +51,7 @@ class ZnNBTNameQuery : public ZnSocket {
   void ReadCB(ZnEventCallback*, ZnEvent::cbdispatch);
   void TimeoutCB(ZnEventCallback*, ZnEvent::cbdispatch);
   void RemoveCallbacks();
+  bool IsAsked(const ZnNBTNSDatagram& datagram, const ZnNBTNSDatagramResource& answer) const;
   void Finish(bool found);
 
   ZnEventLoopBase* loop_;
@@ -62,11 +64,13 @@ class ZnNBTNameQuery : public ZnSocket {
   int defaultRetries_ = 0;
   ZnTimeVal defaultInterval_{1, 0};
 
-  uint16_t transactionId_ = 48879;
+  uint16_t transactionId_ = 0;  // drawn anew for each query, as is the port
   int retriesLeft_ = 0;
   ZnTimeVal interval_;
   QueryCallback* callback_ = nullptr;  // of the query that runs
   ZnDList<ZnInetAddr> destinations_;
   ZnPacket request_;
+  ZnNBTName asked_;
+  bool directed_ = false;
   ZnDList<ZnNBTNSDatagram> datagrams_;  // the answers so far
 };

@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include <optional>
+#include <set>
 
 #include "netbios/fred.h"
 #include "support/driven_loop.h"
@@ -28,23 +29,27 @@ class NameQuery : public ::testing::Test, public ZnCallback<bool> {
     if (deleteInCallback_) query_.reset();
   }
 
-  bool Lookup(int retries, const ZnTimeVal& interval) {
+  bool Lookup(int retries, const ZnTimeVal& interval, bool broadcast = false) {
     calls_ = 0;
     result_.reset();
     return query_->Lookup(ZnMachine("fred", ZnMachine::Server), {ZnInetAddr::AddressLoopback()}, this, retries,
-                          interval, true);
+                          interval, broadcast);
   }
-  // The next request that has come, as hex; empty when none has.
+  // The next request that has come, as hex; empty when none has. Its id is taken off to id_.
   std::string Received() {
     uint8_t buffer[1024];
     size_t length = 0;
     if (peer_.ReadMessage(buffer, sizeof(buffer), length, caller_) != ZnFile::IoStatus::Partial) return {};
-    return ToHex(ZnByteBuffer(buffer, length));
+    const std::string digits = ToHex(ZnByteBuffer(buffer, length));
+    id_ = digits.substr(0, 4);
+    return digits.substr(4);
   }
-  void Answer(const std::string& digits) {
+  // A datagram to whoever asked, with the id of the question in front or another.
+  void Answer(const std::string& digits, ZnSocket* from = nullptr) { Send(id_ + digits, from ? *from : peer_); }
+  void Send(const std::string& digits, ZnSocket& from) {
     const ZnPacket bytes = Hex(digits);
     size_t length = 0;
-    EXPECT_EQ(peer_.WriteMessage(bytes.Data(), bytes.Length(), length, caller_), ZnFile::IoStatus::Complete);
+    EXPECT_EQ(from.WriteMessage(bytes.Data(), bytes.Length(), length, caller_), ZnFile::IoStatus::Complete);
   }
   std::optional<bool> Result() {
     loop_.RunUntil([&] { return result_.has_value(); });
@@ -59,39 +64,69 @@ class NameQuery : public ::testing::Test, public ZnCallback<bool> {
   DrivenLoop loop_;
   ZnSocket peer_;
   ZnInetAddr address_, caller_;
+  std::string id_;
   std::unique_ptr<ZnNBTNameQuery> query_ = std::make_unique<ZnNBTNameQuery>(&loop_, uint16_t{0});
   bool deleteInCallback_ = false;
   int calls_ = 0;
   std::optional<bool> result_;
 };
 
+#define OTHER_HEX "20 4547464345464545434143414341434143414341434143414341434143414342 00"
 #define ANSWER_HEX "0000 0001 0000 0000" FRED_HEX "0020 0001 00000000 000C 0000 C0A80001 0000 0A000001"
 
 TEST_F(NameQuery, OnlyTheResponseToThisQuestionCounts) {
   ASSERT_TRUE(Lookup(0, kLate));
-  EXPECT_EQ(Received(), ToHex(Hex("BEF4 0110 0001 0000 0000 0000" FRED_HEX "0020 0001")));
-  Answer("BEEF 8500" ANSWER_HEX);                     // an id of another time
-  Answer("BEF4 0500" ANSWER_HEX);                     // a question
-  Answer("BEF4 8500 0000 0001 0000 0000 C00C 0020");  // cut short
-  Answer("00");                                       // garbage
-  Answer(std::string(1400, 'F'));                     // longer than any answer
+  EXPECT_EQ(Received(), ToHex(Hex("0100 0001 0000 0000 0000" FRED_HEX "0020 0001")));
+  Send((id_ == "beef" ? "BEEE" : "BEEF") + std::string("8500" ANSWER_HEX), peer_);  // an id of another time
+  Answer("0500" ANSWER_HEX);                                                        // a question
+  Answer("8500 0000 0001 0000 0000 C00C 0020");                                     // cut short
+  Answer("8500 0000 0001 0000 0000" OTHER_HEX "0020 0001 00000000 0006 0000 C0A80001");
+  Answer("8500 0000 0000 0000 0000");
+  Send("00", peer_);                    // garbage
+  Send(std::string(1400, 'F'), peer_);  // longer than any answer
   loop_.RunFor(20);
   EXPECT_FALSE(result_.has_value());
 
-  Answer("BEF4 8500" ANSWER_HEX);
-  Answer("BEF4 8500" ANSWER_HEX);  // a second one finds nobody waiting
+  Answer("8500" ANSWER_HEX);
+  Answer("8500" ANSWER_HEX);  // a second one finds nobody waiting
   EXPECT_EQ(Result(), true);
   loop_.RunFor(5);
   EXPECT_EQ(calls_, 1);
   EXPECT_EQ(Addresses(), (ZnDList<ZnInetAddr>{ZnInetAddr(192, 168, 0, 1), ZnInetAddr(10, 0, 0, 1)}));
 
-  // The next query has the next id, and neither the late answer nor the old results are its own.
+  // The next query doesn't keep the old results. Of two records the one for another name says nothing.
   ASSERT_TRUE(Lookup(0, kLate));
-  EXPECT_EQ(Received().substr(0, 4), "bef9");
-  Answer("BEF4 8500" ANSWER_HEX);
-  Answer("BEF9 8583 0000 0001 0000 0000" FRED_HEX "000A 0001 00000000 0000");  // an answer without addresses
+  Received();
+  Answer("8500 0000 0002 0000 0000" OTHER_HEX "0020 0001 00000000 0006 0000 C0A80001" FRED_HEX
+         "000A 0001 00000000 0000");
   EXPECT_EQ(Result(), true);
   EXPECT_TRUE(Addresses().IsEmpty());
+}
+
+// A process that guessed the id could send a user and his password elsewhere. A broadcast is answered by whom it finds.
+TEST_F(NameQuery, StrangersAnswerOnlyBroadcasts) {
+  ZnSocket stranger;
+  ASSERT_TRUE(stranger.Bind(ZnInetAddr(127, 0, 0, 9), ZnSocket::Datagram, false, 0, false));
+  for (bool broadcast : {false, true}) {
+    ASSERT_TRUE(Lookup(0, kLate, broadcast));
+    Received();
+    Answer("8500" ANSWER_HEX, &stranger);
+    loop_.RunFor(20);
+    EXPECT_EQ(result_.has_value(), broadcast);
+  }
+}
+
+TEST_F(NameQuery, IdAndPortCantBeGuessed) {
+  std::set<std::string> ids;
+  std::set<uint16_t> ports;
+  for (int i = 0; i < 16; i++) {
+    ASSERT_TRUE(Lookup(0, kLate));
+    Received();
+    ids.insert(id_);
+    ports.insert(caller_.GetPort());
+  }
+  EXPECT_GE(ids.size(), 14U);
+  EXPECT_GE(ports.size(), 14U);
 }
 
 TEST_F(NameQuery, ResendsThenFails) {
@@ -119,9 +154,11 @@ TEST_F(NameQuery, NodeStatusAsksForAllNames) {
   ZnMachine machine;
   machine.Name(ZnInetAddr::AddressLoopback());
   ASSERT_TRUE(query_->NodeStatus(machine, this, 0, kLate, false));
-  EXPECT_EQ(Received(), ToHex(Hex("BEF4 0000 0001 0000 0000 0000"
+  EXPECT_EQ(Received(), ToHex(Hex("0000 0001 0000 0000 0000"
                                   "20 434B414141414141414141414141414141414141414141414141414141414141 00 0021 0001")));
-  Answer("BEF4 8400 0000 0001 0000 0000" FRED_HEX "0021 0001 00000000 0013 01 465245442020202020202020202020 20 0400");
+  Answer(
+      "8400 0000 0001 0000 0000 20 434B414141414141414141414141414141414141414141414141414141414141 00 0021 0001 "
+      "00000000 0013 01 465245442020202020202020202020 20 0400");
   EXPECT_EQ(Result(), true);
   ZnDList<ZnMachine> machines;
   EXPECT_TRUE(query_->NodeStatusResults(machines));
@@ -143,7 +180,7 @@ TEST_F(NameQuery, OwnerMayDeleteTheQueryInTheCallback) {
   ASSERT_TRUE(Lookup(0, kLate));
   Received();  // of the query that is gone
   Received();
-  Answer("BEF4 8500" ANSWER_HEX);
+  Answer("8500" ANSWER_HEX);
   EXPECT_EQ(Result(), true);
   EXPECT_FALSE(query_);
 }
