@@ -182,7 +182,7 @@ Outcome RenameTargetDirectory(FS& filesystem, Command& command) {
 // A target that was removed since its directory was last read counts as out of date: finding it would be refused, where
 // the client knows that nothing stands there. So such a directory is read again first; then it is up to date or empty.
 Outcome RenameTarget(FS& filesystem, Command& command) {
-  if (command.node && command.node->contentstime.IsZero() && command.node->children.Count() > 0) {
+  if (command.node && command.node->contentstime == ZnMoment{} && command.node->children.Count() > 0) {
     command.status = E::STLookup3;
     return Call<&FS::BUpdateNodeContents>(filesystem, command);
   }

@@ -242,4 +242,4 @@ void ZnSMBNFSServer::TimeoutCallback(ZnCallback<ZnEvent::cbdispatch>*, ZnEvent::
   ArmCleanUp();
 }
 
-void ZnSMBNFSServer::ArmCleanUp() { timer_.Set(ZnTimeVal::now().PlusSeconds(config_.CleanUpSeconds())); }
+void ZnSMBNFSServer::ArmCleanUp() { timer_.Set(std::chrono::seconds(config_.CleanUpSeconds())); }

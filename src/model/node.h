@@ -9,9 +9,9 @@
 #include <memory>
 
 #include "model/handle.h"
+#include "runtime/clock.h"
 #include "runtime/dictionary.h"
 #include "runtime/slab.h"
-#include "runtime/time_val.h"
 #include "runtime/uni_string.h"
 #include "runtime/weak_ref.h"
 #include "smb/client/file_object.h"
@@ -74,9 +74,9 @@ class ZnSMBNFSNode : public ZnReferable, public ZnInSlab<ZnSMBNFSNode> {
   ZnSMBNFSHandleDictionary* handles = nullptr;   // where this node's handle is entered
   ZnSMBNFSChildren children;
   std::unique_ptr<ZnSMBNFSDirectoryIndex> index;  // of the children; null until asked for
-  ZnTimeVal lastused;                             // machine nodes: when a look-up last found it
-  ZnTimeVal attribtime;                           // when attribs were refreshed; zero is out of date
-  ZnTimeVal contentstime;                         // when children were refreshed; zero is out of date
+  ZnMoment lastused;                              // machine nodes: when a look-up last found it
+  ZnMoment attribtime;                            // when attribs were refreshed; never is out of date
+  ZnMoment contentstime;                          // when children were refreshed; never is out of date
 };
 
 // Marks a node's attributes, and its contents too if asked, as out of date.

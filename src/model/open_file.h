@@ -1,6 +1,7 @@
 #pragma once
 // A file that a session holds open on its server.
 
+#include "runtime/clock.h"
 #include "runtime/time_val.h"
 #include "runtime/weak_ref.h"
 #include "smb/client/file_object.h"
@@ -15,7 +16,7 @@ struct ZnSMBNFSFile : ZnSMBCFileObject, ZnReferable {
   bool fresh = false;  // opened by the running command
   bool inuse = false;  // a read, write or time change is under way
   bool close = false;  // to be closed on the next pass
-  ZnTimeVal lastused;
+  ZnMoment lastused;
   ZnTimeVal closetime;  // modification time for the close; zero seconds means leave the server's
   // The end of what was written through this file: a listing that still shows an older size doesn't lower the node's
   // below it.

@@ -48,7 +48,7 @@ class ZnSMBNFSSessionBase {
   ZnSMBNFSMachineConfig config;         // a copy
   ZnSMBNFSHandle handlecounter;         // the next handle inside this session
   bool needsreload = false;
-  ZnTimeVal lastactivity;  // last command queued or finished, clean-ups excepted
+  ZnMoment lastactivity;  // last command queued or finished, clean-ups excepted
   std::list<std::unique_ptr<ZnSMBNFSTree>> trees;
   std::list<std::unique_ptr<ZnSMBNFSFile>> files;  // open on the server, oldest first
   ZnSMBNFSHandleDictionary handles;                // owns the nodes of level 4 and deeper

@@ -40,13 +40,13 @@ ZnNBTNameQuery::ZnNBTNameQuery(ZnEventLoopBase* loop, uint16_t port)
 
 ZnNBTNameQuery::~ZnNBTNameQuery() { RemoveCallbacks(); }
 
-void ZnNBTNameQuery::SetDefaults(int retries, const ZnTimeVal& interval) {
+void ZnNBTNameQuery::SetDefaults(int retries, std::chrono::milliseconds interval) {
   defaultRetries_ = retries;
   defaultInterval_ = interval;
 }
 
 bool ZnNBTNameQuery::Lookup(const ZnMachine& machine, const ZnDList<ZnInetAddr>& addresses, QueryCallback* callback,
-                            int retries, const ZnTimeVal& interval, bool broadcast) {
+                            int retries, std::chrono::milliseconds interval, bool broadcast) {
   if (!Initialise(retries, interval) || addresses.IsEmpty()) return false;
   ZnNBTNSDatagram datagram;
   datagram.recursionDesired = true;
@@ -56,7 +56,7 @@ bool ZnNBTNameQuery::Lookup(const ZnMachine& machine, const ZnDList<ZnInetAddr>&
 }
 
 bool ZnNBTNameQuery::NodeStatus(const ZnMachine& machine, QueryCallback* callback, int retries,
-                                const ZnTimeVal& interval, bool broadcast) {
+                                std::chrono::milliseconds interval, bool broadcast) {
   if (!Initialise(retries, interval)) return false;
   const bool unnamed = machine.ShortName().IsEmpty();
   ZnNBTNSDatagram datagram;
@@ -65,12 +65,12 @@ bool ZnNBTNameQuery::NodeStatus(const ZnMachine& machine, QueryCallback* callbac
   return Start(std::move(datagram), {machine.Address()}, callback);
 }
 
-bool ZnNBTNameQuery::Initialise(int retries, const ZnTimeVal& interval) {
+bool ZnNBTNameQuery::Initialise(int retries, std::chrono::milliseconds interval) {
   RemoveCallbacks();
   callback_ = nullptr;
   datagrams_.Flush();
   retriesLeft_ = retries < 0 ? defaultRetries_ : retries;
-  interval_ = interval.IsZero() ? defaultInterval_ : interval;
+  interval_ = interval.count() == 0 ? defaultInterval_ : interval;
   return getentropy(&transactionId_, sizeof transactionId_) == 0 && OpenSocket();
 }
 

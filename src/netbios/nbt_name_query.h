@@ -19,7 +19,7 @@ class ZnNBTNameQuery : public ZnSocket {
 
   // What a query uses that leaves it open: how often the request is sent again, and how long each sending waits for an
   // answer.
-  void SetDefaults(int retries, const ZnTimeVal& interval);
+  void SetDefaults(int retries, std::chrono::milliseconds interval);
   // The port that requests are sent to: 137, but for tests.
   void SetNamePort(uint16_t port) { namePort_ = port; }
 
@@ -28,10 +28,10 @@ class ZnNBTNameQuery : public ZnSocket {
   // and false when none did. The callback may delete this object. False: nothing was sent to at least one address, and
   // nothing will come. A query that still runs is dropped.
   bool Lookup(const ZnMachine& machine, const ZnDList<ZnInetAddr>& addresses, QueryCallback* callback, int retries,
-              const ZnTimeVal& interval, bool broadcast);
+              std::chrono::milliseconds interval, bool broadcast);
   // Asks the machine's address for the names it has; a machine without a name asks for all of them. As Lookup
   // otherwise.
-  bool NodeStatus(const ZnMachine& machine, QueryCallback* callback, int retries, const ZnTimeVal& interval,
+  bool NodeStatus(const ZnMachine& machine, QueryCallback* callback, int retries, std::chrono::milliseconds interval,
                   bool broadcast);
 
   // Append what the answers of the last query hold; true when that is at least one.
@@ -43,11 +43,11 @@ class ZnNBTNameQuery : public ZnSocket {
   static ZnDList<ZnInetAddr> BroadcastAddresses();
 
  private:
-  bool Initialise(int retries, const ZnTimeVal& interval);
+  bool Initialise(int retries, std::chrono::milliseconds interval);
   bool OpenSocket();
   bool Start(ZnNBTNSDatagram datagram, const ZnDList<ZnInetAddr>& addresses, QueryCallback* callback);
   bool SendRequest();
-  bool StartTimer() { return timer_.Set(ZnTimeVal::now() + interval_); }
+  bool StartTimer() { return timer_.Set(interval_); }
   void ReadCB(ZnEventCallback*, ZnEvent::cbdispatch);
   void TimeoutCB(ZnEventCallback*, ZnEvent::cbdispatch);
   void RemoveCallbacks();
@@ -62,11 +62,11 @@ class ZnNBTNameQuery : public ZnSocket {
   ZnTimer timer_;
   bool readRegistered_ = false;
   int defaultRetries_ = 0;
-  ZnTimeVal defaultInterval_{1, 0};
+  std::chrono::milliseconds defaultInterval_{1000};
 
   uint16_t transactionId_ = 0;  // drawn anew for each query, as is the port
   int retriesLeft_ = 0;
-  ZnTimeVal interval_;
+  std::chrono::milliseconds interval_{};
   QueryCallback* callback_ = nullptr;  // of the query that runs
   ZnDList<ZnInetAddr> destinations_;
   ZnPacket request_;

@@ -43,7 +43,7 @@ bool ZnNBTSession::StartRequest() {
   const ZnUniString names = destination_.EncodeRFC883() + own_.EncodeRFC883();
   if (!QueuePacket(names.AsEncoding(ZnSmbEncoding::netbiosname), RequestPacket) || !AddWriteCB()) return false;
   state_ = SessionRequestQueued;
-  return timeoutTimer_.Set(ZnTimeVal::now() + timeout_);
+  return timeoutTimer_.Set(timeout_);
 }
 
 void ZnNBTSession::_disconnect(bool notify) {
@@ -105,4 +105,4 @@ void ZnNBTSession::Keepalive_CB(ZnEventCallback*, ZnEvent::cbdispatch) {
 }
 
 // Should the loop refuse the timer, the session goes without keepalives: the other end closes it when it likes.
-void ZnNBTSession::StartKeepAlive() { keepAliveTimer_.Set(ZnTimeVal::now() + keepAliveInterval_); }
+void ZnNBTSession::StartKeepAlive() { keepAliveTimer_.Set(keepAliveInterval_); }

@@ -84,8 +84,8 @@ class ZnNBTSession : public ZnSocket {
 
   void SetSessionCallback(SessionCallback* callback) { callback_ = callback; }
   // How long the session request may take (10 seconds), and how often a keepalive goes out (300 seconds).
-  void SetSessionTimeout(const ZnTimeVal& span) { timeout_ = span; }
-  void SetKeepAliveInterval(const ZnTimeVal& span) { keepAliveInterval_ = span; }
+  void SetSessionTimeout(std::chrono::milliseconds span) { timeout_ = span; }
+  void SetKeepAliveInterval(std::chrono::milliseconds span) { keepAliveInterval_ = span; }
 
   // What the loop calls when the socket is ready; they may be called directly too.
   void ReadAvailable();
@@ -132,8 +132,8 @@ class ZnNBTSession : public ZnSocket {
   ZnSimpleCallback<ZnEvent::cbdispatch, ZnNBTSession> keepAliveCallback_{this, &ZnNBTSession::Keepalive_CB};
   ZnTimer timeoutTimer_;
   ZnTimer keepAliveTimer_;
-  ZnTimeVal timeout_{10, 0};
-  ZnTimeVal keepAliveInterval_{300, 0};
+  std::chrono::milliseconds timeout_{10000};
+  std::chrono::milliseconds keepAliveInterval_{300000};
 
   sessionState state_ = SessionClosed;
   bool wasEstablished_ = false;

@@ -3,7 +3,7 @@
 // turn.
 
 #include "runtime/callback.h"
-#include "runtime/time_val.h"
+#include "runtime/clock.h"
 
 struct ZnEvent {
   enum cbdispatch { Fired = 0, Withdrawn = 1 };
@@ -23,9 +23,9 @@ class ZnEventLoopBase {
   // Asks the innermost run to leave at the start of its next turn. Gives 0.
   virtual int ExitEventLoop(int code);
   // One-shot timer at an absolute time. False only when it can't be stored. The callback isn't owned.
-  virtual bool AddTimeoutEvent(const ZnTimeVal& when, ZnEventCallback* callback) = 0;
+  virtual bool AddTimeoutEvent(ZnMoment when, ZnEventCallback* callback) = 0;
   // Withdraws the timer with exactly this time and callback: the callback sees Withdrawn. False when there is none.
-  virtual bool RemoveTimeoutEvent(const ZnTimeVal& when, ZnEventCallback* callback) = 0;
+  virtual bool RemoveTimeoutEvent(ZnMoment when, ZnEventCallback* callback) = 0;
   // Watches a descriptor for reading and/or writing; `callback` replaces an earlier one of those sides. Not owned.
   virtual bool AddFileEvent(unsigned fd, bool read, bool write, ZnEventCallback* callback) = 0;
   // Stops watching the sides asked for. False when the descriptor isn't watched.

@@ -37,6 +37,7 @@ int ZnEventLoop::EnterEventLoop() {
   const int code = exit_code_;
   if (--depth_ == 0) {
     process_->StopSignals();
+    ZnTurnTime::Release();
     return code;
   }
   running_ = outer_running;
@@ -55,14 +56,17 @@ void ZnEventLoop::Turn() {
   const int64_t due = TimeUntilFirstTimer();
   const int timeout = static_cast<int>(std::min<int64_t>(due, std::numeric_limits<int>::max()));
   const int ready = Wait(timeout);
+  const int error = errno;
+  ZnTurnTime::Renew();
   if (ready > 0) return WalkPollList();
-  if (ready < 0) return PollFailed(errno);
+  if (ready < 0) return PollFailed(error);
   if (timeout == due) FireFirstTimer();  // else a part of a wait that poll can't take in one
 }
 
 int64_t ZnEventLoop::TimeUntilFirstTimer() const {
   if (timeouts_.empty()) return -1;
-  return std::max<int64_t>(0, timeouts_.begin()->first.MillisecondsSince(ZnTimeVal::now()));
+  const auto wait = std::chrono::floor<std::chrono::milliseconds>(timeouts_.begin()->first - ZnSteadyClock::Read());
+  return std::max<int64_t>(0, wait.count());
 }
 
 // Polls the list with the wake-up pipe behind it. That one needs no walk: the next turn looks for signals anyway.
@@ -117,12 +121,12 @@ void ZnEventLoop::DropBadDescriptor(const pollfd& entry) {
   RemoveFileEvent(static_cast<unsigned>(entry.fd), true, true, nullptr);
 }
 
-bool ZnEventLoop::AddTimeoutEvent(const ZnTimeVal& when, ZnEventCallback* callback) {
+bool ZnEventLoop::AddTimeoutEvent(ZnMoment when, ZnEventCallback* callback) {
   timeouts_.emplace(when, callback);
   return true;
 }
 
-bool ZnEventLoop::RemoveTimeoutEvent(const ZnTimeVal& when, ZnEventCallback* callback) {
+bool ZnEventLoop::RemoveTimeoutEvent(ZnMoment when, ZnEventCallback* callback) {
   auto [timer, end] = timeouts_.equal_range(when);
   timer = std::find_if(timer, end, [callback](const auto& entry) { return entry.second == callback; });
   if (timer == end) return false;

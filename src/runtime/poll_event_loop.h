@@ -24,8 +24,8 @@ class ZnEventLoop : public ZnEventLoopBase {
 
   int EnterEventLoop() override;
   int ExitEventLoop(int code) override;
-  bool AddTimeoutEvent(const ZnTimeVal& when, ZnEventCallback* callback) override;
-  bool RemoveTimeoutEvent(const ZnTimeVal& when, ZnEventCallback* callback) override;
+  bool AddTimeoutEvent(ZnMoment when, ZnEventCallback* callback) override;
+  bool RemoveTimeoutEvent(ZnMoment when, ZnEventCallback* callback) override;
   bool AddFileEvent(unsigned fd, bool read, bool write, ZnEventCallback* callback) override;
   bool RemoveFileEvent(unsigned fd, bool read, bool write, ZnEventCallback* callback) override;
   bool ShouldContinue() override { return running_; }
@@ -56,7 +56,7 @@ class ZnEventLoop : public ZnEventLoopBase {
   bool running_ = false;
   int exit_code_ = 0;
   int depth_ = 0;  // runs that are on the stack
-  std::multimap<ZnTimeVal, ZnEventCallback*> timeouts_;
+  std::multimap<ZnMoment, ZnEventCallback*> timeouts_;
   std::vector<pollfd> poll_list_;
   std::unordered_map<int, ZnEventFile> files_;  // exactly the descriptors of poll_list_
 };

@@ -1,5 +1,6 @@
 #pragma once
-// Contract. A moment or a span of time.
+// Contract. A time of day, as people, clients and servers are shown it, or a span of it. Anybody may set the clock that
+// it comes from: what waits or ages goes by the moments of clock.h.
 
 #include <compare>
 #include <cstdint>
@@ -8,18 +9,16 @@ struct ZnTimeVal {
   uint32_t seconds = 0;
   uint32_t microseconds = 0;  // below 1000000
 
-  // The time of day, from the replaceable clock.
+  // The time of day, which stands still during a turn of the event loop.
   static ZnTimeVal now();
+  // The same from the host's clock itself.
+  static ZnTimeVal Read();
   // Tests run on a clock of their own: `clock` replaces the host's until null is set. Not owned.
   static void SetClock(ZnTimeVal (*clock)());
 
   bool IsZero() const { return seconds == 0 && microseconds == 0; }
   // Sums are normalised and stop at the largest time instead of wrapping.
   ZnTimeVal operator+(const ZnTimeVal& span) const;
-  ZnTimeVal PlusSeconds(uint32_t count) const { return *this + ZnTimeVal{count, 0}; }
-  ZnTimeVal PlusMilliseconds(uint32_t count) const { return *this + ZnTimeVal{count / 1000, count % 1000 * 1000}; }
-  // Milliseconds from `earlier` to this time, rounded down; negative when `earlier` is later.
-  int64_t MillisecondsSince(const ZnTimeVal& earlier) const;
 
   auto operator<=>(const ZnTimeVal&) const = default;
 };

@@ -1,6 +1,7 @@
 #pragma once
 // A one-shot timer of one owner: at most one runs, a new one replaces it, and it goes away with its owner.
 
+#include "runtime/clock.h"
 #include "runtime/event_loop.h"
 
 class ZnTimer : private ZnEventCallback {
@@ -10,11 +11,11 @@ class ZnTimer : private ZnEventCallback {
   ~ZnTimer() override { Cancel(); }
 
   bool IsSet() const { return set_; }
-  // False only when the loop can't store it.
-  bool Set(const ZnTimeVal& when) {
+  // Fires when `span` has passed from this call on. False only when the loop can't store it.
+  bool Set(ZnSteadyClock::duration span) {
     Cancel();
-    deadline_ = when;
-    set_ = loop_->AddTimeoutEvent(when, this);
+    deadline_ = ZnSteadyClock::Read() + span;
+    set_ = loop_->AddTimeoutEvent(deadline_, this);
     return set_;
   }
   void Cancel() {
@@ -32,6 +33,6 @@ class ZnTimer : private ZnEventCallback {
 
   ZnEventLoopBase* loop_;
   ZnEventCallback* callback_;
-  ZnTimeVal deadline_;
+  ZnMoment deadline_;
   bool set_ = false;
 };

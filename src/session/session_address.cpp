@@ -8,7 +8,7 @@
 namespace {
 
 constexpr uint16_t kSessionServicePort = 139;
-constexpr ZnTimeVal kNameQueryWait{0, 500000};
+constexpr std::chrono::milliseconds kNameQueryWait{500};
 constexpr int kNever = 0, kByLookOfName = 1;
 
 }  // namespace
@@ -75,11 +75,11 @@ bool ZnSMBNFSSession::AskWINS() {
   namequery_ = MakeNameQuery();
   namequery_->SetDefaults(0, kNameQueryWait);
   const ZnDList<ZnInetAddr>& servers = host_->serverconfig().winsservers;
-  return !servers.IsEmpty() && namequery_->Lookup(Server(), servers, &winscallback_, -1, ZnTimeVal(), false);
+  return !servers.IsEmpty() && namequery_->Lookup(Server(), servers, &winscallback_, -1, {}, false);
 }
 
 bool ZnSMBNFSSession::AskBroadcast() {
-  if (namequery_->Lookup(Server(), ZnNBTNameQuery::BroadcastAddresses(), &bcastcallback_, -1, ZnTimeVal(), true)) {
+  if (namequery_->Lookup(Server(), ZnNBTNameQuery::BroadcastAddresses(), &bcastcallback_, -1, {}, true)) {
     return true;
   }
   namequery_.reset();

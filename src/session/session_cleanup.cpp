@@ -8,8 +8,8 @@ using E = ZnSMBNFSEnum;
 
 namespace {
 
-bool HasPassed(const ZnTimeVal& since, int32_t seconds) {
-  return ZnTimeVal::now() > since.PlusSeconds(static_cast<uint32_t>(std::max(seconds, 0)));
+bool HasPassed(ZnMoment since, int32_t seconds) {
+  return ZnSteadyClock::now() > since + std::chrono::seconds(std::max(seconds, 0));
 }
 
 }  // namespace

@@ -39,7 +39,7 @@ void ZnSMBNFSSession::CheckConnected(Command&) {
 void ZnSMBNFSSession::ApplySettings() {
   auto seconds = static_cast<uint32_t>(std::max(config.smbtimeout, 1));
   replytimeout(seconds);
-  SetSessionTimeout({seconds, 0});
+  SetSessionTimeout(std::chrono::seconds(seconds));
   workgroup(config.domain);
   encoding(config.encoding);
 }

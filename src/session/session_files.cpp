@@ -61,7 +61,7 @@ void ZnSMBNFSSession::SetOpenMode(Command& command) {
 
 void ZnSMBNFSSession::GetOpenFile(Command& command) {
   if (ZnSMBNFSFile* file = command.node->file) {
-    file->lastused = ZnTimeVal::now();
+    file->lastused = ZnSteadyClock::now();
     file->fresh = false;
     return Advance();
   }
@@ -94,7 +94,7 @@ void ZnSMBNFSSession::OpenDone(Command& command) {
 ZnSMBNFSFile& ZnSMBNFSSession::AddFile(const ZnSMBCFileObject& opened) {
   auto file = std::make_unique<ZnSMBNFSFile>();
   static_cast<ZnSMBCFileObject&>(*file) = opened;
-  file->lastused = ZnTimeVal::now();
+  file->lastused = ZnSteadyClock::now();
   files.push_back(std::move(file));
   return *files.back();
 }

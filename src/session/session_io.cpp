@@ -67,7 +67,7 @@ bool ZnSMBNFSSession::ProcessRead(Command& command) {
   received_.Clear();
   done_ += got;
   ZnSMBNFSFile* file = command.node->file;
-  if (file) file->lastused = ZnTimeVal::now();
+  if (file) file->lastused = ZnSteadyClock::now();
   const uint64_t length = std::min<uint64_t>(command.count, kLargestFile - command.offset);
   if (done_ < length && got == chunk_ && got > 0) return true;
   EndTransfer();
@@ -107,7 +107,7 @@ bool ZnSMBNFSSession::ProcessWrite(Command& command) {
   done_ += chunk_;
   ZnSMBNFSFile* file = command.node->file;
   if (file) {
-    file->lastused = ZnTimeVal::now();
+    file->lastused = ZnSteadyClock::now();
     file->closetime = ZnTimeVal();
   }
   if (done_ < command.data.Length()) return true;

@@ -9,7 +9,7 @@ ZnSMBNFSSession::ZnSMBNFSSession(ZnSMBNFSNode* machine, ZnSMBNFSSessionHost* hos
     : ZnSMBClient(host->eventloop()), host_(host) {
   machinenode = machine;
   config = machineConfig;
-  lastactivity = ZnTimeVal::now();
+  lastactivity = ZnSteadyClock::now();
   host_->AddSession(this);
 }
 
@@ -39,7 +39,7 @@ void ZnSMBNFSSession::Request(Command* command, E::SessionCommand what) {
   ZnSMBNFSSessionBase* former = command->session;
   command->session = this;
   queue_.Append(command);
-  if (what != E::SCCleanUp) lastactivity = ZnTimeVal::now();
+  if (what != E::SCCleanUp) lastactivity = ZnSteadyClock::now();
   if (former) {  // it goes on at another machine, and the next command of the former one begins
     ZnWeakRef<ZnReferable> alive(&alive_);
     former->RemoveCommand(command);
@@ -49,7 +49,7 @@ void ZnSMBNFSSession::Request(Command* command, E::SessionCommand what) {
 }
 
 void ZnSMBNFSSession::RemoveCommand(Command* command) {
-  if (command->sessioncommand != E::SCCleanUp) lastactivity = ZnTimeVal::now();
+  if (command->sessioncommand != E::SCCleanUp) lastactivity = ZnSteadyClock::now();
   if (!queue_.Remove(command)) return;
   AbandonCall();
   busy_ = false;

@@ -62,12 +62,12 @@ void ZnSMBNFSFileSystem::BUpdateNode(ZnSMBNFSCommand* command) {
   ZnSMBNFSNode* node = command->node.Get();
   if (!node) return SendError(command, ZnNFSEnum::NFSERR_STALE);
   if (!node->IsInside()) {
-    if (node->attribtime.IsZero()) node->attribs.mtime = ZnNfsTime(ZnTimeVal::now());
+    if (node->attribtime == ZnMoment{}) node->attribs.mtime = ZnNfsTime(ZnTimeVal::now());
     return Continue(command);
   }
   ZnSMBNFSTree* tree = GetTree(node);
   if (!tree) return SendError(command, ZnNFSEnum::NFSERR_ACCES);
-  bool parentfresh = !node->parent->contentstime.IsZero();
+  bool parentfresh = node->parent->contentstime != ZnMoment{};
   if (parentfresh && ZnIsFresh(node->attribtime, tree->config.attribttl)) return Continue(command);
   GetSession(node)->Request(command, ZnSMBNFSEnum::SCRequestAttribs);
 }
@@ -103,7 +103,7 @@ void ZnSMBNFSFileSystem::UpdateNode(ZnSMBNFSNode* node, const ZnSMBCFileObject& 
   attribs.ctime = ZnNfsTime(entry.created);
   if (entry.attribs.directory && attribs.mtime.useconds == 0)
     attribs.mtime.useconds = OtherMicroseconds(lastmicroseconds);
-  node->attribtime = ZnTimeVal::now();
+  node->attribtime = ZnSteadyClock::now();
 }
 
 // What a successful write did to the file's attributes. They aren't fetched again while the file is open, and a client

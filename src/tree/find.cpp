@@ -123,7 +123,7 @@ void ZnSMBNFSFileSystem::NBFindByName(ZnSMBNFSCommand* command) {
     AddLookedUpMachine(directory.Get(), command->name);
     if (directory) found = FindByName(directory.Get(), command->name);
   }
-  if (found && directory && directory->IsUser()) found->lastused = ZnTimeVal::now();
+  if (found && directory && directory->IsUser()) found->lastused = ZnSteadyClock::now();
   command->node = found;
   if (!found || command->name == SymlinkName()) return SendError(command, ZnNFSEnum::NFSERR_NOENT);
   Continue(command);

@@ -74,6 +74,6 @@ void ZnSMBNFSFileSystem::CBUpdateDirList(ZnSMBNFSCommand* command) {
     }
   }
   command->files.Flush();
-  node->contentstime = ZnTimeVal::now();
+  node->contentstime = ZnSteadyClock::now();
   Continue(command);
 }

@@ -47,8 +47,8 @@ Configured ConfiguredMachines(const ZnSMBNFSNode& usernode) {
 }
 
 void StampContents(ZnSMBNFSNode* node) {
-  node->contentstime = ZnTimeVal::now();
-  node->attribs.mtime = ZnNfsTime(node->contentstime);
+  node->contentstime = ZnSteadyClock::now();
+  node->attribs.mtime = ZnNfsTime(ZnTimeVal::now());
 }
 
 }  // namespace
@@ -57,12 +57,12 @@ void StampContents(ZnSMBNFSNode* node) {
 // configuration changes in no other way, and a look-up shouldn't pay for all of them.
 void ZnSMBNFSFileSystem::NBUpdateMachineList(ZnSMBNFSCommand* command) {
   ZnSMBNFSNode* node = command->node.Get();
-  if (node->IsUser() && node->contentstime.IsZero()) UpdateKnownMachines(node);
+  if (node->IsUser() && node->contentstime == ZnMoment{}) UpdateKnownMachines(node);
   Continue(command);
 }
 
 void ZnSMBNFSFileSystem::AddLookedUpMachine(ZnSMBNFSNode* usernode, const ZnUniString& name) {
-  if (usernode->contentstime.IsZero()) UpdateKnownMachines(usernode);
+  if (usernode->contentstime == ZnMoment{}) UpdateKnownMachines(usernode);
   const Configured configured = ConfiguredMachines(*usernode);
   if (!configured.wildcard || !CouldBeMachine(name)) return;
   if (ContainsCaseless(configured.names, name) || HasMachine(*usernode, name)) return;
@@ -102,13 +102,13 @@ void ZnSMBNFSFileSystem::LimitLookedUpMachines(ZnSMBNFSNode* usernode,
                                                const std::unordered_set<ZnUniString>& configured) {
   size_t lookedup = 0;
   ZnSMBNFSNode* oldest = nullptr;
-  ZnTimeVal oldestuse;
+  ZnMoment oldestuse;
   for (auto& child : usernode->children) {
     if (configured.contains(child.key)) continue;
     lookedup++;
     const auto& session = child.value->session;
     if (session && session->IsConnected()) continue;
-    ZnTimeVal use = session ? std::max(session->lastactivity, child.value->lastused) : child.value->lastused;
+    ZnMoment use = session ? std::max(session->lastactivity, child.value->lastused) : child.value->lastused;
     if (!oldest || use < oldestuse) {
       oldest = child.value;
       oldestuse = use;

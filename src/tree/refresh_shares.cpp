@@ -58,8 +58,8 @@ void ZnSMBNFSFileSystem::CBUpdateShareList(ZnSMBNFSCommand* command) {
   ZnDList<ZnUniString> names = ShareNames(node->session->config, command->shares);
   PruneMissing(node.Get(), {names.begin(), names.end()});
   for (const ZnUniString& name : names) UpdateShare(node.Get(), name);
-  node->contentstime = ZnTimeVal::now();
-  node->attribs.mtime = ZnNfsTime(node->contentstime);
+  node->contentstime = ZnSteadyClock::now();
+  node->attribs.mtime = ZnNfsTime(ZnTimeVal::now());
   Continue(command);
 }
 

@@ -21,7 +21,7 @@ void ZnSMBNFSFileSystem::NBUpdateUserList(ZnSMBNFSCommand* command) {
   if (changed && error.IsEmpty()) {
     for (ZnSMBNFSSessionBase* session : sessions()) session->NeedsConfigReload(true);
   }
-  if (!changed && !root_->contentstime.IsZero()) return Continue(command);
+  if (!changed && root_->contentstime != ZnMoment{}) return Continue(command);
 
   ZnDList<ZnUniString> users;
   error = ZnSMBNFSConfig::ListUsers(users);
@@ -31,8 +31,8 @@ void ZnSMBNFSFileSystem::NBUpdateUserList(ZnSMBNFSCommand* command) {
     auto* child = root_->children.Find(name);
     if (!child || changed) UpdateUser(child ? child->node : nullptr, name);
   }
-  root_->contentstime = ZnTimeVal::now();
-  root_->attribs.mtime = ZnNfsTime(root_->contentstime);
+  root_->contentstime = ZnSteadyClock::now();
+  root_->attribs.mtime = ZnNfsTime(ZnTimeVal::now());
   Continue(command);
 }
 

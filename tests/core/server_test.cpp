@@ -221,7 +221,7 @@ TEST_F(Server, TheTimerComesAgain) {
     }
     ZnEventLoopBase* loop;
   } stopper(&loop_);
-  loop_.AddTimeoutEvent(ZnTimeVal::now().PlusMilliseconds(2200), &stopper);
+  loop_.AddTimeoutEvent(ZnSteadyClock::now() + std::chrono::milliseconds(2200), &stopper);
   EXPECT_EQ(loop_.EnterEventLoop(), 5);
 }
 

@@ -13,7 +13,8 @@
 
 namespace {
 
-const ZnTimeVal kSoon = {0, 40000}, kLate = {5, 0};
+using std::chrono::milliseconds;
+constexpr milliseconds kSoon{40}, kLate{5000};
 
 class NameQuery : public ::testing::Test, public ZnCallback<bool> {
  protected:
@@ -29,7 +30,7 @@ class NameQuery : public ::testing::Test, public ZnCallback<bool> {
     if (deleteInCallback_) query_.reset();
   }
 
-  bool Lookup(int retries, const ZnTimeVal& interval, bool broadcast = false) {
+  bool Lookup(int retries, milliseconds interval, bool broadcast = false) {
     calls_ = 0;
     result_.reset();
     return query_->Lookup(ZnMachine("fred", ZnMachine::Server), {ZnInetAddr::AddressLoopback()}, this, retries,
@@ -132,16 +133,16 @@ TEST_F(NameQuery, IdAndPortCantBeGuessed) {
 TEST_F(NameQuery, ResendsThenFails) {
   const struct {
     int retries;
-    ZnTimeVal interval;
+    milliseconds interval;
     int sent;
   } cases[] = {{0, kSoon, 1}, {2, kSoon, 3}, {-1, {}, 2}};
   query_->SetDefaults(1, kSoon);
   for (const auto& one : cases) {
-    const ZnTimeVal start = ZnTimeVal::now();
+    const ZnMoment start = ZnSteadyClock::now();
     ASSERT_TRUE(Lookup(one.retries, one.interval));
     EXPECT_TRUE(query_->IsRunning());
     EXPECT_EQ(Result(), false);
-    EXPECT_GE(ZnTimeVal::now().MillisecondsSince(start), 39 * one.sent);  // the loop's waits are rounded down
+    EXPECT_GE(ZnSteadyClock::now() - start, milliseconds(39) * one.sent);  // the loop's waits are rounded down
     const std::string first = Received();
     EXPECT_FALSE(first.empty());
     for (int i = 1; i < one.sent; i++) EXPECT_EQ(Received(), first);

@@ -15,6 +15,8 @@
 
 namespace {
 
+using namespace std::chrono_literals;
+
 using ::testing::ElementsAre;
 using enum ZnNBTSession::cbdispatch;
 using Events = std::vector<ZnNBTSession::cbdispatch>;
@@ -133,7 +135,7 @@ TEST_F(Session, ResponsesToTheRequest) {
       {"end inside a body", "82000004 00", true, {SessionDisconnected}},
       {"silence", "", false, {SessionTimedOut, SessionDisconnected}},
   };
-  session_->SetSessionTimeout({0, 300000});
+  session_->SetSessionTimeout(300ms);
   for (const auto& one : cases) {
     SCOPED_TRACE(one.name);
     Call();
@@ -216,8 +218,8 @@ TEST_F(Session, RetargetsWithoutEndEndTheConversation) {
 }
 
 TEST_F(Session, KeepalivesGoOutWhileEstablished) {
-  session_->SetSessionTimeout({0, 400000});
-  session_->SetKeepAliveInterval({0, 20000});
+  session_->SetSessionTimeout(400ms);
+  session_->SetKeepAliveInterval(20ms);
   Establish();
   EXPECT_TRUE(loop_.RunUntil([&] { return peer_.Received().Length() >= kRequestSize + 100; }));
   EXPECT_EQ(ToHex(peer_.Received()).substr(2 * kRequestSize, 16), "8500000085000000");
@@ -225,7 +227,7 @@ TEST_F(Session, KeepalivesGoOutWhileEstablished) {
 }
 
 TEST_F(Session, NothingSurvivesIntoTheNextConversation) {
-  session_->SetKeepAliveInterval({0, 20000});
+  session_->SetKeepAliveInterval(20ms);
   Establish();
   peer_.Send("00000002 4142 00000010 43");  // a message nobody takes, and the beginning of another
   ASSERT_TRUE(HasEvents(1));
@@ -255,13 +257,13 @@ TEST_F(Session, OwnerMayDoAnythingInACallback) {
   for (const auto& one : cases) {
     for (bool again : {false, true}) {
       session_ = std::make_unique<ZnNBTSession>(&loop_, this);
-      session_->SetSessionTimeout({0, 100000});
+      session_->SetSessionTimeout(100ms);
       bool done = false;
       onEvent_ = [&](ZnNBTSession::cbdispatch event) {
         if (done || event != one.event) return;
         done = true;
         if (!again) return session_.reset();
-        session_->SetSessionTimeout({10, 0});
+        session_->SetSessionTimeout(10s);
         EXPECT_TRUE(session_->Connect(peer_.Machine()));
       };
       Call();

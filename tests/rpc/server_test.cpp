@@ -16,8 +16,8 @@ using namespace ZnRPCEnum;
 class StandInLoop : public ZnEventLoopBase {
  public:
   int EnterEventLoop() override { return 0; }
-  bool AddTimeoutEvent(const ZnTimeVal&, ZnEventCallback*) override { return false; }
-  bool RemoveTimeoutEvent(const ZnTimeVal&, ZnEventCallback*) override { return false; }
+  bool AddTimeoutEvent(ZnMoment, ZnEventCallback*) override { return false; }
+  bool RemoveTimeoutEvent(ZnMoment, ZnEventCallback*) override { return false; }
   bool AddFileEvent(unsigned, bool read, bool write, ZnEventCallback* added) override {
     EXPECT_NE(read, write);
     (read ? callback : writer) = added;

@@ -12,13 +12,20 @@
 #include <vector>
 
 #include "runtime/poll_event_loop.h"
+#include "runtime/time_val.h"
+#include "runtime/timer.h"
 #include "runtime/unix_process.h"
 
 namespace {
 
 using ::testing::ElementsAre;
 
-ZnTimeVal fake_now;
+ZnMoment fake_now;
+
+constexpr ZnMoment At(int64_t seconds, int64_t microseconds = 0) {
+  return ZnMoment(std::chrono::seconds(seconds) + std::chrono::microseconds(microseconds));
+}
+constexpr ZnMoment kLatest = At(UINT_MAX);
 
 class Callback : public ZnEventCallback {
  public:
@@ -81,10 +88,13 @@ class ScriptedLoop : public ZnEventLoop {
 class EventLoop : public ::testing::Test {
  protected:
   EventLoop() {
-    fake_now = {1000, 500000};
-    ZnTimeVal::SetClock([] { return fake_now; });
+    fake_now = At(1000, 500000);
+    ZnSteadyClock::SetClock([] { return fake_now; });
   }
-  ~EventLoop() override { ZnTimeVal::SetClock(nullptr); }
+  ~EventLoop() override {
+    ZnSteadyClock::SetClock(nullptr);
+    ZnTimeVal::SetClock(nullptr);
+  }
 
   // A callback that notes its name.
   Callback Note(const std::string& name) {
@@ -97,22 +107,22 @@ class EventLoop : public ::testing::Test {
 };
 
 TEST_F(EventLoop, TimeOutIsTheWaitForTheFirstTimer) {
-  const std::pair<ZnTimeVal, int> cases[] = {{{1000, 500999}, 0},    {{1000, 501999}, 1}, {{1001, 400000}, 900},
-                                             {{1000, 499999}, 0},    {{3, 0}, 0},         {{1002, 500000}, 2000},
-                                             {{9000000, 0}, INT_MAX}};
+  const std::pair<ZnMoment, int> cases[] = {
+      {At(1000, 500999), 0},    {At(1000, 501999), 1}, {At(1001, 400000), 900}, {At(1000, 499999), 0}, {At(3), 0},
+      {At(1002, 500000), 2000}, {At(9000000), INT_MAX}};
   for (const auto& [when, timeout] : cases) {
     Callback timer = Note("timer");
     ScriptedLoop one{&process};
-    one.AddTimeoutEvent({UINT_MAX, 999999}, &timer);
+    one.AddTimeoutEvent(kLatest, &timer);
     one.AddTimeoutEvent(when, &timer);
     one.EnterEventLoop();
-    EXPECT_THAT(one.timeouts, ElementsAre(timeout)) << when.seconds << "." << when.microseconds;
+    EXPECT_THAT(one.timeouts, ElementsAre(timeout)) << when.time_since_epoch().count();
   }
   loop.EnterEventLoop();
   EXPECT_THAT(loop.timeouts, ElementsAre(-1));
   // A wait that poll can't take in one is continued.
   Callback late = Note("late");
-  loop.AddTimeoutEvent({UINT_MAX, 0}, &late);
+  loop.AddTimeoutEvent(kLatest, &late);
   loop.TimesOut().EnterEventLoop();
   EXPECT_THAT(seen, ElementsAre());
 }
@@ -121,13 +131,13 @@ TEST_F(EventLoop, DueTimersFireOneATurnAndWaitWhileDescriptorsAreReady) {
   Callback late = Note("late"), ready = Note("ready"), removed = Note("removed");
   Callback early([&](auto) {
     seen.emplace_back("early");
-    loop.AddTimeoutEvent({1, 0}, &late);  // in the past, and yet for the next turn
+    loop.AddTimeoutEvent(At(1), &late);  // in the past, and yet for the next turn
   });
-  loop.AddTimeoutEvent({20, 0}, &late);
-  loop.AddTimeoutEvent({10, 999999}, &early);
-  loop.AddTimeoutEvent({10, 0}, &removed);
-  EXPECT_FALSE(loop.RemoveTimeoutEvent({10, 0}, &late));
-  EXPECT_TRUE(loop.RemoveTimeoutEvent({10, 0}, &removed));
+  loop.AddTimeoutEvent(At(20), &late);
+  loop.AddTimeoutEvent(At(10, 999999), &early);
+  loop.AddTimeoutEvent(At(10), &removed);
+  EXPECT_FALSE(loop.RemoveTimeoutEvent(At(10), &late));
+  EXPECT_TRUE(loop.RemoveTimeoutEvent(At(10), &removed));
   loop.AddFileEvent(7, true, false, &ready);
   loop.Reports({{7, POLLIN}}).Reports({{7, POLLIN}}).TimesOut().Reports({{7, POLLIN}}).TimesOut().TimesOut().TimesOut();
   loop.EnterEventLoop();
@@ -263,12 +273,45 @@ TEST_F(EventLoop, SignalJustBeforePollIsActedOnInTheNextTurn) {
   signal(SIGUSR1, SIG_DFL);
 }
 
-TEST(TimeVal, SumsAndDifferencesStayInRange) {
-  constexpr ZnTimeVal kLatest{UINT_MAX, 999999};
+TEST_F(EventLoop, AClockThatIsSetBackStopsNoTimer) {
+  static ZnTimeVal time_of_day;
+  time_of_day = {1795400311, 0};
+  ZnTimeVal::SetClock([] { return time_of_day; });
+  Callback due = Note("due");
+  ZnTimer timer{&loop, &due};
+  timer.Set(std::chrono::seconds(10));
+  auto set_back = [](auto&) {
+    time_of_day.seconds -= 3600;
+    fake_now += std::chrono::seconds(10);
+    return errno = EINTR, -1;
+  };
+  loop.Then(set_back).TimesOut().EnterEventLoop();
+  EXPECT_THAT(loop.timeouts, ElementsAre(10000, 0, -1));
+  EXPECT_THAT(seen, ElementsAre("due"));
+}
+
+TEST(TimeVal, SumsStayInRange) {
+  constexpr ZnTimeVal kEnd{UINT_MAX, 999999};
   EXPECT_EQ((ZnTimeVal{1, 600000} + ZnTimeVal{2, 600000}), (ZnTimeVal{4, 200000}));
-  EXPECT_EQ(kLatest + kLatest, kLatest);
-  EXPECT_EQ((ZnTimeVal{5, 0}.MillisecondsSince({3, 999001})), 1000);
-  EXPECT_EQ((ZnTimeVal{}.MillisecondsSince(kLatest)), -4294967296000);
+  EXPECT_EQ(kEnd + kEnd, kEnd);
+}
+
+TEST_F(EventLoop, TimeStandsStillDuringATurn) {
+  ZnSteadyClock::SetClock(nullptr);
+  std::vector<std::pair<ZnMoment, ZnTimeVal>> times;
+  Callback slow([&](auto) {
+    for (int i = 0; i < 2; i++) {
+      times.emplace_back(ZnSteadyClock::now(), ZnTimeVal::now());
+      usleep(2000);
+    }
+  });
+  loop.AddFileEvent(5, true, false, &slow);
+  loop.Reports({{5, POLLIN}}).Reports({{5, POLLIN}}).EnterEventLoop();
+  ASSERT_EQ(times.size(), 4U);
+  EXPECT_EQ(times[0], times[1]);
+  EXPECT_GE(times[2].first - times[0].first, std::chrono::milliseconds(4));
+  EXPECT_NE(times[2].second, times[0].second);
+  EXPECT_GT(ZnSteadyClock::now(), times[3].first) << "outside the loop time goes on";
 }
 
 }  // namespace

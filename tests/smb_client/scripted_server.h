@@ -65,7 +65,7 @@ class ScriptedServerTest : public testing::Test {
   void LetPass(uint32_t milliseconds) {
     ZnSimpleCallback<ZnEvent::cbdispatch, ScriptedServerTest> stop(this, &ScriptedServerTest::Stop);
     ZnTimer timer(&loop, &stop);
-    timer.Set(ZnTimeVal::now().PlusMilliseconds(milliseconds));
+    timer.Set(std::chrono::milliseconds(milliseconds));
     loop.EnterEventLoop();
   }
 

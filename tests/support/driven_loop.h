@@ -15,7 +15,7 @@ class DrivenLoop : public ZnEventLoop {
   bool RunUntil(std::function<bool()> done, uint32_t limit = 5000) {
     done_ = std::move(done);
     late_ = false;
-    watchdog_.Set(ZnTimeVal::now().PlusMilliseconds(limit));
+    watchdog_.Set(std::chrono::milliseconds(limit));
     EnterEventLoop();
     watchdog_.Cancel();
     return done_();

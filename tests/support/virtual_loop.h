@@ -14,17 +14,17 @@ class VirtualLoop : public ZnEventLoop {
   static constexpr int kStuck = 99;  // what a run gives that could only wait for ever
 
   VirtualLoop() : ZnEventLoop(&process_) {
-    now_ = {1000000000, 0};
-    ZnTimeVal::SetClock([] { return now_; });
+    now_ = ZnMoment(std::chrono::seconds(1000));
+    ZnSteadyClock::SetClock([] { return now_; });
   }
-  ~VirtualLoop() override { ZnTimeVal::SetClock(nullptr); }
+  ~VirtualLoop() override { ZnSteadyClock::SetClock(nullptr); }
 
  protected:
   int Poll(pollfd* list, nfds_t count, int timeout) override {
     int ready = poll(list, count, timeout == 0 ? 0 : kGrace);
     if (ready != 0 || timeout == 0) return ready;
     if (timeout > 0) {
-      now_ = now_.PlusMilliseconds(static_cast<uint32_t>(timeout) + 1);
+      now_ += std::chrono::milliseconds(timeout + 1);
       return 0;
     }
     ExitEventLoop(kStuck);
@@ -35,6 +35,6 @@ class VirtualLoop : public ZnEventLoop {
  private:
   static constexpr int kGrace = 2;  // milliseconds for bytes that are on their way through the host
 
-  inline static ZnTimeVal now_;
+  inline static ZnMoment now_;
   ZnUnixProcess process_;
 };

@@ -131,7 +131,7 @@ ZnSMBClient::Result ZnSMBClient::Transmit(const ZnPacket& message) {
     outofstep_ = true;
     return Fail(Values::ErrWrite);
   }
-  timeout_.Set(ZnTimeVal::now().PlusSeconds(replytimeout_));
+  timeout_.Set(std::chrono::seconds(replytimeout_));
   return ResultSuccess;
 }
 
