@@ -1,5 +1,6 @@
 // A user's own part of the configuration, as the user's client fetches and changes it.
 
+#include "config/key_check.h"
 #include "config/log_file.h"
 #include "config/smbnfs_config.h"
 
@@ -16,11 +17,13 @@ ZnUniString CheckKeys(const ZnDList<ZnUniString>& keys, const ZnUniString& below
   return {};
 }
 
+bool IsSetting(const ZnDList<ZnUniString>& values) { return values.Count() == 1 && !values[0].IsEmpty(); }
+
 // One value replaces what the key had, an empty one removes the key and all below it. Anything else isn't for clients
 // to say.
 void Merge(ZnDatabase& database, const ZnUniString& key, const ZnDList<ZnUniString>& values) {
   if (values.Count() != 1) return;
-  if (values[0].IsEmpty()) {
+  if (!IsSetting(values)) {
     database.RemoveKeys(key);
     return;
   }
@@ -53,10 +56,12 @@ ZnUniString ZnSMBNFSConfig::SetClientConfig(const ZnUniString& user, const ZnUni
   if (!refusal.IsEmpty()) return refusal;
 
   for (const ZnUniString& key : keys) {
-    ZnDList<ZnUniString> values;
-    changes.ListValues(key, values);
-    Merge(*nfsdb_, key, values);
+    const ZnDBEntry& entry = *changes.Find(key);
+    ZnUniString mistake = IsSetting(entry.values) ? ZnMistakeOf(key, entry) : ZnUniString();
+    if (!mistake.IsEmpty()) return mistake;
   }
+
+  for (const ZnUniString& key : keys) Merge(*nfsdb_, key, changes.Find(key)->values);
   lastchanged_ = 0;
   FlushRecords();
 

@@ -10,6 +10,9 @@ struct ZnDBEntry {
   ZnDList<ZnUniString> values;  // in order; values may repeat
   int32_t tag = 0;
   ZnUniString comment;  // the text in front of the entry: comments and white space
+  // Where the entry begins in the text that it was parsed from, from 1; 0 for one that wasn't parsed.
+  size_t line = 0;
+  size_t column = 0;
 
   // Appends all values to `list`.
   void Values(ZnDList<ZnUniString>& list) const;
@@ -34,6 +37,8 @@ class ZnDatabase {
   void ClearKey(const ZnUniString& key);
   // Adds a value behind the others, making the key if it isn't there.
   void AppendValue(const ZnUniString& key, const ZnUniString& value);
+  // Null for a key that isn't there.
+  const ZnDBEntry* Find(const ZnUniString& key) const { return entries_.Find(key); }
   // Appends the values of the key; none for a key that isn't there.
   void ListValues(const ZnUniString& key, ZnDList<ZnUniString>& list) const;
   // Removes the key and all below it; everything for an empty key.

@@ -32,6 +32,8 @@ bool ZnDBParse::Step(ZnDatabase& database) {
   switch (state_) {
     case BetweenEntries:
       key_.clear();
+      entryline_ = line_;
+      entrycolumn_ = column_;
       return Expect(u'[', InKey, kNoEntry);
     case InKey:
       TakeInto(key_, u'=', EscapedInKey, AfterKey);
@@ -65,6 +67,8 @@ void ZnDBParse::StartEntry(ZnDatabase& database) {
   entry_->values.Flush();
   entry_->comment = ZnUniString(comment_);
   entry_->tag = tag_;
+  entry_->line = entryline_;
+  entry_->column = entrycolumn_;
   comment_.clear();
 }
 

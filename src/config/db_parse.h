@@ -57,6 +57,8 @@ class ZnDBParse {
   size_t line_ = 1;
   size_t column_ = 1;
   State state_ = BetweenEntries;
+  size_t entryline_ = 1;  // where the last entry begins
+  size_t entrycolumn_ = 1;
   int error_ = kNoError;
   std::u16string comment_;  // in front of the next entry
   std::u16string key_;

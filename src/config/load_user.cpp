@@ -7,22 +7,20 @@ namespace {
 
 ZnUniString ReadUser(const ZnUniString& user, ZnSMBNFSUserConfig& config) {
   ZnRecordReader in(user);
+  config = {};
   config.username = user;
-  config.machinenames = in.List("/machinenames");
+  in.Fill(config);
   if (config.machinenames.IsEmpty()) return "No machines were specified for " + user;
-  config.notmachines = in.List("/notmachines");
-  config.logfile = ZnExpandLogFile(in.Text("/logfile"), user);
+  config.logfile = ZnExpandLogFile(config.logfile, user);
 
-  ZnUniString unixname = in.UserName("/unixname");
+  ZnUniString unixname = in.UserName("unixname");
   config.unixuser.emplace(unixname, true);
   ZnUserDatabaseIterator account;
   if (!config.unixuser->found() || !account.Find(unixname)) {
     return "Failed to find UNIX user \"" + unixname + "\" whilst loading config for " + user;
   }
   in.Owner(account.Current(), config.uid, config.gid);
-  config.unixperms = in.Permissions();
   if (config.unixperms == 0) return "The user " + user + " has been configured to be inaccessable";
-  config.rootaccess = in.Flag("/rootaccess");
   return {};
 }
 

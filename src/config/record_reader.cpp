@@ -1,38 +1,48 @@
 #include "config/record_reader.h"
 
-ZnDList<ZnUniString> ZnRecordReader::List(const ZnUniString& key) const {
-  ZnDList<ZnUniString> list;
-  ZnSMBNFSConfig::GetValue(ZnSMBNFSConfig::UserKeys(), user_, machine_, share_, key, list, 0, 999);
-  return list;
+// The keys of the daemon itself stand outside of those of users, and have no names to give way to "*".
+template <class Value, class... Bounds>
+bool ZnRecordReader::Get(const char* key, Value& value, Bounds... bounds) const {
+  if (user_.IsEmpty())
+    return ZnSMBNFSConfig::GetValue("nfsserver/" + ZnUniString(key), {}, {}, {}, {}, value, bounds...);
+  return ZnSMBNFSConfig::GetValue(ZnSMBNFSConfig::UserKeys(), user_, machine_, share_, "/" + ZnUniString(key), value,
+                                  bounds...);
 }
 
-ZnUniString ZnRecordReader::Text(const ZnUniString& key, const ZnUniString& preset) const {
+// What the profile says was checked against its range before.
+void ZnRecordReader::Read(const char* key, int32_t& number) const { Get(key, number, INT32_MIN, INT32_MAX); }
+
+void ZnRecordReader::Read(const char* key, bool& flag) const {
+  int32_t number = 0;
+  Read(key, number);
+  flag = number == 1;
+}
+
+void ZnRecordReader::Read(const char* key, ZnUniString& text) const { Get(key, text); }
+
+void ZnRecordReader::Read(const char* key, ZnDList<ZnUniString>& texts) const {
+  texts.Flush();
+  Get(key, texts, uint32_t{0}, uint32_t{999});
+}
+
+ZnDList<ZnUniString> ZnRecordReader::Texts(const char* key) const {
+  ZnDList<ZnUniString> texts;
+  Read(key, texts);
+  return texts;
+}
+
+ZnUniString ZnRecordReader::Text(const char* key, const ZnUniString& preset) const {
   ZnUniString text = preset;
-  ZnSMBNFSConfig::GetValue(ZnSMBNFSConfig::UserKeys(), user_, machine_, share_, key, text);
+  Read(key, text);
   return text;
 }
 
-ZnUniString ZnRecordReader::UserName(const ZnUniString& key) const {
+ZnUniString ZnRecordReader::UserName(const char* key) const {
   ZnUniString name = Text(key, "*");
   return name == "*" ? user_ : name;
 }
 
-int32_t ZnRecordReader::Number(const ZnUniString& key, int32_t minimum, int32_t maximum, int32_t preset) const {
-  int32_t number = preset;
-  ZnSMBNFSConfig::GetValue(ZnSMBNFSConfig::UserKeys(), user_, machine_, share_, key, number, minimum, maximum);
-  return number;
-}
-
-ZnUniString ZnRecordReader::Password(ZnUniString& password) const {
-  ZnUniString stored = Text("/password");
-  ZnUniString error = ZnSMBNFSConfig::DecryptString(stored, user_);
-  if (error.IsEmpty()) password = stored;
-  return error;
-}
-
-void ZnRecordReader::Owner(const ZnUserGroupDatabase::UserEntry& account, int32_t& uid, int32_t& gid) const {
-  uid = Number("/uid", -1, 65536, -1);
+void ZnRecordReader::Owner(const ZnUserGroupDatabase::UserEntry& account, int32_t& uid, int32_t& gid) {
   if (uid < 0) uid = static_cast<int32_t>(account.UserNumber());
-  gid = Number("/gid", -1, 65536, -1);
   if (gid < 0) gid = static_cast<int32_t>(account.GroupNumber());
 }

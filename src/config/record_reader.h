@@ -1,37 +1,47 @@
 #pragma once
-// The values of one record, read at its level of the hierarchy: of a user, of one of the user's machines, or of a
-// share.
+// The values of one record, read at its level of the hierarchy: of the daemon, of a user, of one of the user's
+// machines, or of a share.
 
+#include "config/known_keys.h"
 #include "config/smbnfs_config.h"
 #include "runtime/user_database.h"
 
 class ZnRecordReader {
  public:
-  // Maximum of numbers without one.
-  static constexpr int32_t kNoMaximum = INT32_MAX;
-
-  explicit ZnRecordReader(const ZnUniString& user, const ZnUniString& machine = {}, const ZnUniString& share = {})
+  explicit ZnRecordReader(const ZnUniString& user = {}, const ZnUniString& machine = {}, const ZnUniString& share = {})
       : user_(user), machine_(machine), share_(share) {}
 
-  // Each takes the last part of the key, with its slash. Without a single value, `preset` holds.
+  // Fills the fields of a record that known_keys.cpp names. A field whose key hasn't the values it should have stays.
+  template <class Record>
+  void Fill(Record& record) const {
+    for (const ZnKnownKey& key : ZnKnownKeys()) {
+      auto fill = [&](auto field) {
+        if constexpr (requires { record.*field; }) Read(key.name, record.*field);
+      };
+      std::visit(fill, key.field);
+    }
+  }
 
-  ZnDList<ZnUniString> List(const ZnUniString& key) const;
-  ZnUniString Text(const ZnUniString& key, const ZnUniString& preset = {}) const;
+  // The single value of a key, given by the last part of its name; `preset` without one.
+  ZnUniString Text(const char* key, const ZnUniString& preset = {}) const;
   // A text with "*" for the name of the user.
-  ZnUniString UserName(const ZnUniString& key) const;
-  // The number as it stands: the bounds tell the reader of the code what makes sense, but refuse nothing.
-  int32_t Number(const ZnUniString& key, int32_t minimum, int32_t maximum, int32_t preset = 0) const;
-  // Whether the number is 1.
-  bool Flag(const ZnUniString& key) const { return Number(key, 0, 1) == 1; }
+  ZnUniString UserName(const char* key) const;
+  // All values.
+  ZnDList<ZnUniString> Texts(const char* key) const;
 
-  // The stored password, decoded into `password`; a failure gives the reason and changes nothing.
-  ZnUniString Password(ZnUniString& password) const;
+  // Decodes a stored password in place; a failure gives the reason and changes nothing.
+  ZnUniString Decode(ZnUniString& password) const { return ZnSMBNFSConfig::DecryptString(password, user_); }
   // Owner and group: those of the account in place of negative numbers.
-  void Owner(const ZnUserGroupDatabase::UserEntry& account, int32_t& uid, int32_t& gid) const;
-  // Permission bits; 0 locks out.
-  int32_t Permissions() const { return Number("/unixperms", 1, 65536); }
+  static void Owner(const ZnUserGroupDatabase::UserEntry& account, int32_t& uid, int32_t& gid);
 
  private:
+  void Read(const char* key, int32_t& number) const;
+  void Read(const char* key, bool& flag) const;
+  void Read(const char* key, ZnUniString& text) const;
+  void Read(const char* key, ZnDList<ZnUniString>& texts) const;
+  template <class Value, class... Bounds>
+  bool Get(const char* key, Value& value, Bounds... bounds) const;
+
   ZnUniString user_;
   ZnUniString machine_;
   ZnUniString share_;

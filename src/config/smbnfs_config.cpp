@@ -5,6 +5,8 @@
 #include <cerrno>
 #include <cstring>
 
+#include "config/key_check.h"
+#include "config/known_keys.h"
 #include "runtime/file.h"
 #include "runtime/log.h"
 #include "runtime/sys_encoding.h"
@@ -20,6 +22,7 @@ ZnUniString ZnSMBNFSConfig::proffile_;
 ZnUniString ZnSMBNFSConfig::userfile_;
 ZnUniString ZnSMBNFSConfig::cmdline_;
 ZnUniString ZnSMBNFSConfig::usercontents_;
+ZnDList<ZnUniString> ZnSMBNFSConfig::warnings_;
 int64_t ZnSMBNFSConfig::lastchanged_ = 0;
 bool ZnSMBNFSConfig::usecaches_ = false;
 ZnSMBNFSConfig::Records<ZnSMBNFSUserConfig> ZnSMBNFSConfig::usercache_;
@@ -27,6 +30,9 @@ ZnSMBNFSConfig::Records<ZnSMBNFSMachineConfig> ZnSMBNFSConfig::machcache_;
 ZnSMBNFSConfig::Records<ZnSMBNFSShareConfig> ZnSMBNFSConfig::sharecache_;
 
 namespace {
+
+// Some editors begin a text with it.
+constexpr char16_t kByteOrderMark = 0xFEFF;
 
 // The time of the profile's last modification; a failure gives the reason.
 ZnUniString ReadModificationTime(const ZnUniString& path, int64_t& seconds) {
@@ -43,6 +49,7 @@ bool ReadText(const ZnUniString& path, ZnUniString& text) {
   ZnByteBuffer contents;
   if (!ZnFile::ReadFile(path, contents)) return false;
   text = ZnUniString::CreateFrom(contents, ZnCodeset::Utf8);
+  if (text.View().starts_with(kByteOrderMark)) text.Remove(0, 1);
   return true;
 }
 
@@ -60,29 +67,44 @@ ZnUniString ZnSMBNFSConfig::Initialise(const ZnUniString& proffile, const ZnUniS
 }
 
 ZnUniString ZnSMBNFSConfig::LoadConfig() {
-  FlushRecords();
   ZnUniString profile;
+  ZnUniString user;
   if (!ReadText(proffile_, profile)) return "Failed to read from config file: " + proffile_;
-  usercontents_ = ZnUniString();
-  ReadText(userfile_, usercontents_);  // one that isn't there has nothing to say
+  ReadText(userfile_, user);  // one that isn't there has nothing to say
 
   const struct {
     ZnUniString text;
     ZnUniString failure;
   } layers[] = {
-      {defaults, "Failed to parse defaults: "},
-      {usercontents_, "Failed to parse contents of user file: " + userfile_ + "\n"},
+      {ZnDefaultsText(), "Failed to parse defaults: "},
+      {user, "Failed to parse contents of user file: " + userfile_ + "\n"},
       {profile, "Failed to parse contents of config file: " + proffile_ + "\n"},
       {cmdline_, "Failed to parse command line arguments: "},
   };
-  nfsdb_ = std::make_unique<ZnDatabase>();
+  auto database = std::make_unique<ZnDatabase>();
+  ZnDList<ZnUniString> warnings;
   for (const auto& layer : layers) {
-    if (!nfsdb_->FromString(layer.text, 0)) return layer.failure + nfsdb_->ErrorString();
+    ZnUniString error = AddLayer(*database, layer.text, warnings);
+    if (!error.IsEmpty()) return layer.failure + error;
   }
+  nfsdb_ = std::move(database);
+  usercontents_ = user;
+  warnings_ = warnings;
+  FlushRecords();
 
   ZnDList<ZnUniString> filters;
   GetValue("nfsserver/logging/filters", {}, {}, {}, {}, filters, 0, 999);
   ZnLog::SetupFilters(filters, false);
+  return {};
+}
+
+ZnUniString ZnSMBNFSConfig::AddLayer(ZnDatabase& database, const ZnUniString& text, ZnDList<ZnUniString>& warnings) {
+  ZnDatabase layer;
+  if (!layer.FromString(text, 0)) return layer.ErrorString();
+  const ZnKeyFindings findings = ZnCheckKeys(layer);
+  if (!findings.mistakes.IsEmpty()) return findings.mistakes;
+  for (const ZnUniString& warning : findings.warnings) warnings.Append(warning);
+  database.FromString(text, 0);
   return {};
 }
 

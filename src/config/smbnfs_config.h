@@ -2,7 +2,7 @@
 // The configuration of the daemon: four layers of text in one database, and the records that everybody else works with.
 //
 // The layers, each replacing whole keys of those before: the built-in defaults, the user file, the profile, the command
-// line. They are read once, by Initialise. Functions that give a text give the reason of a failure, and an empty text
+// line. Functions that give a text give the reason of a failure, and an empty text
 // for success; the reasons are shown to people.
 
 #include <cstdint>
@@ -18,14 +18,16 @@
 
 class ZnSMBNFSConfig {
  public:
-  // The text of the first layer, and the lines at the head of a profile.
-  static const char* const defaults;
+  // The lines at the head of a profile.
   static const char* const headertext;
 
   // Reads the profile and the user file, a path each (the user file needn't exist), and parses the layers. `useCaches`:
-  // finished records are kept and given out again until the configuration changes.
+  // finished records are kept and given out again until the configuration changes. A text with a mistake in its form or
+  // in a number is refused as a whole, with the place of the mistake.
   static ZnUniString Initialise(const ZnUniString& proffile, const ZnUniString& userfile, const ZnUniString& cmdline,
                                 bool useCaches);
+  // What whoever wrote the texts should know, a line each: keys that nobody reads.
+  static const ZnDList<ZnUniString>& Warnings() { return warnings_; }
   // Whether the configuration changed since the last look: the profile's time of modification did, or SetClientConfig
   // was called. Nothing is read: it is the sign for sessions to load their records again.
   static ZnUniString Refresh(bool& changed);
@@ -96,6 +98,8 @@ class ZnSMBNFSConfig {
   // The prefix of all keys of users.
   static const ZnUniString& UserKeys();
   static ZnUniString LoadConfig();
+  // Adds the text of a layer; a failure gives the reason and adds nothing of it.
+  static ZnUniString AddLayer(ZnDatabase& database, const ZnUniString& text, ZnDList<ZnUniString>& warnings);
   static void FlushRecords();
   // Fills `config` from the cache, or by `read`, which gives the reason of a failure.
   template <class Record, class Read>
@@ -115,7 +119,8 @@ class ZnSMBNFSConfig {
   static ZnUniString userfile_;
   static ZnUniString cmdline_;
   static ZnUniString usercontents_;  // the user file's text
-  static int64_t lastchanged_;       // the profile's time of modification; 0 makes Refresh see a change
+  static ZnDList<ZnUniString> warnings_;
+  static int64_t lastchanged_;  // the profile's time of modification; 0 makes Refresh see a change
 
   // Finished records by the names they are of, joined with slashes; empty without useCaches.
   static bool usecaches_;

@@ -109,6 +109,7 @@ int main(int argc, char** argv) {
   NameProcessInLog();
 
   ExitUnlessInitialised(ZnSMBNFSConfig::Initialise(profile, "", "", false));
+  for (const ZnUniString& warning : ZnSMBNFSConfig::Warnings()) Log407(warning);
   ZnSMBNFSServerConfig config;
   ExitUnlessInitialised(ZnSMBNFSConfig::LoadServer(config));
   ZnRPCString::rpcenc = config.rpcencoding;

@@ -107,3 +107,5 @@ void Log405(const ZnUniString& share, const ZnUniString& machine, const ZnUniStr
 void Log406(const ZnUniString& reason) {
   WriteError(kError, " config/controller/failure\n", "Bad configuration for controller: ", reason);
 }
+
+void Log407(const ZnUniString& warning) { WriteError(kNotice, " config/profile/warning\n", warning); }

@@ -46,3 +46,4 @@ void Log403(const ZnUniString& address);
 void Log404(const ZnUniString& machine, const ZnUniString& reason);
 void Log405(const ZnUniString& share, const ZnUniString& machine, const ZnUniString& reason);
 void Log406(const ZnUniString& reason);
+void Log407(const ZnUniString& warning);  // what looks like a mistake in the profile, and ends nothing

@@ -7,15 +7,14 @@
 
 #include <map>
 #include <regex>
-#include <set>
 #include <sstream>
 
 #include "config/config_fixture.h"
+#include "config/known_keys.h"
 
 namespace {
 
 const std::string kNone = "none";
-const std::string kUsers = "nfsserver/shares/smb/";
 
 std::string FileText(const std::string& path) {
   std::ifstream file(std::string(HALDEN_SOURCE_DIR) + "/" + path);
@@ -40,36 +39,11 @@ std::map<std::string, std::string> DocumentedKeys() {
   return keys;
 }
 
-TEST(ConfigurationDocument, HasTheDefaultsAsTheyAre) {
-  std::set<std::string> documented, defaults;
-  for (const auto& [key, values] : DocumentedKeys())
-    if (values != kNone) documented.insert("[" + key + "={" + values + "}]");
-  std::istringstream builtin(ZnSMBNFSConfig::defaults);
-  for (std::string line; std::getline(builtin, line);)
-    if (!line.empty()) defaults.insert(line);
-  EXPECT_EQ(documented, defaults);
-  EXPECT_GT(documented.size(), 60U);
-}
-
-// Keys without a default are found where they are read.
-TEST(ConfigurationDocument, HasEveryKeyThatIsRead) {
-  const auto keys = DocumentedKeys();
-  const std::map<std::string, std::string> readers = {
-      {"load_user.cpp", "*/"}, {"load_machine.cpp", "*/*/"}, {"load_share.cpp", "*/*/*/"}};
-  static const std::regex name("\"/([a-z]+)\""), whole("\"(nfsserver/[a-z]+/[a-z/]+)\"");
-  size_t read = 0;
-  for (const auto& [file, level] : readers) {
-    const std::string source = FileText("src/config/" + file);
-    for (std::sregex_iterator i(source.begin(), source.end(), name), end; i != end; ++i, read++)
-      EXPECT_TRUE(keys.contains(kUsers + level + i->str(1))) << level << i->str(1);
-  }
-  for (const char* file :
-       {"config/load_server.cpp", "config/smbnfs_config.cpp", "config/client_config.cpp", "tree/find.cpp"}) {
-    const std::string source = FileText(std::string("src/") + file);
-    for (std::sregex_iterator i(source.begin(), source.end(), whole), end; i != end; ++i, read++)
-      EXPECT_TRUE(i->str(1).starts_with("nfsserver/shares/") || keys.contains(i->str(1))) << i->str(1);
-  }
-  EXPECT_GT(read, 50U);
+TEST(ConfigurationDocument, HasTheKnownKeysWithTheirDefaults) {
+  std::map<std::string, std::string> known;
+  for (const ZnKnownKey& key : ZnKnownKeys()) known[key.Full().AsUtf8()] = key.preset ? key.preset : kNone;
+  EXPECT_EQ(DocumentedKeys(), known);
+  EXPECT_EQ(known.size(), ZnKnownKeys().size());
 }
 
 class SampleProfile : public ConfigTest {};
@@ -87,6 +61,7 @@ TEST_F(SampleProfile, LoadsWithUtf8NamesAndItsPassword) {
   EXPECT_EQ(ZnSMBNFSConfig::LoadUserConfig("fred", user).AsUtf8(), "");
   EXPECT_EQ(Joined(user.machinenames), "pc1");
   EXPECT_EQ(ZnSMBNFSConfig::LoadMachineConfig("fred", "pc1", machine).AsUtf8(), "");
+  EXPECT_EQ(Joined(ZnSMBNFSConfig::Warnings()), "");
   EXPECT_EQ(machine.winname.AsUtf8() + ":" + machine.password.AsUtf8(), "Fred:change me");
   EXPECT_TRUE(ZnSMBNFSConfig::CheckValueExistsInConfig("fred", "pc1", "docs"));
 }

