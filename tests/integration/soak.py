@@ -1,17 +1,19 @@
 #!/usr/bin/python3
 """A long random walk through the whole road, and what it leaves behind in the daemon.
 
-    HALDEN_BIN_DIR=build/bin tests/integration/soak.py [--calls 100000] [--seed N]
+    HALDEN_BIN_DIR=build/bin tests/integration/soak.py [--calls 100000] [--seed N] [--restarts]
 
 Two machines in turns, with session time-outs so short that each one's session has ended when its turn comes again:
 the walk passes through hundreds of connections. What is read must be what was written, and in the end the disks are
-compared. Prints the daemon's resident size and descriptors; fails when they grow after the first tenth.
+compared. Prints the daemon's resident size and descriptors; fails when they grow: from the first tenth to the end, or,
+where the daemon is restarted, from one of its lives to the next.
 """
 
 import argparse
 import os
 import pathlib
 import random
+import signal
 import sys
 import time
 
@@ -43,36 +45,61 @@ def is_connected(peer):
 def main():
     parser = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
     parser.add_argument("--calls", type=int, default=100000)
+    parser.add_argument("--restarts", action="store_true",
+                        help="kill and start a server before each turn, and the daemon before each tenth")
     parser.add_argument("--seed", type=int, default=random.SystemRandom().getrandbits(32))
     options = parser.parse_args()
     print(f"seed {options.seed}")
     with Gateway({"one": {}, "two": {}}, SETTINGS) as gateway:
         walks = {machine: RandomWalk(gateway.nfs, gateway.share(machine), options.seed + number)
                  for number, machine in enumerate(gateway.peers)}
-        soak(gateway, walks, options.calls)
+        soak(gateway, walks, options.calls, options.restarts)
         for machine, walk in walks.items():
             walk.check_disk(gateway.disk(machine))
 
 
-def soak(gateway, walks, most_calls):
-    pid = gateway.daemon.pid
+def turns(gateway, walks, restarts):
+    """Steps for a while at each machine. Gives how many calls were made, and how many other sessions had ended."""
+    calls = ended = 0
+    for machine, walk in walks.items():
+        if restarts:
+            gateway.peers[machine].restart()
+        before = walk.calls
+        end = time.monotonic() + TURN_SECONDS
+        while time.monotonic() < end:
+            walk.step()
+        calls += walk.calls - before
+        ended += sum(not is_connected(peer) for name, peer in gateway.peers.items() if name != machine)
+    return calls, ended
+
+
+def new_life(gateway, walks):
+    """The daemon is killed and started; all handles but the root's are looked up again."""
+    gateway.daemon.stop(signal.SIGKILL)
+    gateway.daemon.start()
+    gateway.nfs.getattr(gateway.root)
+    for machine, walk in walks.items():
+        walk.forget_handles(gateway.share(machine))
+
+
+def soak(gateway, walks, most_calls, restarts):
     began = time.monotonic()
-    calls = ended = early = 0
+    calls = ended = lives = 0
+    early = None  # resident size and descriptors after a tenth of the calls, which is one life
     while calls < most_calls:
-        for machine, walk in walks.items():
-            before = walk.calls
-            end = time.monotonic() + TURN_SECONDS
-            while time.monotonic() < end:
-                walk.step()
-            calls += walk.calls - before
-            ended += sum(not is_connected(peer) for name, peer in gateway.peers.items() if name != machine)
-        size = gateway.daemon.resident()
-        print(f"{time.monotonic() - began:6.0f} s {calls:7} calls {ended:4} sessions ended  {size:6} KiB resident "
-              f"{descriptors(pid):3} descriptors", flush=True)
-        if not early and calls >= most_calls / 10:
-            early, early_descriptors = size, descriptors(pid)
-    assert size - early <= MOST_GROWTH, f"the daemon has grown from {early} to {size} KiB"
-    assert descriptors(pid) <= early_descriptors, "the daemon has left descriptors open"
+        more = turns(gateway, walks, restarts)
+        calls, ended = calls + more[0], ended + more[1]
+        now = gateway.daemon.resident(), descriptors(gateway.daemon.pid)
+        print(f"{time.monotonic() - began:6.0f} s {calls:7} calls {ended:4} sessions ended  {now[0]:6} KiB resident "
+              f"{now[1]:3} descriptors", flush=True)
+        if calls < (lives + 1) * most_calls / 10:
+            continue
+        lives += 1
+        early = early or now
+        assert now[0] - early[0] <= MOST_GROWTH, f"the daemon has grown from {early[0]} to {now[0]} KiB"
+        assert now[1] <= early[1], "the daemon has left descriptors open"
+        if restarts:
+            new_life(gateway, walks)
     assert ended > 0, "no session ended"
 
 

@@ -14,44 +14,12 @@ import pytest
 sys.path.insert(0, str(pathlib.Path(__file__).parents[1] / "support"))
 from daemon import sanitized  # noqa: E402
 from gateway import UNIX_USER, Gateway, wait_until  # noqa: E402
-from nfs_raw import NfsError, opaque, u32  # noqa: E402
+from nfs_raw import opaque, status, u32  # noqa: E402
 
 BLOCK = 8192
 BLOCKS = (64 << 20) // BLOCK // (16 if sanitized() else 1)
 STOPPED_SECONDS = float(os.environ.get("HALDEN_STOPPED_SECONDS", 5))
 TIMEOUT = 2
-
-
-def status(call, *arguments, **named):
-    try:
-        call(*arguments, **named)
-    except NfsError as error:
-        return error.status
-    return 0
-
-
-def smbd_processes(peer):
-    """Those of its connections, and at the end smbd itself."""
-    smbd = peer.processes[0].pid
-    return [*map(int, pathlib.Path(f"/proc/{smbd}/task/{smbd}/children").read_text().split()), smbd]
-
-
-def signal_smbd(peer, number):
-    for pid in smbd_processes(peer):
-        os.kill(pid, number)
-
-
-def hang_up(peer):
-    serving = smbd_processes(peer)[:-1]
-    for pid in serving:
-        os.kill(pid, signal.SIGKILL)
-    assert wait_until(lambda: not set(serving) & set(smbd_processes(peer)))
-
-
-def restart(peer):
-    signal_smbd(peer, signal.SIGKILL)
-    peer.processes.pop(0).wait()
-    peer._start_smbd()
 
 
 def test_a_server_killed_in_the_middle_of_a_large_write():
@@ -63,9 +31,9 @@ def test_a_server_killed_in_the_middle_of_a_large_write():
         def writes():
             for i in range(BLOCKS):
                 if i == BLOCKS // 2 - 1:  # stopped first, so that a call is surely under way when it dies
-                    signal_smbd(peer, signal.SIGSTOP)
+                    peer.signal(signal.SIGSTOP)
                 if i == BLOCKS // 2:
-                    restart(peer)
+                    peer.restart()
                 yield "write", file + u32(0, i * BLOCK, 0) + opaque(data[i * BLOCK:(i + 1) * BLOCK])
 
         codes = [code for code, _ in nfs.pipelined(writes(), 8)]
@@ -87,7 +55,7 @@ def test_a_server_that_stops_for_a_while():
         stopped, other = (nfs.create(gateway.share(machine), "f", mode=0o644).file for machine in ("pc", "other"))
         for file in (stopped, other):
             nfs.write(file, 0, b"before")
-        signal_smbd(peer, signal.SIGSTOP)
+        peer.signal(signal.SIGSTOP)
         try:
             end = time.monotonic() + STOPPED_SECONDS
             with gateway.daemon.client(**gateway.client_options) as second:
@@ -100,7 +68,7 @@ def test_a_server_that_stops_for_a_while():
                     assert [second.finish(xid).u32() for xid in waiting] == [13, 13]
                     assert time.monotonic() - began < 3 * TIMEOUT + 1
         finally:
-            signal_smbd(peer, signal.SIGCONT)
+            peer.signal(signal.SIGCONT)
         assert wait_until(lambda: status(nfs.read, stopped) == 0)
         assert nfs.read(stopped).data == b"before"
         assert nfs.write(stopped, 6, b" after").size == 12
@@ -111,10 +79,10 @@ def test_a_server_that_stops_for_a_while():
 def test_a_short_stop_is_only_waited_for():
     with Gateway() as gateway:
         file = gateway.nfs.create(gateway.share(), "f", mode=0o644).file
-        signal_smbd(gateway.peers["pc"], signal.SIGSTOP)
+        gateway.peers["pc"].signal(signal.SIGSTOP)
         calls = [gateway.nfs.start(100003, 2, 8, file + u32(0, i, 0) + opaque(b"%d" % i)) for i in range(10)]
         time.sleep(2)
-        signal_smbd(gateway.peers["pc"], signal.SIGCONT)
+        gateway.peers["pc"].signal(signal.SIGCONT)
         assert [gateway.nfs.finish(call).u32() for call in calls] == [0] * 10
         assert (gateway.disk() / "f").read_bytes() == b"0123456789"
         assert gateway.errors() == ""
@@ -130,10 +98,10 @@ def test_a_server_that_closes_idle_connections():
                  (nfs.symlink, share, "link", "to"), (nfs.rename, share, "new", share, "newer"),
                  (nfs.remove, share, "newer"), (nfs.rmdir, share, "dir")]
         for call, *arguments in calls:
-            hang_up(gateway.peers["pc"])
+            gateway.peers["pc"].hang_up()
             time.sleep(0.05)
             assert (call.__name__, status(call, *arguments)) == (call.__name__, 0)
-        hang_up(gateway.peers["pc"])
+        gateway.peers["pc"].hang_up()
         assert nfs.setattr(file, size=1, mtime=(1_000_000_000, 0)).size == 1
         assert sorted(path.name for path in gateway.disk().iterdir()) == ["-)link", "f"]
         assert gateway.errors() == ""

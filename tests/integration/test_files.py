@@ -12,7 +12,7 @@ import pytest
 
 sys.path.insert(0, str(pathlib.Path(__file__).parents[1] / "support"))
 from gateway import UNIX_USER, Gateway, wait_until  # noqa: E402
-from nfs_raw import NfsError  # noqa: E402
+from nfs_raw import status  # noqa: E402
 
 EAGER = "[{user}/*/*/attribttl={(0)}]\n[{user}/*/*/contentsttl={(0)}]\n"
 
@@ -35,15 +35,6 @@ def place(gateway, request):
     folder = gateway.disk() / name
     folder.mkdir()
     return gateway.nfs.lookup(gateway.share(), name).file, folder
-
-
-def status(call, *arguments, **named):
-    """The NFS status of a call: 0, or that of its refusal."""
-    try:
-        call(*arguments, **named)
-    except NfsError as error:
-        return error.status
-    return 0
 
 
 def names(nfs, directory):

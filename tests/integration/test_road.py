@@ -11,7 +11,7 @@ import pytest
 sys.path.insert(0, str(pathlib.Path(__file__).parents[1] / "support"))
 from daemon import sanitized  # noqa: E402
 from gateway import UNIX_USER, Gateway  # noqa: E402
-from nfs_raw import NfsError, opaque, u32  # noqa: E402
+from nfs_raw import opaque, status, u32  # noqa: E402
 
 SLOWNESS = 8 if sanitized() else 1
 MIB = 1 << 20
@@ -34,14 +34,6 @@ def place(gateway, request):
     """A directory of the test's own: its handle and its folder on the server's disk."""
     name = request.node.name
     return gateway.nfs.mkdir(gateway.share(), name, mode=0o755).file, gateway.disk() / name
-
-
-def status(call, *arguments, **named):
-    try:
-        call(*arguments, **named)
-    except NfsError as error:
-        return error.status
-    return 0
 
 
 def names(nfs, directory, count=8192):

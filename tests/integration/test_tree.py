@@ -8,7 +8,7 @@ import pytest
 
 sys.path.insert(0, str(pathlib.Path(__file__).parents[1] / "support"))
 from daemon import Daemon  # noqa: E402
-from nfs_raw import NfsError  # noqa: E402
+from nfs_raw import status  # noqa: E402
 
 ROOT = b"the root of a test".ljust(32, b"\0")
 USERS = ["ann", "bob", "eve"]
@@ -45,14 +45,6 @@ def nfs(daemon):
     with daemon.client(uid=OWNER.pw_uid, timeout=30, encoding="utf-8") as client:
         client.getattr(ROOT)
         yield client
-
-
-def status(call, *arguments):
-    try:
-        call(*arguments)
-    except NfsError as error:
-        return error.status
-    return 0
 
 
 def names(nfs, directory, count=8192):

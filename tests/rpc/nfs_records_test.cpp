@@ -19,9 +19,6 @@ const ZnNFSFattr kFattr{{}, NFREG, 0100644, 1, 2, 3, 4, 5, 6, 7, 8, 9, {{}, 10, 
   "00000001 000081a4 00000001 00000002 00000003 00000004 00000005 00000006 00000007 00000008" \
   "00000009 0000000a 0000000b 0000000c 0000000d 0000000e 0000000f"
 
-const ZnNFSSattr kSattr{{}, 0600, 1, 2, 3, {{}, 4, 5}, {{}, 0xFFFFFFFF, 0xFFFFFFFF}};
-#define SATTR_HEX "00000180 00000001 00000002 00000003 00000004 00000005 ffffffff ffffffff"
-
 TEST(NfsRecords, Results) {
   CheckRecord(ZnNFSAttrstat{{}, NFS_OK, kFattr}, "00000000" FATTR_HEX);
   CheckRecord(ZnNFSAttrstat{{}, NFSERR_NOENT, {}}, "00000002");
@@ -36,31 +33,6 @@ TEST(NfsRecords, Results) {
   CheckRecord(ZnNFSReaddirres{{}, NFS_OK, {}, true}, "00000000 00000000 00000001");
   CheckRecord(ZnNFSStatfsres{{}, NFS_OK, 8192, 512, 3, 2, 1}, "00000000 00002000 00000200 00000003 00000002 00000001");
   CheckRecord(ZnNFSMountres{{}, NFS_OK, Handle()}, "00000000" HANDLE_HEX);
-}
-
-TEST(NfsRecords, Arguments) {
-  const ZnNFSDiropargs from{{}, Handle(), "from"}, to{{}, Handle(), "to"};
-#define FROM_HEX HANDLE_HEX "00000004 66726f6d"
-#define TO_HEX HANDLE_HEX "00000002 746f0000"
-  CheckRecord(to, TO_HEX);
-  CheckRecord(ZnNFSSattrargs{{}, Handle(), kSattr}, HANDLE_HEX SATTR_HEX);
-  CheckRecord(ZnNFSReadargs{{}, Handle(), 1, 2, 3}, HANDLE_HEX "00000001 00000002 00000003");
-  CheckRecord(ZnNFSWriteargs{{}, Handle(), 1, 2, 3, Hex("a1a2a3a4a5")},
-              HANDLE_HEX "00000001 00000002 00000003 00000005 a1a2a3a4 a5000000");
-  CheckRecord(ZnNFSCreateargs{{}, to, kSattr}, TO_HEX SATTR_HEX);
-  CheckRecord(ZnNFSRenameargs{{}, from, to}, FROM_HEX TO_HEX);
-  CheckRecord(ZnNFSLinkargs{{}, Handle(), to}, HANDLE_HEX TO_HEX);
-  CheckRecord(ZnNFSSymlinkargs{{}, from, "x/y", kSattr}, FROM_HEX "00000003 782f7900" SATTR_HEX);
-  CheckRecord(ZnNFSReaddirargs{{}, Handle(), 1, 2}, HANDLE_HEX "00000001 00000002");
-  CheckRecord(ZnNFSMountargs{{}, "/a"}, "00000002 2f610000");
-}
-
-TEST(NfsRecords, MountLists) {
-  CheckRecord(ZnNFSMountEntry{{}, "h", "/d"}, "00000001 68000000 00000002 2f640000");
-  CheckRecord(ZnNFSList<ZnNFSMountGroup>{{{}, "a"}, {{}, ""}}, "00000001 00000001 61000000 00000001 00000000 00000000");
-  ZnNFSMountExport exported{{}, "/d", {{{}, "g"}}};
-#define EXPORT_HEX "00000002 2f640000 00000001 00000001 67000000 00000000"
-  CheckRecord(ZnNFSMountExports{{}, {exported, exported}}, "00000001" EXPORT_HEX "00000001" EXPORT_HEX "00000000");
 }
 
 TEST(NfsRecords, DataLongerThanTheDatagramIsRefusedUnread) {

@@ -3,7 +3,6 @@
 
 #include <gtest/gtest.h>
 
-#include <set>
 #include <vector>
 
 #include "rpc/nfs_server.h"
@@ -49,8 +48,6 @@ class RecordingServer : public ZnNFSServer {
 };
 
 // The replies to a call with xid 12345678.
-constexpr const char* kSuccess = "123456780000000100000000000000000000000000000000";
-constexpr const char* kProcUnavail = "123456780000000100000000000000000000000000000003";
 constexpr const char* kGarbageArgs = "123456780000000100000000000000000000000000000004";
 
 class NfsServerTest : public testing::Test {
@@ -113,29 +110,6 @@ TEST_F(NfsServerTest, TheLargestWriteOfACallerWithSixteenGroupsArrivesWhole) {
   Send(Call(100003, 2, 8, args.Pack()));
   EXPECT_TRUE(server.written.IsEmpty());
   EXPECT_EQ(Reply(), kGarbageArgs);
-}
-
-TEST_F(NfsServerTest, DefaultAnswersToWholeArgumentsOnly) {
-  const struct {
-    uint32_t program, version;
-    std::vector<size_t> sizes;  // of the shortest arguments of each procedure; all of them zeros
-    std::set<size_t> succeed;
-  } programs[] = {
-      {100003, 2, {0, 32, 64, 0, 36, 32, 44, 0, 48, 68, 36, 72, 68, 72, 68, 36, 40, 32, 0}, {0, 3, 7}},
-      {100005, 1, {0, 4, 0, 4, 0, 0}, {0}},
-  };
-  for (const auto& [program, version, sizes, succeed] : programs) {
-    for (uint32_t procedure = 0; procedure < sizes.size(); procedure++) {
-      SCOPED_TRACE(std::to_string(program) + " " + std::to_string(procedure));
-      ZnPacket arguments;
-      for (; arguments.Length() < sizes[procedure]; arguments.Append(uint8_t{0})) {
-        Send(Call(program, version, procedure, arguments));
-        EXPECT_EQ(Reply(), kGarbageArgs) << arguments.Length();
-      }
-      Send(Call(program, version, procedure, arguments));
-      EXPECT_EQ(Reply(), succeed.contains(procedure) ? kSuccess : kProcUnavail);
-    }
-  }
 }
 
 TEST_F(NfsServerTest, RepliesMayLeaveLaterAndHoldNothingOfEarlierOnes) {

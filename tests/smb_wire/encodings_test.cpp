@@ -28,11 +28,4 @@ TEST(Encodings, BitsThatMustBeZero) {
   }
 }
 
-TEST(ClientValues, Texts) {
-  EXPECT_EQ(V::CommandString(162), "CmdNTCreateX");
-  EXPECT_EQ(V::CommandString(8), "Unknown Command (8)");
-  EXPECT_EQ(V::ReasonString(22), "ErrNegprot");
-  EXPECT_EQ(V::PrivilegeString(4294967295), "Unknown Privilege (4294967295)");
-}
-
 }  // namespace

@@ -7,31 +7,6 @@ namespace {
 using V = ZnSMBClientValues;
 constexpr ZnEncoding kOem = ZnCodeset::Cp850;
 
-TEST(LanmanSections, RequestParameters) {
-  const struct {
-    V::LanmanIPC api;
-    const char* descriptors[2];
-    const char* digits;
-  } cases[] = {
-      {V::IPCNetServerEnum,
-       {"WrLehDz", "B16BBDz"},
-       "6800 57724c6568447a00 4231364242447a00 0100 0010 ffffffff 5445535447525000"},
-      {V::IPCDOSPrintGetInfo, {"zWrLh", "B"}, "4600 7a57724c6800 4200 5100 0100 0010 7800"},
-      {V::IPCDOSPrintJobPause, {"W", ""}, "5200 5700 00 0700"},
-      {V::IPCDOSPrintJobSetInfo, {"WWsTP", "z"}, "9300 575773545000 7a00 0700 0100 0b00"},
-  };
-  for (const auto& c : cases) {
-    SCOPED_TRACE(V::LanmanIPCString(c.api));
-    ZnSMBCLanman_ReqParams params(c.api, kOem);
-    params.reqparams_enc = c.descriptors[0], params.respdata_enc = c.descriptors[1];
-    params.level = 1, params.receive_buffer = 4096, params.server_type = 0xFFFFFFFF;
-    params.domain = "TESTGRP", params.queue_name = "Q", params.further_text = "x";
-    params.job_id = 7, params.parameter_number = 11;
-    EXPECT_EQ(ToHex(params.Pack()), ToHex(Hex(c.digits)));
-  }
-  CheckLayout(ZnSMBCLanman_ReqData(V::IPCDOSPrintJobSetInfo), "| 3100", [](auto& s) { s.value = Hex("3100"); });
-}
-
 TEST(LanmanSections, ReplyParameters) {
   CheckLayout(ZnSMBCLanman_RespParams(V::IPCNetShareEnum), "0000 0010 0200 0300");
   CheckLayout(ZnSMBCLanman_RespParams(V::IPCNetUserGetInfo), "0000 0000 9b00");

@@ -48,18 +48,4 @@ TEST(SessionSections, SessionSetup) {
               [](auto& s) { s.nativeos = "Windows 6.1", s.nativelanman = "NT", s.domain = "TESTGRP"; });
 }
 
-TEST(SessionSections, TreeConnect) {
-  CheckLayout(ZnSMBCTreeConnect_ReqData(kOem), "045c5c504545525c534841524500 0400 04 | 413a00",
-              [](auto& s) { s.path = "\\\\PEER\\SHARE", s.service = "A:"; });
-  CheckLayout(ZnSMBCTreeConnect_RespWords(), "04412c03", [](auto& s) { s.max_transmit = 16644, s.tid = 812; });
-  CheckLayout(ZnSMBCTreeConnectX_ReqWords(), "ff000000 0100 1800");
-  const auto data = [](auto& s) { s.password = Hex("00"), s.path = "\\\\P", s.service = "A:"; };
-  CheckLayout(ZnSMBCTreeConnectX_ReqData(kOem, 1), "00 | 5c5c5000 413a00", data);
-  CheckLayout(ZnSMBCTreeConnectX_ReqData(kUnicode, 1), "00 | 5c005c0050000000 413a00", data);
-  CheckLayout(ZnSMBCTreeConnectX_RespWords(2), "ff000000");
-  CheckLayout(ZnSMBCTreeConnectX_RespWords(3), "ff0000000100", [](auto& s) { s.optional_support = true; });
-  CheckLayout(ZnSMBCTreeConnectX_RespData(kUnicode), "| 49504300 00 4e000000",
-              [](auto& s) { s.service = "IPC", s.nativefs = "N"; });
-}
-
 }  // namespace

@@ -8,18 +8,6 @@ using V = ZnSMBClientValues;
 constexpr ZnEncoding kOem = ZnCodeset::Cp850;
 constexpr ZnEncoding kUnicode = ZnCodeset::Utf16Lsb;
 
-TEST(Trans2Sections, RequestParameters) {
-  CheckLayout(ZnSMBCTrans2_ReqParams(V::Trans2FindFirst2, kOem), "3700 1400 0200 0401 00000000 | 5c2a00", [](auto& s) {
-    s.attribs = {{}, true, true, true, false, true, true}, s.search_count = 20, s.close_at_end = true;
-    s.level = 260, s.filename = "\\*";
-  });
-  CheckLayout(ZnSMBCTrans2_ReqParams(V::Trans2FindFirst2, kUnicode), "0000 0000 0000 0000 00000000 | 5c002a000000",
-              [](auto& s) { s.filename = "\\*"; });
-  CheckLayout(ZnSMBCTrans2_ReqParams(V::Trans2FindNext2, kOem), "0100 1400 0401 07000000 0e00 | 5c6400");
-  CheckLayout(ZnSMBCTrans2_ReqParams(V::Trans2QueryPathInfo, kOem), "0701 00000000 | 5c6600");
-  CheckLayout(ZnSMBCTrans2_ReqParams(V::Trans2SetFileInfo, kOem), "0900 0101 0000");
-}
-
 TEST(Trans2Sections, Replies) {
   CheckLayout(ZnSMBCTrans2_RespParams(V::Trans2FindFirst2), "ffff 0300 0100 0200 c400");
   CheckLayout(ZnSMBCTrans2_RespParams(V::Trans2FindNext2), "0300 0100 0200 c400");

@@ -43,37 +43,50 @@ class Daemon:
     def __enter__(self):
         self.folder = tempfile.TemporaryDirectory(prefix="haldenmapd.")
         root = pathlib.Path(self.folder.name)
-        self.logs = root / "logs"
+        self.profile_file, self.logs = root / "profile", root / "logs"
         self.logs.mkdir()
         self.port = free_udp_port()
-        (root / "profile").write_text(f"[nfsserver/mount/port={{({self.port})}}]\n{self.profile}\n")
+        self.write_profile(self.profile)
         try:
-            # Its output goes to a file: a pipe would be kept open by the daemon.
-            with open(self.logs / "output", "w") as output:
-                code = subprocess.run([PROGRAM, root / "profile", self.logs], stdin=subprocess.DEVNULL, stdout=output,
-                                      stderr=output, env=self.environment, timeout=START_SECONDS).returncode
-            logs = [path for path in self.logs.iterdir() if re.fullmatch(r"cl\d+\.log", path.name)]
-            if code != 0 or len(logs) != 1:
-                raise RuntimeError(f"the daemon didn't start: code {code}\n{(self.logs / 'output').read_text()}")
-            self.log = logs[0]
-            self.pid = int(self.log.stem[2:])
+            self.start()
         except BaseException:
             self.folder.cleanup()
             raise
         return self
 
     def __exit__(self, *_):
+        self.stop()
+        output = (self.logs / "output").read_text(errors="replace")
+        self.folder.cleanup()
+        if output:  # a daemon has nothing to say there, but a sanitizer has
+            raise RuntimeError(output)
+
+    def write_profile(self, text):
+        self.profile_file.write_text(f"[nfsserver/mount/port={{({self.port})}}]\n{text}\n")
+
+    def start(self):
+        before = set(self._logs())
+        # Its output goes to a file: a pipe would be kept open by the daemon.
+        with open(self.logs / "output", "a") as output:
+            code = subprocess.run([PROGRAM, self.profile_file, self.logs], stdin=subprocess.DEVNULL, stdout=output,
+                                  stderr=output, env=self.environment, timeout=START_SECONDS).returncode
+        logs = [path for path in self._logs() if path not in before]
+        if code != 0 or len(logs) != 1:
+            raise RuntimeError(f"the daemon didn't start: code {code}\n{(self.logs / 'output').read_text()}")
+        self.log = logs[0]
+        self.pid = int(self.log.stem[2:])
+
+    def stop(self, number=signal.SIGTERM):
         with contextlib.suppress(ProcessLookupError):
-            os.kill(self.pid, signal.SIGTERM)
+            os.kill(self.pid, number)
             deadline = time.monotonic() + STOP_SECONDS
             while self.alive() and time.monotonic() < deadline:
                 time.sleep(0.01)
             if self.alive():
                 os.kill(self.pid, signal.SIGKILL)
-        output = (self.logs / "output").read_text(errors="replace")
-        self.folder.cleanup()
-        if output:  # a daemon has nothing to say there, but a sanitizer has
-            raise RuntimeError(output)
+
+    def _logs(self):
+        return [path for path in self.logs.iterdir() if re.fullmatch(r"cl\d+\.log", path.name)]
 
     def client(self, **options):
         """Options are those of NfsClient."""

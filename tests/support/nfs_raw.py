@@ -71,6 +71,15 @@ class BadReply(Exception):
     pass
 
 
+def status(call, *arguments, **named):
+    """The NFS status of a client's call: 0, or that of its refusal."""
+    try:
+        call(*arguments, **named)
+    except NfsError as error:
+        return error.status
+    return 0
+
+
 def u32(*values):
     return struct.pack(f">{len(values)}I", *values)
 

@@ -43,6 +43,10 @@ class RandomWalk:
         except (NfsError, Mismatch) as error:
             raise Mismatch(f"seed {self.seed}, step {self.steps}, {action.__name__}: {error}") from error
 
+    def forget_handles(self, share):
+        """All but the share's, which is another one now."""
+        self.handles = {"": share}
+
     # The steps.
 
     def read(self):

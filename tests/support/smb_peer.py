@@ -152,6 +152,38 @@ class SmbPeer:
             "HALDEN_SMB_ROOT": str(self.root()),
         }
 
+    # What happens to servers.
+
+    def serving(self):
+        """The processes of its connections."""
+        smbd = self.processes[0].pid
+        return [*map(int, Path(f"/proc/{smbd}/task/{smbd}/children").read_text().split())]
+
+    def signal(self, number):
+        """To smbd and all that serve its connections."""
+        for pid in (*self.serving(), self.processes[0].pid):
+            os.kill(pid, number)
+
+    def hang_up(self):
+        """Ends its connections; it takes new ones."""
+        ended = self.serving()
+        for pid in ended:
+            os.kill(pid, signal.SIGKILL)
+        end = time.monotonic() + READY_SECONDS
+        while set(ended) & set(self.serving()):
+            if time.monotonic() > end:
+                raise PeerError("killed processes of smbd are still there")
+            time.sleep(0.01)
+
+    def kill(self):
+        self.signal(signal.SIGKILL)
+        self.processes.pop(0).wait()
+
+    def restart(self):
+        self.kill()
+        self._start_smbd()
+        self.processes.insert(0, self.processes.pop())
+
     # Everything below is how it is done.
 
     def _prepare(self):
