@@ -104,6 +104,8 @@ void TakeAttributes(Command& command, const ZnNFSSattr& attributes) {
 
 Outcome SetattrBegin(FS& filesystem, Command& command) {
   TakeAttributes(command, command.As<ZnNFSSattrargs>().attributes);
+  const bool directory = command.node && command.node->IsDirectory();
+  if (directory && filesystem.SetAttrNeedTruncate(&command)) return Refuse(command, ZnNFSEnum::NFSERR_ISDIR);
   return Call<&FS::BSetAttributes>(filesystem, command);
 }
 

@@ -100,17 +100,17 @@ bool ContainsCaseless(const ZnDList<ZnUniString>& list, const ZnUniString& name)
   return std::any_of(list.begin(), list.end(), [&](const ZnUniString& each) { return each.MatchCaseless(name); });
 }
 
-// Whether any machine that a client names is offered below this user, this one included.
-bool OffersMachine(const ZnSMBNFSNode& node, const ZnUniString& name) {
-  if (!node.IsUser() || name.IsEmpty()) return false;
-  const ZnSMBNFSUserConfig& config = node.userinfo->config;
-  return config.machinenames.Contains("*") && !ContainsCaseless(config.notmachines, name);
-}
-
 // The user's home holds a link of this name that leads into the tree: found again inside, it would go round in circles.
 ZnUniString SymlinkName() {
   ZnUniString name;
   return ZnSMBNFSConfig::GetGlobalValue("nfsserver/user/symlinkname", name) ? name : ZnUniString("My Halden Drives");
+}
+
+// Whether any machine that a client names is offered below this user, this one included.
+bool OffersMachine(const ZnSMBNFSNode& node, const ZnUniString& name) {
+  if (!node.IsUser() || name.IsEmpty() || name == SymlinkName()) return false;
+  const ZnSMBNFSUserConfig& config = node.userinfo->config;
+  return config.machinenames.Contains("*") && !ContainsCaseless(config.notmachines, name);
 }
 
 }  // namespace

@@ -171,6 +171,17 @@ TEST_F(Server, RunsFollowTheTables) {
   EXPECT_EQ(caller_.Reply().at(kStatusWord), 2U);
 }
 
+TEST_F(Server, ADirectoryHasNoSizeToSet) {
+  TracedServer server(&process_, &loop_, TracedServer::Config({"_"}));
+  Getattr(server, 1, root_);
+  caller_.Reply();
+  ZnNFSSattrargs args;
+  args.file = root_;
+  args.attributes.size = 0;
+  server.ProcSetattr(caller_.address, auth_, 2, args);
+  EXPECT_EQ(caller_.Reply().at(kStatusWord), 21U);
+}
+
 TEST_F(Server, ARetransmissionOfACallInFlightIsServedByTheFirstReply) {
   TracedServer server(&process_, &loop_, TracedServer::Config({"_"}));
   Getattr(server, 1, root_);

@@ -45,6 +45,7 @@ TEST_F(Refresh, AWildcardTakesWhatCouldBeAMachine) {
   for (const Case& c : {Case{"pc1", true}, Case{"ls", false}, Case{"CD", false}, Case{"..+", false}, Case{"a/b", false},
                         Case{"a\tb", false}, Case{"My Halden Drives", false}, Case{"pc2.corp", true}}) {
     EXPECT_EQ(LookUp(user, c.name), c.good ? ZnNFSEnum::NFS_OK : ZnNFSEnum::NFSERR_NOENT) << c.name;
+    EXPECT_EQ(Child(user, c.name) != nullptr, c.good) << c.name;
   }
   EXPECT_EQ(LookUp(user, std::string(256, 'x').c_str()), ZnNFSEnum::NFSERR_NOENT);
   ZnSMBNFSHandle handle = Child(user, "pc1")->handle;
