@@ -32,11 +32,9 @@ int ZnEventLoop::EnterEventLoop() {
   const int outer_code = exit_code_;
   depth_++;
   running_ = true;
-  process_->StartSignals();
   while (ShouldContinue()) Turn();
   const int code = exit_code_;
   if (--depth_ == 0) {
-    process_->StopSignals();
     ZnTurnTime::Release();
     return code;
   }

@@ -20,17 +20,15 @@ class ZnProcess {
   ZnProcess& operator=(const ZnProcess&) = delete;
   virtual ~ZnProcess() = default;
 
-  // Calls `callback` from ProcessSignals after signal `number` has come; one signal may have several callbacks, called
-  // in the order of their registration. Not owned; must outlive the process object. Gives true.
+  // From here on signal `number` is kept, whether a loop runs or not, and `callback` is called from the next
+  // ProcessSignals; one signal may have several callbacks, called in the order of their registration. Not owned; must
+  // outlive the process object. Gives true.
   virtual bool CatchSignal(int number, ZnEventCallback* callback) = 0;
-  // Between these two, caught signals are kept for ProcessSignals; outside, they are dropped.
-  virtual void StartSignals() = 0;
-  virtual void StopSignals() = 0;
   // Dispatches the signals that came since the last call, lowest number first, each number once. 1 if there was any,
   // else 0.
   virtual int ProcessSignals() = 0;
-  // Becomes readable when a signal has come, and stays so until ProcessSignals; -1 if there is none. For poll only.
-  virtual int WakeDescriptor() const = 0;
+  // Is readable while a signal waits for ProcessSignals; -1 if the host has no descriptor left. For poll only.
+  virtual int WakeDescriptor() = 0;
 
   // Take on the effective user, group and supplementary groups of a user; process-wide, so the caller goes back by
   // BecomeRoot before it returns to the event loop. False if the user doesn't exist or the host refuses: UidError then
@@ -45,17 +43,16 @@ class ZnProcess {
 
 // The handler only notes the number and writes a byte into a pipe that the event loop polls along with its descriptors:
 // a signal that comes between the look at the caught ones and poll thus ends that poll instead of waiting for the next
-// event.
+// event. The pipe is made when the loop first asks for it: one made before the fork would be shared with the parent,
+// whose signals would keep a loop awake that finds none.
 class ZnUnixProcess : public ZnProcess {
  public:
   ZnUnixProcess();
   ~ZnUnixProcess() override;
 
   bool CatchSignal(int number, ZnEventCallback* callback) override;
-  void StartSignals() override;
-  void StopSignals() override;
   int ProcessSignals() override;
-  int WakeDescriptor() const override { return wake_read_; }
+  int WakeDescriptor() override;
 
   bool BecomeUser(ZnUnixUser& user) override;
   bool BecomeRoot() override;
@@ -82,6 +79,7 @@ class ZnUnixProcess : public ZnProcess {
   static void Install(int number);
   void NoteSignal(int number);
   void OpenWakePipe();
+  void Wake();
 
   bool ChangeUid(uid_t uid);
   bool ChangeGid(gid_t gid);
@@ -89,8 +87,6 @@ class ZnUnixProcess : public ZnProcess {
   // Record what failed; give false.
   bool UserLookupFailed(const ZnUniString& names);
   bool SetUidError(const char* call, const ZnUniString& argument);
-
-  static volatile sig_atomic_t dosigs;
 
   std::vector<ZnEventSignal> signals_;
   std::array<volatile sig_atomic_t, kSignals> caught_{};

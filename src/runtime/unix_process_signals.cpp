@@ -9,7 +9,6 @@
 #include "runtime/unix_process.h"
 
 ZnUnixProcess* the_current_process = nullptr;
-volatile sig_atomic_t ZnUnixProcess::dosigs = 0;
 
 namespace {
 
@@ -55,7 +54,7 @@ void ZnUnixProcess::SetFaultLog(int fd) { fault_log = fd; }
 void ZnUnixProcess::had_a_signal(int number, siginfo_t* info, void* /*context*/) {
   if (IsOwnFault(number, info)) EndByFault(number);
   const int saved_errno = errno;
-  if (dosigs && the_current_process) the_current_process->NoteSignal(number);
+  if (the_current_process) the_current_process->NoteSignal(number);
   errno = saved_errno;
 }
 
@@ -63,6 +62,10 @@ void ZnUnixProcess::NoteSignal(int number) {
   if (number < 0 || number >= kSignals) return;
   caught_[static_cast<size_t>(number)] = 1;
   caught_count_ = caught_count_ + 1;
+  Wake();
+}
+
+void ZnUnixProcess::Wake() {
   const char byte = 0;
   if (wake_write_ >= 0 && write(wake_write_, &byte, 1) < 0) return;  // full: it is readable, and that is all it is for
 }
@@ -81,14 +84,17 @@ bool ZnUnixProcess::CatchSignal(int number, ZnEventCallback* callback) {
     const stack_t stack{fault_stack.data(), 0, fault_stack.size()};
     sigaltstack(&stack, nullptr);
   }
-  OpenWakePipe();
   signals_.push_back({callback, number});
   Install(number);
   return true;
 }
 
+int ZnUnixProcess::WakeDescriptor() {
+  if (wake_read_ < 0) OpenWakePipe();
+  return wake_read_;
+}
+
 void ZnUnixProcess::OpenWakePipe() {
-  if (wake_read_ >= 0) return;
   std::array<int, 2> ends{};
   if (pipe(ends.data()) < 0) return;  // signals still interrupt poll; only the small window before it stays open
   for (const int end : ends) {
@@ -97,11 +103,8 @@ void ZnUnixProcess::OpenWakePipe() {
   }
   wake_read_ = ends[0];
   wake_write_ = ends[1];
+  if (caught_count_ > 0) Wake();
 }
-
-void ZnUnixProcess::StartSignals() { dosigs = 1; }
-
-void ZnUnixProcess::StopSignals() { dosigs = 0; }
 
 int ZnUnixProcess::ProcessSignals() {
   if (caught_count_ == 0) return 0;

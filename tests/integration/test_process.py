@@ -52,14 +52,14 @@ def failure(*arguments, **options):
 
 
 def exit_code_after(pid, number):
-    """Sends the signal until it is heard: before its loop runs, the daemon hears none."""
-    for round in range(2000):
-        if round % 10 == 0:
-            os.kill(pid, number)
+    os.kill(pid, number)
+    for _ in range(2000):
         ended, status = os.waitpid(pid, os.WNOHANG)
         if ended:
             return os.waitstatus_to_exitcode(status)
         time.sleep(0.01)
+    os.kill(pid, signal.SIGKILL)
+    os.waitpid(pid, 0)
     return pytest.fail(f"signal {number} doesn't end the daemon")
 
 
@@ -95,6 +95,14 @@ def test_signals_that_end_it(number, code):
     else:
         assert last.startswith("\nHalden(5.60.514) FATAL ERROR: \n")
         assert last.endswith(f" nfssmb/process/exit\nCaught a fatal signal: {code}\n")
+
+
+def test_signal_sent_as_soon_as_the_parent_has_gone_is_not_lost(profile, logs):
+    """The daemon's loop needs not have begun by then."""
+    children = pathlib.Path(f"/proc/self/task/{os.getpid()}/children")
+    for _ in range(30):
+        assert subprocess.call([PROGRAM, profile, logs], stdin=subprocess.DEVNULL) == 0  # a time-out would look late
+        assert exit_code_after(int(children.read_text().split()[-1]), signal.SIGTERM) == 0
 
 
 @pytest.mark.parametrize("name, text, reason", [

@@ -31,12 +31,8 @@ class Signals : public ::testing::Test {
     }
   };
 
-  Signals() {
-    the_current_process = &process;
-    process.StartSignals();
-  }
+  Signals() { the_current_process = &process; }
   ~Signals() override {
-    process.StopSignals();
     for (const int number : {SIGUSR1, SIGHUP, SIGCHLD}) signal(number, SIG_DFL);
   }
 
@@ -44,7 +40,7 @@ class Signals : public ::testing::Test {
     callback.action = [this, name] { seen.push_back(name); };
     EXPECT_TRUE(process.CatchSignal(number, &callback));
   }
-  bool WakeIsReadable() const {
+  bool WakeIsReadable() {
     pollfd entry{process.WakeDescriptor(), POLLIN, 0};
     return poll(&entry, 1, 0) == 1;
   }
@@ -111,7 +107,6 @@ void CatchFaults() {
   the_current_process = &process;
   process.CatchSignal(SIGSEGV, &callback);
   process.CatchSignal(SIGBUS, &callback);
-  process.StartSignals();
 }
 
 TEST(Fault, EndsTheProcessWithOneLineAndTheSignalsNumber) {
