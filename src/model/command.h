@@ -73,6 +73,9 @@ class ZnSMBNFSCommand {
   ZnDList<ZnSMBCFileObject> files;
   std::unique_ptr<ZnSMBCFileObject> fileobject, fileobject2;  // of the request in progress
   bool retried = false;                                       // begun again after a stale connection
+  // Why the session couldn't do its part.
+  ZnNFSEnum::Status failure = ZnNFSEnum::NFS_OK;  // for the reply; the words went to the user
+  unsigned refusal = 0;                           // the server's error as code times 256 plus class, if it refused
 
  private:
   ZnSMBNFSCommandHandler* handler_;

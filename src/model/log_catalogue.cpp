@@ -1,6 +1,7 @@
 #include "model/log_catalogue.h"
 
 #include "runtime/os_stream.h"
+#include "runtime/printable_text.h"
 
 namespace {
 
@@ -17,12 +18,21 @@ enum Filtered : size_t { kLoggingStart, kLoggingStop, kNfsRequest, kShareConnect
 constexpr const char* kNames[] = {"log/logging/start", "log/logging/stop", "nfs/request/recv", "share/connect/success",
                                   nullptr};
 
+// A piece of a line: our own words and numbers as they are, text from elsewhere made printable.
+template <class T>
+const T& Piece(const T& own) {
+  return own;
+}
+ZnUniString Piece(const ZnUniString& text) { return ZnPrintableLine(text); }
+// A text of ours that may have several lines, and quotes others.
+ZnUniString Piece(const ZnError& reason) { return ZnPrintableLines(reason.Text()); }
+
 template <class... Text>
 void WriteError(const char* banner, const char* category, const Text&... text) {
   ZnOSStream line;
   line << ZnTimeVal::now() << ZnLog::kFieldSeparator << ZnLog::ProcInfo() << ZnLog::kFieldSeparator << banner
        << category;
-  (line << ... << text) << ZnLog::kLineEnd;
+  (line << ... << Piece(text)) << ZnLog::kLineEnd;
   ZnLog::Error(line.text());
 }
 
@@ -31,7 +41,7 @@ void WriteFiltered(Filtered index, const Field&... fields) {
   if (!ZnLog::Gen(index)) return;
   ZnOSStream line;
   line << kNames[index];
-  ((line << ZnLog::kFieldSeparator << fields), ...);
+  ((line << ZnLog::kFieldSeparator << Piece(fields)), ...);
   line << ZnLog::kLineEnd;
   ZnLog::Log(line.text());
 }
@@ -49,7 +59,7 @@ void Log005() { WriteFiltered(kLoggingStop); }
 void Log006(int code) { WriteError(kFatal, " nfssmb/process/exit\n", "Caught a fatal signal: ", code); }
 
 void Log007(const ZnUniString& reason) {
-  WriteError(kError, " nfssmb/init/failure\n", "Failed to initialise the server: ", reason);
+  WriteError(kError, " nfssmb/init/failure\n", "Failed to initialise the server: ", ZnError(reason));
 }
 
 void Log008() {
@@ -60,7 +70,7 @@ void Log008() {
 void Log009(int signal) { WriteError(kError, " nfssmb/process/exit\n", "Caught an exit signal: ", signal); }
 
 void Log010(const ZnUniString& reason) {
-  WriteError(kError, " nfssmb/start/failure\n", "Failed to start server: ", reason);
+  WriteError(kError, " nfssmb/start/failure\n", "Failed to start server: ", ZnError(reason));
 }
 
 void Log100(const ZnInetAddr& source, const ZnUniString& call) { WriteFiltered(kNfsRequest, source, call); }
@@ -85,9 +95,9 @@ void Log202(const ZnUniString& user, const ZnUnixError& error) {
   WriteError(kError, " user/config/failure\n", "Failed to open ", user, "'s log file: ", error);
 }
 
-void Log400(const ZnUniString& error) { WriteError(kError, " config/user/failure\n", error); }
-void Log401(const ZnUniString& error) { WriteError(kError, " config/machine/failure\n", error); }
-void Log402(const ZnUniString& error) { WriteError(kError, " config/share/failure\n", error); }
+void Log400(const ZnUniString& error) { WriteError(kError, " config/user/failure\n", ZnError(error)); }
+void Log401(const ZnUniString& error) { WriteError(kError, " config/machine/failure\n", ZnError(error)); }
+void Log402(const ZnUniString& error) { WriteError(kError, " config/share/failure\n", ZnError(error)); }
 
 void Log403(const ZnUniString& address) {
   WriteError(kError, " config/server/failure\n", "Invalid IP address specified for local machine: ", address,
@@ -96,16 +106,16 @@ void Log403(const ZnUniString& address) {
 
 void Log404(const ZnUniString& machine, const ZnUniString& reason) {
   WriteError(kError, " config/machine/failure\n", "Failed to connect to machine ", machine,
-             " because of bad configuration.\n", reason);
+             " because of bad configuration.\n", ZnError(reason));
 }
 
 void Log405(const ZnUniString& share, const ZnUniString& machine, const ZnUniString& reason) {
   WriteError(kError, " config/tree/failure\n", "Failed to connect to share ", share, " on ", machine,
-             " because of bad configuration.\n", reason);
+             " because of bad configuration.\n", ZnError(reason));
 }
 
 void Log406(const ZnUniString& reason) {
-  WriteError(kError, " config/controller/failure\n", "Bad configuration for controller: ", reason);
+  WriteError(kError, " config/controller/failure\n", "Bad configuration for controller: ", ZnError(reason));
 }
 
 void Log407(const ZnUniString& warning) { WriteError(kNotice, " config/profile/warning\n", warning); }

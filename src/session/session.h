@@ -65,7 +65,7 @@ class ZnSMBNFSSession : public ZnSMBNFSSessionBase, protected ZnSMBClient {
   void Called(Result result);
   void Callback(ZnCallback<Result>*, Result result);
   void AsynchronousEvent(Result result) override;
-  void CallFailed(const ZnUniString& text, bool atonce);
+  void CallFailed(bool atonce);
   bool ConversationIsOver() const;
   bool MayRetry(const Command& command, bool atonce) const;
   void DropConnection();
@@ -73,9 +73,12 @@ class ZnSMBNFSSession : public ZnSMBNFSSessionBase, protected ZnSMBClient {
   // ---- reports (session_errors.cpp) ----
 
   void Report(const ZnUniString& text);
-  void SendError(const ZnUniString& text);
+  // The command at the head fails with `status`, and the user reads why.
+  void SendError(const ZnUniString& text, ZnNFSEnum::Status status);
   void Fail();
+  void NoteFailure(Command& command) const;
   ZnUniString FailureText() const;
+  static void Place(const Command& command, ZnOSStream& line);
 
   // ---- address, connection, trees (session_address.cpp, session_connect.cpp) ----
 
@@ -199,7 +202,6 @@ class ZnSMBNFSSession : public ZnSMBNFSSessionBase, protected ZnSMBClient {
   int32_t timeoffset_ = 0;
   bool answered_ = false;       // the connection has answered the head before
   bool nomovecommand_ = false;  // the server refuses the move command; learned once
-  unsigned errorkey_ = 0;       // of the refusal that failed the last command, else 0
 
   // The read or write in progress.
   size_t done_ = 0;

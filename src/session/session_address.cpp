@@ -104,15 +104,15 @@ void ZnSMBNFSSession::TakeResults() {
   if (addressknown_) address_ = addresses[0];
 }
 
-// The user sees each means that was tried, one a line.
+// The user sees each means that was tried.
 void ZnSMBNFSSession::NotFound(const ZnUniString& name, const char* means) {
-  lookup_ << "Failed to find remote name(" << name << ") "
-          << "Using " << means << "\n";
+  if (!lookup_.IsEmpty()) lookup_ << "; ";
+  lookup_ << "Failed to find remote name(" << name << ") Using " << means;
 }
 
 // What was configured as the port may be no port number.
 void ZnSMBNFSSession::AddressDone() {
-  if (!addressknown_) return SendError(lookup_.text());
+  if (!addressknown_) return SendError(lookup_.text(), ZnNFSEnum::NFSERR_IO);
   bool usable = config.port > 0 && config.port <= 0xFFFF;
   address_.Port(usable ? config.port : kSessionServicePort);
   Advance();

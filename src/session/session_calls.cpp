@@ -9,14 +9,14 @@ using Values = ZnSMBClientValues;
 // What a call of the client has answered at once.
 void ZnSMBNFSSession::Called(Result result) {
   if (result == ResultSuccess) return Advance();
-  if (result == ResultFailure) CallFailed(ReasonAsString(), true);
+  if (result == ResultFailure) CallFailed(true);
 }
 
 // How a call that was pending has ended.
 void ZnSMBNFSSession::Callback(ZnCallback<Result>*, Result result) {
   Command* command = queue_.Head();
   if (!command || result == ResultPending) return;
-  if (result == ResultFailure) return CallFailed(FailureText(), false);
+  if (result == ResultFailure) return CallFailed(false);
   answered_ = true;
   if (command->sessionstatus == E::SSTConnect) ProcessConnect();
   if (command->sessionstatus == E::SSTConnectTree) ProcessTreeConnect(*command);
@@ -26,12 +26,12 @@ void ZnSMBNFSSession::Callback(ZnCallback<Result>*, Result result) {
 // The server has gone, or says what nobody asked for, while no call is under way.
 void ZnSMBNFSSession::AsynchronousEvent(Result) { DropConnection(); }
 
-void ZnSMBNFSSession::CallFailed(const ZnUniString& text, bool atonce) {
+void ZnSMBNFSSession::CallFailed(bool atonce) {
   Command& command = *queue_.Head();
+  const ZnUniString text = FailureText();
   const bool retry = MayRetry(command, atonce);
-  const bool refused = reason() == Values::ErrSMB;
-  errorkey_ = refused ? errorkey() : 0;
-  if (refused) answered_ = true;
+  NoteFailure(command);
+  if (command.refusal != 0) answered_ = true;
   if (command.sessionstatus == E::SSTConnect || ConversationIsOver()) DropConnection();
   if (retry) {
     command.retried = true;
@@ -43,7 +43,7 @@ void ZnSMBNFSSession::CallFailed(const ZnUniString& text, bool atonce) {
     nomovecommand_ = true;
     return Rename(command);
   }
-  SendError(text);
+  SendError(text, command.failure);
 }
 
 // Only after a refusal or a short write does the next request find the two ends of one mind.

@@ -61,5 +61,5 @@ bool ZnSMBNFSSession::MoveIsUnknown(const Command& command) const {
   if (command.sessioncommand != E::SCRequestRename || command.sessionstatus != E::SSTRename) return false;
   if (nomovecommand_ || !command.node || !command.node2 || StaysInDirectory(command)) return false;
   if (command.fileobject->tid != command.fileobject2->tid) return false;
-  return std::find(std::begin(kUnknownMove), std::end(kUnknownMove), errorkey_) != std::end(kUnknownMove);
+  return std::find(std::begin(kUnknownMove), std::end(kUnknownMove), command.refusal) != std::end(kUnknownMove);
 }

@@ -1,7 +1,11 @@
 // Failures: in words for the user and the log, and as a status for NFS.
 
+#include <cerrno>
+
 #include "model/log_catalogue.h"
+#include "model/name_mapping.h"
 #include "model/user_base.h"
+#include "session/failure_words.h"
 #include "session/session.h"
 #include "smb/client/smb_error_text.h"
 
@@ -10,80 +14,80 @@ using Values = ZnSMBClientValues;
 
 namespace {
 
-// SMB errors as code times 256 plus class.
-constexpr unsigned kFileNotFound = 2 * 256 + 1;
-constexpr unsigned kFileExists = 80 * 256 + 1;
-
-constexpr const char* kReasons[] = {
-    "There was no error",
-    "An SMB level error was received",
-    "The local server is processing a request",
-    "A received packet was not understood by the server",
-    "The remote end rejected a packet we sent it",
-    "ErrBlocked",
-    "The server is already connected",
-    "The local server is currently in the process of connecting",
-    "The server is not connected",
-    "ErrDisconnect",
-    "The remote server took too long to respond to a request",
-    "The local server tried to send the wrong command",
-    "There was an internal error",
-    "The local server did not understand a reply from the remote server",
-    "ErrServer",
-    "The local server tried to use a bad Tree ID",
-    "The local server tried to use a bad file ID",
-    "There was an error translating an IPC packet",
-    "ErrBadPrinter",
-    "",
-    "The local server failed to bind to a local port",
-    "The local server failed to connect to the remote server",
-    "The remote server speaks none of our dialects",
-};
-
 // "name", or "name(other)" where the two differ.
 ZnUniString WithOther(const ZnUniString& name, const ZnUniString& other) {
   return name == other ? name : name + "(" + other + ")";
 }
 
-// A name as it may stand in a line of a log: whoever makes a file doesn't get to write lines.
-ZnUniString OnOneLine(ZnUniString name) {
-  for (size_t i = 0; i < name.Length(); i++) {
-    if (name[i] < u' ') name.Set(i, u'?');
-  }
-  return name;
+// The status of a refusal. Before the share is connected no file has been spoken of: that the server doesn't find what
+// it needs doesn't mean that a file isn't there.
+ZnNFSEnum::Status StatusOfRefusal(unsigned refusal, E::SessionStatus step) {
+  const ZnNFSEnum::Status status = ZnSMBErrorToStatus(refusal);
+  return ZnFailureWords::IsAboutMachine(step) && status != ZnNFSEnum::NFSERR_ACCES ? ZnNFSEnum::NFSERR_IO : status;
 }
 
 }  // namespace
 
-ZnUniString ZnSMBNFSSession::EnglishReason(Values::Reason reason) {
-  return reason < std::size(kReasons) ? kReasons[reason] : "";
-}
+ZnUniString ZnSMBNFSSession::EnglishReason(Values::Reason reason) { return ZnFailureWords::Sentence(reason); }
 
 ZnNFSEnum::Status ZnSMBNFSSession::ConvertError(const Command& command) const {
-  if (errorkey_ == kFileNotFound && command.sessioncommand == E::SCRequestOpenFile) return ZnNFSEnum::NFSERR_NOENT;
-  return errorkey_ == kFileExists ? ZnNFSEnum::NFSERR_EXIST : ZnNFSEnum::NFSERR_ACCES;
+  return command.failure == ZnNFSEnum::NFS_OK ? ZnNFSEnum::NFSERR_IO : command.failure;
 }
 
+// Keeps why the last call of the client failed in the command it was for.
+void ZnSMBNFSSession::NoteFailure(Command& command) const {
+  command.refusal = reason() == Values::ErrSMB ? errorkey() : 0;
+  command.failure = ZnNFSEnum::NFSERR_IO;
+  if (command.refusal != 0) command.failure = StatusOfRefusal(command.refusal, command.sessionstatus);
+  if (reason() == Values::ErrServer) command.failure = ZnNFSEnum::NFSERR_NOSPC;  // a disk that fills up shows so
+}
+
+// The server's words, or ours, about the call that has failed.
 ZnUniString ZnSMBNFSSession::FailureText() const {
-  if (reason() == Values::ErrSMB) return ZnSMBErrorToString(errorkey()) + " : " + ZnSMBErrorToDescription(errorkey());
-  return ZnUniString(Values::ReasonString(reason())) + " : " + EnglishReason(reason());
+  if (reason() == Values::ErrSMB) {
+    ZnUniString sentence = ZnSMBErrorToDescription(errorkey());
+    if (!ZnFindSMBError(errorkey())) return sentence;
+    if (sentence.EndsWith(".")) sentence.Truncate(sentence.Length() - 1);
+    return sentence + " (" + ZnSMBErrorNumbers(errorkey()) + ")";
+  }
+  ZnUniString sentence = EnglishReason(reason());
+  const int code = Error().Code();
+  const bool told = reason() == Values::ErrConnect && code != 0 && code != EINPROGRESS;
+  return told ? sentence + " (" + Error().Reason() + ")" : sentence;
+}
+
+// The share and the file that a command is about, as far as it is about one.
+void ZnSMBNFSSession::Place(const Command& command, ZnOSStream& line) {
+  const ZnSMBNFSNode* node = command.node.Get();
+  const ZnSMBNFSTree* tree = TreeOf(node);
+  if (command.fileobject) {
+    line << "\\" << command.fileobject->share << command.fileobject->path;
+  } else if (tree) {
+    line << "\\" << tree->share
+         << InternalToWindowsName(node->IsShare() ? node->path : node->path + node->name, tree->config);
+  }
+  if (command.fileobject2) line << "->" << command.fileobject2->path;
 }
 
 // Who, where, what and why, in one line, about the command that is first in the queue.
 void ZnSMBNFSSession::Report(const ZnUniString& text) {
   const Command& command = *queue_.FirstWaiting();
+  const E::SessionStatus step = command.sessionstatus;
   ZnOSStream line;
   line << WithOther(config.winname, config.user) << "\\\\" << WithOther(config.nbtname, config.machine);
-  if (command.fileobject) line << "\\" << command.fileobject->share << OnOneLine(command.fileobject->path);
-  if (command.fileobject2) line << "->" << OnOneLine(command.fileobject2->path);
-  line << ": " << E::SessionCommandString(command.sessioncommand) << "/"
-       << E::SessionStatusString(command.sessionstatus) << ": " << text;
+  Place(command, line);
+  line << ": " << ZnFailureWords::Doing(step, lastcommand());
+  if (ZnFailureWords::IsAboutMachine(step)) line << " " << address_ << " port " << address_.GetPort();
+  line << ": " << text;
   if (auto* user = machinenode->parent ? machinenode->parent->userinfo.get() : nullptr) user->WriteLog(line.text());
   Log200(line.text());
 }
 
-void ZnSMBNFSSession::SendError(const ZnUniString& text) {
-  Report(text);
+void ZnSMBNFSSession::SendError(const ZnUniString& text, ZnNFSEnum::Status status) {
+  Command& command = *queue_.FirstWaiting();
+  command.failure = status;
+  const ZnUniString advice = ZnFailureWords::Advice(command.sessionstatus, command.refusal, status);
+  Report(advice.IsEmpty() ? text : text + "; " + advice);
   Fail();
 }
 

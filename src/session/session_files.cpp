@@ -148,7 +148,7 @@ void ZnSMBNFSSession::CloseNextFile(Command& command) {
   command.fileobject = std::make_unique<ZnSMBCFileObject>(*file);
   const Result result = CloseFile(command.fileobject.get(), file->closetime, &callback_);
   if (result != ResultFailure || ConversationIsOver()) return Called(result);
-  Report("Failed to close file: " + ReasonAsString());
+  Report(FailureText());
   Advance();
 }
 

@@ -79,7 +79,8 @@ void ZnSMBNFSSession::NextRead(Command& command) { ProcessRead(command) ? GetRea
 // ---- writing --------------------------------------------------------------------------------------------------------
 
 void ZnSMBNFSSession::StartWrite(Command& command) {
-  if (!Fits(command.offset, command.data.Length())) return SendError("The file would become too large");
+  if (!Fits(command.offset, command.data.Length()))
+    return SendError("The file would become too large", ZnNFSEnum::NFSERR_FBIG);
   if (!command.node->file) return OpenAgain(command, false, true);
   done_ = 0;
   GetWrite(command);

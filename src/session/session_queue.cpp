@@ -29,9 +29,10 @@ void ZnSMBNFSSession::Request(Command* command, E::SessionCommand what) {
   command->sessionstatus = E::SSTStart;
   command->fileobject.reset();
   command->fileobject2.reset();
+  command->failure = ZnNFSEnum::NFS_OK;
+  command->refusal = 0;
   if (command->session == this) {
     queue_.TakeBack(command);
-    errorkey_ = 0;
     return Advance();
   }
   if (what != E::SCCleanUp && queue_.Count() >= kMostWaiting) return command->Drop();
@@ -60,7 +61,6 @@ void ZnSMBNFSSession::StartNext() {
   if (busy_ || queue_.IsEmpty()) return;
   busy_ = true;
   answered_ = false;
-  errorkey_ = 0;
   Advance();
 }
 
@@ -100,12 +100,11 @@ void ZnSMBNFSSession::SendErrors() {
   if (!first) return;
   size_t count = queue_.Count() - (queue_.HeadIsHandedOver() ? 1 : 0);
   ZnOSStream text;
-  text << "The session was flushed with " << count << (count > 1 ? " commands" : " command") << " outstanding.\n"
+  text << "The session was flushed with " << count << (count > 1 ? " commands" : " command") << " outstanding. "
        << (count > 1 ? "These commands" : "This command") << " will error.";
   Report(text.text());
 
   AbandonCall();
-  errorkey_ = 0;
   ZnWeakRef<ZnReferable> alive(&alive_);
   const bool nested = stepping_;
   const bool flushing = flushing_;

@@ -7,6 +7,7 @@
 #include <cerrno>
 
 #include "model/log_catalogue.h"
+#include "runtime/printable_text.h"
 #include "runtime/sys_encoding.h"
 #include "runtime/unix_process.h"
 
@@ -33,7 +34,7 @@ void ZnSMBNFSUser::WriteLog(const ZnUniString& text) {
   if (config.logfile.IsEmpty() || (!file_ && !Open())) return;
   ZnOFStream stream(file_.get(), ZnSysEncoding::shell, ZnSysEncoding::shellopt);
   stream << ZnTimeVal::now() << ZnLog::kFieldSeparator << ZnLog::ProcInfo() << ZnLog::kFieldSeparator << user_error
-         << text << "\n";
+         << ZnPrintableLine(text) << "\n";
   stream.Flush();
   if (ferror(file_.get())) file_.reset();  // a full disk, perhaps: the next report tries anew
 }

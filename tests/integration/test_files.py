@@ -186,9 +186,9 @@ def test_a_refusal_is_told_to_the_user_in_words(gateway, nfs, place):
     file = nfs.create(directory, "f", mode=0o644).file
     (folder / "f").unlink()
     assert status(nfs.read, file) == 2
-    assert wait_until(lambda: "ERRDOS__ERRbadfile : File not found." in gateway.errors())
-    line = next(line for line in gateway.errors().splitlines() if "ERRbadfile" in line)
-    assert line.startswith(f"tester({UNIX_USER})\\\\PEER(pc)\\SHARE\\") and "SCRequestOpenFile/SSTOpenFile: " in line
+    assert wait_until(lambda: ": opening: File not found (class 1, code 2)" in gateway.errors())
+    line = next(line for line in gateway.errors().splitlines() if "File not found" in line)
+    assert line.startswith(f"tester({UNIX_USER})\\\\PEER(pc)\\SHARE\\")
 
 
 def test_a_lost_connection_costs_no_call_and_no_file(gateway, nfs, place):
@@ -208,5 +208,7 @@ def test_a_lost_connection_costs_no_call_and_no_file(gateway, nfs, place):
 def test_a_wrong_password_is_told(tmp_path):
     with Gateway(machines={"pc": {"users": {"tester": "Another"}}}) as gateway:
         assert gateway.nfs.listing(gateway.share())  # "." and ".." of an empty directory
-        assert "SSTConnect: " in gateway.errors()
+        port = gateway.peers["pc"].port
+        assert f": logging on to 127.0.0.1 port {port}: Access denied (class 1, code 5); the user name or the pass" in (
+            gateway.errors())
         assert "Secret1" not in gateway.errors() + gateway.log()

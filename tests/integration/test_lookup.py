@@ -33,7 +33,7 @@ def test_a_name_server_knows_the_machine():
 def test_the_user_is_told_what_was_tried_in_vain(machine, more, tried):
     with Gateway(machines={machine: ANYWHERE}, settings=looked_up(machine, "NOBODY", more)) as gateway:
         gateway.nfs.listing(gateway.share())
-        lines = [line for line in gateway.errors().splitlines() if "Using " in line]
-        assert [line.split("Using ")[1] for line in lines][:len(tried)] == tried
+        line = next(line for line in gateway.errors().splitlines() if "Using " in line)
         names = [machine if means == "DNS" else "NOBODY" for means in tried]
-        assert [line.split("remote name(")[1].split(")")[0] for line in lines][:len(tried)] == names
+        means = "; ".join(f"Failed to find remote name({name}) Using {how}" for name, how in zip(names, tried))
+        assert f": looking for the machine: {means}; give its address in the key ipaddress" in line

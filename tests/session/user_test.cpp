@@ -48,9 +48,9 @@ class UserTest : public testing::Test {
 
 TEST_F(UserTest, ReportsAreAppendedAfterABannerAndARemovedFileIsMadeAnew) {
   std::ofstream(File()) << "before\n";
-  user.WriteLog("one");
+  user.WriteLog("one\n\u0085\u2029\x7F");
   EXPECT_TRUE(Read(File()).starts_with("before\n"));
-  EXPECT_TRUE(Read(File()).ends_with("\tHalden(5.60.514)\none\n"));
+  EXPECT_TRUE(Read(File()).ends_with("\tHalden(5.60.514)\none????\n"));
   std::filesystem::remove(File());
   user.WriteLog("two");
   EXPECT_TRUE(Read(File()).ends_with("\ntwo\n"));

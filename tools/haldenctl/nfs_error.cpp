@@ -18,6 +18,7 @@ constexpr Words kWords[] = {
      "permission denied. Files can only be changed inside a share; if the machine refused, the user's error file "
      "(the key logfile, else ~/.ostrelerrors) says why"},
     {NFSERR_EXIST, "it exists already"},
+    {NFSERR_XDEV, "it would go to another share or machine: copy it instead"},
     {NFSERR_NODEV, "there is no such device"},
     {NFSERR_NOTDIR, "isn't a directory"},
     {NFSERR_ISDIR, "is a directory"},

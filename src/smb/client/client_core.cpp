@@ -180,7 +180,7 @@ ZnSMBClient::Result ZnSMBClient::HandleMessage() {
 
   header_.command = Values::CmdNone;
   errorclass_ = header.error_class;
-  errorcode_ = static_cast<uint8_t>(header.error_code);
+  errorcode_ = header.error_code;
   if (errorclass_ == 0) return (this->*step->accepted)();
   Fail(Values::ErrSMB);
   return step->refused ? (this->*step->refused)() : ResultFailure;

@@ -150,10 +150,12 @@ class ZnSMBClient : public ZnNBTSession {
 
   Reason reason() const { return reason_; }
   uint8_t errorclass() const { return errorclass_; }
-  uint8_t errorcode() const { return errorcode_; }  // its low 8 bits
+  uint16_t errorcode() const { return errorcode_; }
   // Code times 256 plus class, 0 without an error: the key of ZnSMBErrorToString.
   unsigned errorkey() const { return errorcode_ * 256U + errorclass_; }
   uint32_t ipcstatus() const { return ipcstatus_; }
+  // The last request; CmdNone if the operation hasn't got as far as one.
+  ZnSMBClientValues::Command lastcommand() const { return lastcommand_; }
   // The reason in words for a log, several lines.
   ZnUniString ReasonAsString() const;
 
@@ -330,7 +332,7 @@ class ZnSMBClient : public ZnNBTSession {
   Reason reason_ = ZnSMBClientValues::ErrNone;
   Command lastcommand_ = ZnSMBClientValues::CmdNone;  // its last request
   uint8_t errorclass_ = 0;
-  uint8_t errorcode_ = 0;
+  uint16_t errorcode_ = 0;
   uint32_t ipcstatus_ = 0;
 
   // The conversation. The header's command is that of the request whose reply is awaited, or CmdNone.
