@@ -28,6 +28,7 @@ constexpr ZnKnownKey kKeys[] = {
     {Daemon, "mount/port", "(4242)", kPort, &D::port},
     {Daemon, "mount/realserver", "(127.0.0.1)", kText},
     {Daemon, "mount/mountpoint", nullptr, kText},
+    {Daemon, "mount/roothandle", nullptr, kText},
     {Daemon, "network/addresses", "(_)", kTexts, &D::addresses},
     {Daemon, "server/encoding/rpc", nullptr, kText},
     {Daemon, "server/encoding/default", "(ISO 8859-1)", kText},

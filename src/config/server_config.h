@@ -2,6 +2,8 @@
 // What the configuration says of the server as a whole.
 
 #include <algorithm>
+#include <array>
+#include <optional>
 
 #include "runtime/codeset.h"
 #include "runtime/inet_addr.h"
@@ -11,6 +13,7 @@
 struct ZnSMBNFSServerConfig {
   int32_t port = 4444;  // UDP, as configured: may be no port number at all
   int32_t usercachemode = 1;
+  std::optional<std::array<uint8_t, 32>> roothandle;  // of the file system's root; without one the first call brings it
   ZnUniString timezone;
   int32_t cleanupdelay = 10;  // seconds, as configured
   bool paranoidupdate = false;

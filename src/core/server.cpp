@@ -45,6 +45,7 @@ ZnSMBNFSServer::ZnSMBNFSServer(ZnProcess* process, ZnEventLoopBase* loop, const 
       cleanup_(this, &ZnSMBNFSServer::TimeoutCallback),
       timer_(loop, &cleanup_) {
   ReadAddresses();
+  if (config_.roothandle) TakeConfiguredRoot(*config_.roothandle);
   CatchSignals(process);
   ArmCleanUp();
 }
@@ -179,8 +180,14 @@ void ZnSMBNFSServer::ProcStatfs(const ZnInetAddr& source, ZnRPCAuthBlock& auth, 
   Begin(17, source, auth, xid, args);
 }
 
-// The daemon never invents the root's handle: it is the one the host was given at mount time, and the first call to ask
-// for attributes brings it.
+void ZnSMBNFSServer::TakeConfiguredRoot(const std::array<uint8_t, 32>& bytes) {
+  ZnNFSFileHandle handle;
+  handle.bytes = bytes;
+  filesystem_->_init(handle);
+}
+
+// The daemon never invents the root's handle: it is the one the host was given at mount time. Where the profile doesn't
+// tell it, the first call to ask for attributes brings it.
 void ZnSMBNFSServer::DefineRoot(const ZnInetAddr& source, const ZnNFSFileHandle& handle) {
   if (!filesystem_->IsInitialised() && IsServed(source)) filesystem_->_init(handle);
 }

@@ -69,7 +69,9 @@ class ZnSMBNFSServer : public ZnNFSServer, public ZnSMBNFSCommandHandler {
   bool IsServed(const ZnInetAddr& source) const;
   // False, after rejecting the call, while there is no root.
   bool CheckInited(const ZnInetAddr& source, uint32_t xid);
-  // The first GETATTR or STATFS of a caller that is served brings the root's handle.
+  // A profile that tells the root's handle makes it hold over restarts, whatever call comes first.
+  void TakeConfiguredRoot(const std::array<uint8_t, 32>& bytes);
+  // Else the first GETATTR or STATFS of a caller that is served brings it.
   void DefineRoot(const ZnInetAddr& source, const ZnNFSFileHandle& handle);
   // The road of every call with arguments: filters, root, command, first step.
   template <class Args>

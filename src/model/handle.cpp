@@ -1,10 +1,14 @@
 #include "model/handle.h"
 
+#include <sys/random.h>
+
+#include <cstdlib>
 #include <cstring>
 
 namespace {
 
-constexpr size_t kTopBytes = 8;
+constexpr size_t kEpoch = 8;      // where it begins
+constexpr size_t kTopBytes = 16;  // the number, and behind it the epoch
 constexpr size_t kWords = 8;
 
 // Adds one to the number in the words `last` down to `first` of the handle; true when it wrapped.
@@ -30,6 +34,18 @@ bool ZnSMBNFSHandle::InTop() const {
   return true;
 }
 
-void ZnSMBNFSHandle::IncBottom() { Increment(bytes.data(), 2, kWords - 1); }
+void ZnSMBNFSHandle::IncBottom() { Increment(bytes.data(), kTopBytes / 4, kWords - 1); }
 
-void ZnSMBNFSHandle::IncTop() { Increment(bytes.data(), 0, 1); }
+void ZnSMBNFSHandle::TakeBottom(const ZnSMBNFSHandle& other) {
+  memcpy(bytes.data() + kTopBytes, other.bytes.data() + kTopBytes, bytes.size() - kTopBytes);
+}
+
+void ZnSMBNFSHandle::IncTop() { Increment(bytes.data(), 0, kEpoch / 4 - 1); }
+
+void ZnSMBNFSHandle::DrawEpoch() {
+  uint8_t drawn[kTopBytes - kEpoch];
+  do {
+    if (getentropy(drawn, sizeof drawn) != 0) abort();
+  } while (memcmp(drawn, bytes.data() + kEpoch, sizeof drawn) == 0);
+  memcpy(bytes.data() + kEpoch, drawn, sizeof drawn);
+}

@@ -1,8 +1,9 @@
 #pragma once
 // The 32 bytes by which an NFS client names a node. Only this process reads them: eight 32-bit words in host order, of
-// which two are the top (a 64-bit number, one for each user, machine and share) and six the bottom (a counter inside
-// one machine's session). A node of a share has its machine's top, so the top tells which session knows the handle; no
-// path is kept in it.
+// which four are the top (a 64-bit number, one for each user, machine and share, and the epoch, 64 bits drawn at each
+// start) and four the bottom (a counter of all nodes inside machines). A node of a share has its machine's top, so the
+// top tells which session knows the handle; no path is kept in it. Handles of an earlier start bear another epoch, so
+// none of them ever leads to a node of this one.
 
 #include <array>
 #include <bit>
@@ -18,10 +19,14 @@ class ZnSMBNFSHandle : public ZnNFSFileHandle {
   void TopOnly();
   // True for the handles of levels 0 to 3: the bottom is all zero.
   bool InTop() const;
-  // Adds one to the bottom counter: word 0 (the last four bytes) first, carrying as far as word 5.
+  // Adds one to the bottom counter: word 0 (the last four bytes) first, carrying as far as word 3.
   void IncBottom();
-  // Adds one to the top, a 64-bit number.
+  // Takes over another handle's bottom.
+  void TakeBottom(const ZnSMBNFSHandle& other);
+  // Adds one to the top's number.
   void IncTop();
+  // Replaces the epoch by a random one, which differs from the one before.
+  void DrawEpoch();
 };
 
 template <>

@@ -46,7 +46,6 @@ class ZnSMBNFSSessionBase {
 
   ZnSMBNFSNode* machinenode = nullptr;  // owns this session
   ZnSMBNFSMachineConfig config;         // a copy
-  ZnSMBNFSHandle handlecounter;         // the next handle inside this session
   bool needsreload = false;
   ZnMoment lastactivity;  // last command queued or finished, clean-ups excepted
   std::list<std::unique_ptr<ZnSMBNFSTree>> trees;

@@ -22,11 +22,13 @@ class ZnSMBNFSFileSystem : public ZnSMBNFSSessionHost {
   ~ZnSMBNFSFileSystem() override;
 
   // --- Nodes and handles (nodes.cpp) ---
-  // Builds the root from the handle of the first GETATTR or STATFS that arrives, whatever its bytes are.
+  // Builds the root from the handle of the profile, or else of the first GETATTR or STATFS that arrives, whatever its
+  // bytes are. The other handles of the tree are of an epoch of their own.
   void _init(const ZnNFSFileHandle& handle);
   bool IsInitialised() const { return root_ != nullptr; }
   ZnSMBNFSNode* root() { return root_.get(); }
-  // A file id for a node: never 0 to 2 and never that of an ancestor, since ids serve as directory cookies.
+  // A file id for a node: never 0 to 2 and never that of an ancestor, since ids serve as directory cookies. They are
+  // counted on from a random start.
   uint32_t NextId(ZnSMBNFSNode* node);
   // Makes a node of level 4 or deeper from an entry of a listing of `parent`. Owned by the session's handle dictionary.
   ZnSMBNFSNode* AddNode(ZnSMBNFSNode* parent, const ZnSMBCFileObject& entry);
@@ -166,10 +168,11 @@ class ZnSMBNFSFileSystem : public ZnSMBNFSSessionHost {
   ZnSMBNFSCommandHandler* server_;
   ZnEventLoopBase* loop_;
   ZnSMBNFSServerConfig config_;
-  ZnNFSFattr baseattribs_;    // template of every node's attributes
-  ZnSMBNFSHandle inchandle_;  // the next top
-  uint32_t nextid_ = 2;       // the last id handed out
-  uint32_t listings_ = 0;     // merged so far
+  ZnNFSFattr baseattribs_;     // template of every node's attributes
+  ZnSMBNFSHandle inchandle_;   // the next top
+  ZnSMBNFSHandle lastinside_;  // the last bottom; of all machines, so that none comes again with a new session
+  uint32_t nextid_ = 2;        // the last id handed out
+  uint32_t listings_ = 0;      // merged so far
   std::unordered_set<ZnSMBNFSSessionBase*> sessions_;
   std::unique_ptr<ZnSMBNFSNode> root_;
   ZnSMBNFSHandleDictionary handles_;  // owns levels 1 to 3

@@ -1,6 +1,9 @@
 // Nodes and handles: how they are made, numbered and destroyed.
 
+#include <sys/random.h>
+
 #include <algorithm>
+#include <cstdlib>
 
 #include "config/smbnfs_config.h"
 #include "model/directory_index.h"
@@ -18,6 +21,16 @@ constexpr uint32_t kDirectoryBit = 0040000;
 constexpr uint32_t kBlockSize = 512;
 constexpr uint8_t kServerNameType = 32;
 
+// Where the count of file ids begins: anywhere in the lower half of what there is. A client that knew an earlier start
+// hardly ever sees an id again for another object (of two starts with a million entries each, one pair in a thousand
+// overlaps), and 2^31 ids are left before the count comes round, which takes a day of 24,000 new entries a second. A
+// hash of the path would give a new file the id of the one that was removed from its place, which a count never does.
+uint32_t FirstFreeId() {
+  uint32_t drawn = 0;
+  if (getentropy(&drawn, sizeof drawn) != 0) abort();
+  return std::max(drawn >> 1, kRootId);
+}
+
 }  // namespace
 
 ZnSMBNFSFileSystem::ZnSMBNFSFileSystem(ZnSMBNFSCommandHandler* server, ZnEventLoopBase* loop,
@@ -28,7 +41,7 @@ ZnSMBNFSFileSystem::ZnSMBNFSFileSystem(ZnSMBNFSCommandHandler* server, ZnEventLo
 ZnSMBNFSFileSystem::~ZnSMBNFSFileSystem() { handles_.Flush(); }
 
 void ZnSMBNFSFileSystem::_init(const ZnNFSFileHandle& handle) {
-  nextid_ = kRootId;
+  nextid_ = FirstFreeId();
   baseattribs_.type = ZnNFSEnum::NFDIR;
   baseattribs_.mode = kDirectoryMode;
   baseattribs_.nlink = 1;
@@ -39,6 +52,7 @@ void ZnSMBNFSFileSystem::_init(const ZnNFSFileHandle& handle) {
   baseattribs_.atime = baseattribs_.mtime = baseattribs_.ctime = ZnNfsTime(ZnTimeVal::now());
 
   inchandle_ = ZnSMBNFSHandle(handle);
+  inchandle_.DrawEpoch();
   inchandle_.IncTop();
 
   root_ = std::make_unique<ZnSMBNFSNode>();
@@ -118,8 +132,9 @@ ZnSMBNFSNode* ZnSMBNFSFileSystem::AddNode(ZnSMBNFSNode* parent, const ZnSMBCFile
   node->machinenode = parent->machinenode;
   node->sharenode = parent->sharenode;
   node->handles = &session->handles;
-  node->handle = session->handlecounter;
-  session->handlecounter.IncBottom();
+  node->handle = parent->machinenode->handle;
+  lastinside_.IncBottom();
+  node->handle.TakeBottom(lastinside_);
   node->id = NextId(node);
   UpdateNode(node, entry, true);
   session->handles.Insert(node->handle, std::move(owned));
@@ -205,8 +220,6 @@ ZnSMBNFSSessionBase* ZnSMBNFSFileSystem::GetSession(ZnSMBNFSNode* node) {
   machine->session = MakeSession(machine, config);
   machine->session->machinenode = machine;
   machine->session->config = config;
-  machine->session->handlecounter = machine->handle;
-  machine->session->handlecounter.IncBottom();
   return machine->session.get();
 }
 

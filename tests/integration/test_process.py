@@ -109,6 +109,7 @@ def test_signal_sent_as_soon_as_the_parent_has_gone_is_not_lost(profile, logs):
     ("absent", None, "Failed to initialise the server: Failed to stat() configuration file"),
     ("logs", None, "Failed to read from config file: "),
     ("broken", "[broken\n", "Failed to parse contents of config file: "),
+    ("rootless", "[nfsserver/mount/roothandle={(12)}]\n", "Change the nfsserver/mount/roothandle key"),
     ("useless", "[nfsserver/network/addresses={}]\n", "No addresses to accept calls from were specified."),
 ])
 def test_unusable_profile(tmp_path, logs, name, text, reason):

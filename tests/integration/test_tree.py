@@ -130,6 +130,16 @@ def test_handles_of_what_has_gone_are_stale(nfs):
     assert nfs.lookup(eve, "gone").file != machine
 
 
+def test_a_root_of_the_profile_outlives_a_restart_and_no_other_handle_does():
+    handles = []
+    for _ in range(2):
+        with Daemon(f"[nfsserver/mount/roothandle={{({ROOT.hex()})}}]\n{profile()}") as daemon:
+            with daemon.client(uid=OWNER.pw_uid, timeout=30, encoding="utf-8") as nfs:
+                assert [status(nfs.getattr, handle) for handle in handles] == [70] * len(handles)
+                handles = [nfs.walk(ROOT, path).file for path in ("ann", "ann/pc1", "ann/pc1/share 1")]
+                assert [status(nfs.getattr, handle) for handle in handles] == [0] * len(handles)
+
+
 def test_nothing_is_changed_above_a_share(nfs):
     user = nfs.lookup(ROOT, "ann").file
     machine = nfs.lookup(user, "pc1").file

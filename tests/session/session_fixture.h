@@ -64,8 +64,8 @@ class SessionTest : public ScriptedServerTest, public ZnSMBNFSSessionHost, publi
     made->path = "\\";
     made->machinenode = &machine;
     made->sharenode = &share;
-    made->handle = session->handlecounter;
-    session->handlecounter.IncBottom();
+    lasthandle.IncBottom();
+    made->handle = lasthandle;
     made->attribs.type = ZnNFSEnum::NFREG;
     session->handles.Insert(made->handle, std::move(node));
     return made;
@@ -153,6 +153,7 @@ class SessionTest : public ScriptedServerTest, public ZnSMBNFSSessionHost, publi
   ZnSMBNFSNode root, user, machine, share;
   NotedUser* told = nullptr;
   ZnSMBNFSSession* session = nullptr;
+  ZnSMBNFSHandle lasthandle;
   std::vector<Call> calls;
   std::vector<int> ended;  // how calls ended, in order: 0 or a status of NFS
   std::string data;        // of the call that ended last

@@ -27,20 +27,31 @@ TEST(Handle, BottomCountsWithCarryAndTopIsA64BitNumber) {
   EXPECT_EQ(words[1], 0U);
 }
 
-TEST_F(Nodes, RootTakesAnyHandleAndTopsFollowIt) {
-  ZnSMBNFSNode* user = Walk({"u"});
-  ZnSMBNFSHandle expected(filesystem.root()->handle);
-  expected.IncTop();
-  expected.TopOnly();
-  EXPECT_EQ(user->handle, expected);
+TEST_F(Nodes, RootTakesAnyHandleAndTopsAreOfThisStartAlone) {
+  const ZnNFSFileHandle root = filesystem.root()->handle;
   ZnSMBNFSNode* share = Share();
-  EXPECT_TRUE(share->handle.InTop());
   List(share, {Entry("f")});
   ZnSMBNFSNode* file = Child(share, "f");
+  EXPECT_TRUE(share->handle.InTop());
   EXPECT_FALSE(file->handle.InTop());
   ZnSMBNFSHandle top = file->handle;
   top.TopOnly();
   EXPECT_EQ(top, share->machinenode->handle) << "the top tells the machine";
+
+  TestFileSystem restarted{&handler, nullptr, ZnSMBNFSServerConfig()};
+  restarted._init(root);
+  auto command = CommandAt(restarted.root());
+  restarted.BUpdateNodeContents(command.get());
+  const ZnSMBNFSNode* user = *restarted.root()->children.Find("u");
+  EXPECT_EQ(restarted.root()->handle, root);
+  EXPECT_NE(user->handle, Walk({"u"})->handle);
+  EXPECT_NE(user->id, Walk({"u"})->id);
+  for (const ZnSMBNFSNode* node : {filesystem.root(), Walk({"u"}), share, file}) {
+    auto find = CommandAt(nullptr);
+    find->handle = node->handle;
+    restarted.NBFindByHandle(find.get());
+    EXPECT_EQ(find->error, node->IsRoot() ? ZnNFSEnum::NFS_OK : ZnNFSEnum::NFSERR_STALE);
+  }
 }
 
 TEST_F(Nodes, FindByHandleKnowsLivingNodesOnly) {
