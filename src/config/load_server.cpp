@@ -9,7 +9,7 @@ namespace {
 ZnUniString ResolveWinsServers(const ZnDList<ZnUniString>& names, ZnDList<ZnInetAddr>& servers) {
   for (const ZnUniString& name : names) {
     ZnDList<ZnInetAddr> addresses;
-    ZnDNS::GetAddressList(name, addresses);
+    ZnDNS::AwaitAddressList(name, addresses);
     if (addresses.IsEmpty()) return "Failed to calculate IP address of WINS server: " + name;
     servers.Append(addresses[0]);
   }

@@ -7,14 +7,12 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
-#include <memory>
 
 #include "config/smbnfs_config.h"
 #include "core/fork_gate.h"
 #include "core/server.h"
 #include "model/log_catalogue.h"
 #include "rpc/xdr.h"
-#include "runtime/dns.h"
 #include "runtime/poll_event_loop.h"
 #include "runtime/sys_encoding.h"
 #include "runtime/unix_process.h"
@@ -27,8 +25,6 @@ enum ExitCode {
   kCannotStart = 1,
   kNoSecurity = 2
 };  // others: a fatal signal's number, or the loop's code
-
-constexpr size_t kDNSCacheSize = 100;
 
 MyLogger mylog;
 
@@ -119,7 +115,6 @@ int main(int argc, char** argv) {
     exit(kNoSecurity);
   }
   ZnUserCache::InitialiseCache(config.usercachemode);
-  ZnDNS::SetCache(std::make_unique<ZnDNSCache>(kDNSCacheSize));
   fclose(stdin);
 
   ZnUnixProcess process;

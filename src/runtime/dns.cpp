@@ -2,109 +2,79 @@
 
 #include <netdb.h>
 
-#include <cstdlib>
-#include <cstring>
+#include <algorithm>
 
+#include "runtime/dns_resolver.h"
 #include "runtime/host_text.h"
 #include "runtime/sys_encoding.h"
 
 namespace {
 
-constexpr uint32_t kAdditionsBetweenExpiries = 200;
+struct State {
+  std::unique_ptr<ZnDNSResolver> resolver;
+  ZnDNSCache cache;
+};
 
-ZnUniString FromResolver(const char* name) {
-  return ZnUniString::CreateFrom(name, strlen(name), ZnSysEncoding::dnsname, ZnSysEncoding::dnsnameopt);
+State& TheState() {
+  static State state{std::make_unique<ZnHostResolver>(), {}};
+  return state;
 }
 
-ZnDNSCache::HostEntry Convert(const hostent& host) {
-  ZnDNSCache::HostEntry entry;
-  entry.name = FromResolver(host.h_name);
-  for (char** alias = host.h_aliases; *alias; alias++) entry.aliases.Append(FromResolver(*alias));
-  for (char** bytes = host.h_addr_list; *bytes; bytes++) {
-    in_addr address;
-    memcpy(&address, *bytes, sizeof address);
-    entry.addresses.Append(ZnInetAddr(address));
-  }
-  return entry;
-}
-
-ZnDNSCache::HostEntry Failed(int result) {
-  ZnDNSCache::HostEntry entry;
-  entry.result = result;
-  return entry;
+ZnUniString Canonical(ZnUniString name) {
+  name.LowerCase();
+  return name;
 }
 
 }  // namespace
 
-ZnDNSCache::HostEntry ZnDNSCache::Resolve(const ZnUniString& name) {
-  auto hostname = ZnHostText(name, ZnSysEncoding::dnsname, ZnSysEncoding::dnsnameopt);
-  if (!hostname) return Failed(ZnDNS::HostNotFound);
-  const hostent* host = gethostbyname(ZnCStringOf(*hostname));
-  if (!host) return Failed(ZnDNS::herrortocode(h_errno));
-  if (host->h_addrtype != AF_INET || host->h_length != sizeof(in_addr)) return Failed(ZnDNS::NoAddress);
-  return Convert(*host);
+void ZnDNSQuery::TakeAnswer(const ZnUniString& name, ZnDList<ZnInetAddr> addresses, std::chrono::seconds ttl) {
+  const auto kept = addresses.IsEmpty() ? ZnDNSCache::kFailureKept : std::min(ttl, ZnDNSCache::kLongest);
+  answer_ = ZnDNSAnswer{std::move(addresses), ZnSteadyClock::now() + kept};
+  TheState().cache.Keep(name, *answer_);
 }
 
-int ZnDNSCache::GetHostByName(const ZnUniString& name, HostEntry& entry) {
-  ZnUniString key = ZnDNS::Canonicalise(name);
-  if (HostEntry* cached = nameentry_.Find(key)) {
-    cached->uses++;
-    entry = *cached;
-    return entry.result;
+const ZnDNSAnswer* ZnDNSCache::Find(const ZnUniString& name) {
+  const ZnDNSAnswer* answer = entries_.Find(Canonical(name));
+  return answer && ZnSteadyClock::now() < answer->until ? answer : nullptr;
+}
+
+void ZnDNSCache::Keep(const ZnUniString& name, const ZnDNSAnswer& answer) {
+  Forget(name);
+  if (entries_.Count() >= kMostEntries) MakeRoom();
+  entries_.Insert(Canonical(name), answer);
+}
+
+void ZnDNSCache::Forget(const ZnUniString& name) { entries_.Remove(Canonical(name)); }
+
+void ZnDNSCache::MakeRoom() {
+  const auto first = std::min_element(entries_.begin(), entries_.end(),
+                                      [](const auto& a, const auto& b) { return a.value.until < b.value.until; });
+  const ZnUniString name = first->key;
+  entries_.Remove(name);
+}
+
+std::unique_ptr<ZnDNSQuery> ZnDNS::Ask(ZnEventLoopBase* loop, const ZnUniString& name, ZnDNSQuery::Callback* callback) {
+  State& state = TheState();
+  if (const ZnDNSAnswer* kept = state.cache.Find(name)) return std::make_unique<ZnDNSQuery>(*kept);
+  return state.resolver->Ask(loop, name, callback);
+}
+
+void ZnDNS::Forget(const ZnUniString& name) { TheState().cache.Forget(name); }
+
+void ZnDNS::AwaitAddressList(const ZnUniString& name, ZnDList<ZnInetAddr>& list) {
+  const auto hostname = ZnHostText(name, ZnSysEncoding::dnsname, ZnSysEncoding::dnsnameopt);
+  addrinfo hints = {};
+  hints.ai_family = AF_INET;
+  hints.ai_socktype = SOCK_STREAM;
+  addrinfo* found = nullptr;
+  if (!hostname || getaddrinfo(ZnCStringOf(*hostname), nullptr, &hints, &found) != 0) return;
+  for (const addrinfo* one = found; one; one = one->ai_next) {
+    list.Append(ZnInetAddr(reinterpret_cast<const sockaddr_in*>(one->ai_addr)->sin_addr));
   }
-  entry = Resolve(name);
-  nameentry_.Insert(key, entry);
-  AddCount();
-  return entry.result;
+  freeaddrinfo(found);
 }
 
-void ZnDNSCache::AddCount() {
-  if (++additions_ % kAdditionsBetweenExpiries == 0) Expire();
-}
-
-// Entries go by chance, from a random place of the table on and around its end: none has an age to go by.
-void ZnDNSCache::Expire() {
-  size_t bucket = static_cast<size_t>(rand()) % nameentry_.BucketCount();
-  ZnDictionary<ZnUniString, HostEntry>::Iterator position(&nameentry_, bucket);
-  while (nameentry_.Count() > size_) {
-    if (position == nameentry_.end()) position = nameentry_.begin();
-    ZnUniString dying = position->key;
-    ++position;
-    nameentry_.Remove(dying);
-  }
-}
-
-std::unique_ptr<ZnDNSCache> ZnDNS::cache_;
-
-void ZnDNS::SetCache(std::unique_ptr<ZnDNSCache> cache) { cache_ = std::move(cache); }
-
-int ZnDNS::GetAddressList(const ZnUniString& name, ZnDList<ZnInetAddr>& list) {
-  ZnDNSCache::HostEntry entry;
-  int result = cache_ ? cache_->GetHostByName(name, entry) : ZnDNSCache(0).GetHostByName(name, entry);
-  if (result != Success) return result;
-  for (const ZnInetAddr& address : entry.addresses) list.Append(address);
-  return Success;
-}
-
-ZnUniString ZnDNS::Canonicalise(const ZnUniString& name) {
-  ZnUniString canonical = name;
-  canonical.LowerCase();
-  return canonical;
-}
-
-ZnDNS::Result ZnDNS::herrortocode(int herror) {
-  switch (herror) {
-    case 0:
-      return Success;
-    case HOST_NOT_FOUND:
-      return HostNotFound;
-    case TRY_AGAIN:
-      return TryAgain;
-    case NO_RECOVERY:
-      return NoRecovery;
-    case NO_DATA:
-      return NoAddress;
-    default:
-      return Unknown;
-  }
+void ZnDNS::SetResolver(std::unique_ptr<ZnDNSResolver> resolver) {
+  if (!resolver) resolver = std::make_unique<ZnHostResolver>();
+  TheState() = State{std::move(resolver), {}};
 }

@@ -5,12 +5,15 @@
 //
 // What a session keeps from one command to the next: the server's address, the connection with its logon, the connected
 // shares, and the open files. All but the address go with the connection, and the next command that needs them gets
-// them anew.
+// them anew. An address goes when its time is up or a connection to it fails.
+
+#include <span>
 
 #include "model/command.h"
 #include "model/session_base.h"
 #include "model/upward.h"
 #include "netbios/nbt_name_query.h"
+#include "runtime/dns.h"
 #include "runtime/os_stream.h"
 #include "session/command_queue.h"
 #include "smb/client/smb_client.h"
@@ -82,19 +85,26 @@ class ZnSMBNFSSession : public ZnSMBNFSSessionBase, protected ZnSMBClient {
 
   // ---- address, connection, trees (session_address.cpp, session_connect.cpp) ----
 
+  struct Means;
+  static const Means kMeans[];
   void FindAddress(Command& command);
-  void GetAddress(unsigned stage);
-  void ResolveConfigured();
-  bool DNSFirst() const;
-  void AskDNS();
+  std::span<const Means> MeansToTry() const;
+  void TryMeans();
+  void MeansTried();
+  bool AskDNS();
+  bool AskHost(const ZnUniString& name);
+  void TakeHost(const ZnDNSAnswer& answer);
   bool AskWINS();
   bool AskBroadcast();
-  void NotFound(const ZnUniString& name, const char* means);
-  void TakeResults();
+  bool AskByName(const ZnDList<ZnInetAddr>& whom, bool broadcast);
+  void DNSLookupCB(ZnCallback<const ZnDNSAnswer&>*, const ZnDNSAnswer& answer);
+  void NameLookupCB(ZnCallback<bool>*, bool found);
+  void TakeAddress(const ZnInetAddr& address, ZnMoment until);
   void AddressDone();
-  void WinsLookupCB(ZnCallback<bool>*, bool found);
-  void BcastLookupCB(ZnCallback<bool>*, bool found);
+  void ForgetAddress();
 
+  // There is a connection, and the two ends are of one mind.
+  bool IsUsable() const { return ZnSMBClient::IsConnected() && !OutOfStep(); }
   void CheckConnected(Command& command);
   void CheckTreeConnected(Command& command);
   void ApplySettings();
@@ -183,8 +193,8 @@ class ZnSMBNFSSession : public ZnSMBNFSSessionBase, protected ZnSMBClient {
 
   ZnSMBNFSSessionHost* host_;
   ZnSimpleCallback<Result, ZnSMBNFSSession> callback_{this, &ZnSMBNFSSession::Callback};
-  ZnSimpleCallback<bool, ZnSMBNFSSession> winscallback_{this, &ZnSMBNFSSession::WinsLookupCB};
-  ZnSimpleCallback<bool, ZnSMBNFSSession> bcastcallback_{this, &ZnSMBNFSSession::BcastLookupCB};
+  ZnSimpleCallback<bool, ZnSMBNFSSession> namecallback_{this, &ZnSMBNFSSession::NameLookupCB};
+  ZnSimpleCallback<const ZnDNSAnswer&, ZnSMBNFSSession> dnscallback_{this, &ZnSMBNFSSession::DNSLookupCB};
 
   ZnSMBNFSCommandQueue queue_;
   bool busy_ = false;      // the head has begun
@@ -195,7 +205,11 @@ class ZnSMBNFSSession : public ZnSMBNFSSessionBase, protected ZnSMBClient {
 
   ZnInetAddr address_;
   bool addressknown_ = false;
+  ZnMoment addressuntil_;                      // how long the address may be relied on
+  std::span<const Means> means_;               // to be tried; the first is being tried
   std::unique_ptr<ZnNBTNameQuery> namequery_;  // while a look-up goes on
+  std::unique_ptr<ZnDNSQuery> dnsquery_;       // the same through DNS
+  ZnUniString dnsname_;                        // the last that DNS was asked for
   ZnOSStream lookup_;                          // what has been tried in vain
 
   unsigned serverclass_ = 0;

@@ -1,5 +1,5 @@
-// Finding the server's address: as configured, or by the machine's name through DNS, name servers and broadcast. Once
-// found it stays for the life of the session.
+// Finding the server's address: as configured, or by the machine's name through DNS, name servers and broadcast. It is
+// kept for its time, and only until a connection to it fails.
 
 #include "config/server_config.h"
 #include "runtime/dns.h"
@@ -10,110 +10,132 @@ namespace {
 constexpr uint16_t kSessionServicePort = 139;
 constexpr std::chrono::milliseconds kNameQueryWait{500};
 constexpr int kNever = 0, kByLookOfName = 1;
+// For how long an address is kept that came without a time of its own.
+constexpr std::chrono::seconds kAddressKept{300};
 
 }  // namespace
 
-void ZnSMBNFSSession::FindAddress(Command&) { GetAddress(0); }
+// A means of finding an address. `ask` gives true when the answer will come by a callback.
+struct ZnSMBNFSSession::Means {
+  const char* name;
+  bool (ZnSMBNFSSession::*ask)();
+};
 
-// A name with a dot is asked for by DNS first, a plain one last; name servers and broadcast stand between. The stages
-// are: 0 from the start, 1 after the name servers, 2 after broadcast.
-void ZnSMBNFSSession::GetAddress(unsigned stage) {
-  if (stage == 0) {
-    if (addressknown_) return Advance();
-    lookup_.Truncate();
-    if (config.ipaddress != "*") {
-      ResolveConfigured();
-      return AddressDone();
-    }
-    if (DNSFirst()) AskDNS();
-    if (!addressknown_ && AskWINS()) return;
+const ZnSMBNFSSession::Means ZnSMBNFSSession::kMeans[] = {
+    {"DNS", &ZnSMBNFSSession::AskDNS},
+    {"WINS", &ZnSMBNFSSession::AskWINS},
+    {"NetBIOS broadcasts", &ZnSMBNFSSession::AskBroadcast},
+    {"DNS", &ZnSMBNFSSession::AskDNS},
+};
+
+void ZnSMBNFSSession::FindAddress(Command&) {
+  if (IsUsable() || (addressknown_ && ZnSteadyClock::now() < addressuntil_)) return Advance();
+  addressknown_ = false;
+  lookup_.Truncate();
+  if (config.ipaddress == "*") {
+    means_ = MeansToTry();
+    return TryMeans();
   }
-  if (stage <= 1 && !addressknown_) {
-    if (!host_->serverconfig().winsservers.IsEmpty()) NotFound(config.nbtname, "WINS");
-    if (AskBroadcast()) return;
-  }
-  if (!addressknown_) {
-    NotFound(config.nbtname, "NetBIOS broadcasts");
-    if (config.dnslookup == kByLookOfName && !DNSFirst()) AskDNS();
+  means_ = {};
+  if (!AskHost(config.ipaddress)) AddressDone();
+}
+
+// A name with a dot is asked for by DNS first, a plain one last; name servers and broadcast stand between.
+std::span<const ZnSMBNFSSession::Means> ZnSMBNFSSession::MeansToTry() const {
+  const std::span<const Means> all(kMeans);
+  const bool dotted = config.machine.Search(u'.') != ZnUniString::kNotFound;
+  if (config.dnslookup == kNever) return all.subspan(1, 2);
+  const bool last = config.dnslookup == kByLookOfName && !dotted;
+  return last ? all.subspan(1) : all.first(3);
+}
+
+// Until one has found the address, or says that it will tell later.
+void ZnSMBNFSSession::TryMeans() {
+  while (!addressknown_ && !means_.empty()) {
+    if ((this->*means_.front().ask)()) return;
+    MeansTried();
   }
   AddressDone();
 }
 
-void ZnSMBNFSSession::ResolveConfigured() {
-  ZnDList<ZnInetAddr> addresses;
-  addressknown_ = ZnDNS::GetAddressList(config.ipaddress, addresses) == ZnDNS::Success;
-  if (addressknown_) {
-    address_ = addresses[0];
-  } else {
-    lookup_ << "Failed to interpret IP address of server: " << config.ipaddress;
-  }
+// The user sees each means that was tried in vain.
+void ZnSMBNFSSession::MeansTried() {
+  const Means& tried = means_.front();
+  means_ = means_.subspan(1);
+  const bool nobody = tried.ask == &ZnSMBNFSSession::AskWINS && host_->serverconfig().winsservers.IsEmpty();
+  if (addressknown_ || nobody) return;
+  const ZnUniString& name = tried.ask == &ZnSMBNFSSession::AskDNS ? config.machine : config.nbtname;
+  if (!lookup_.IsEmpty()) lookup_ << "; ";
+  lookup_ << "Failed to find remote name(" << name << ") Using " << tried.name;
 }
 
-bool ZnSMBNFSSession::DNSFirst() const {
-  if (config.dnslookup == kNever) return false;
-  bool dotted = config.machine.Search(u'.') != ZnUniString::kNotFound;
-  return config.dnslookup != kByLookOfName || dotted;
+bool ZnSMBNFSSession::AskDNS() { return AskHost(config.machine); }
+
+bool ZnSMBNFSSession::AskHost(const ZnUniString& name) {
+  dnsname_ = name;
+  dnsquery_ = ZnDNS::Ask(host_->eventloop(), name, &dnscallback_);
+  if (!dnsquery_->IsAnswered()) return true;
+  TakeHost(dnsquery_->Answer());
+  return false;
 }
 
-// Holds the loop up until the host's resolver has answered.
-void ZnSMBNFSSession::AskDNS() {
-  ZnDList<ZnInetAddr> addresses;
-  addressknown_ = ZnDNS::GetAddressList(config.machine, addresses) == ZnDNS::Success;
-  if (addressknown_) {
-    address_ = addresses[0];
-  } else {
-    NotFound(config.machine, "DNS");
-  }
+void ZnSMBNFSSession::DNSLookupCB(ZnCallback<const ZnDNSAnswer&>*, const ZnDNSAnswer& answer) {
+  TakeHost(answer);
+  if (!means_.empty()) MeansTried();
+  TryMeans();
+}
+
+void ZnSMBNFSSession::TakeHost(const ZnDNSAnswer& answer) {
+  if (!answer.addresses.IsEmpty()) TakeAddress(answer.addresses[0], answer.until);
+  dnsquery_.reset();  // and the answer with it
 }
 
 std::unique_ptr<ZnNBTNameQuery> ZnSMBNFSSession::MakeNameQuery() {
   return std::make_unique<ZnNBTNameQuery>(host_->eventloop(), 0);
 }
 
-// These two give true when the answer will come by a callback.
 bool ZnSMBNFSSession::AskWINS() {
-  namequery_ = MakeNameQuery();
-  namequery_->SetDefaults(0, kNameQueryWait);
   const ZnDList<ZnInetAddr>& servers = host_->serverconfig().winsservers;
-  return !servers.IsEmpty() && namequery_->Lookup(Server(), servers, &winscallback_, -1, {}, false);
+  return !servers.IsEmpty() && AskByName(servers, false);
 }
 
-bool ZnSMBNFSSession::AskBroadcast() {
-  if (namequery_->Lookup(Server(), ZnNBTNameQuery::BroadcastAddresses(), &bcastcallback_, -1, {}, true)) {
-    return true;
-  }
+bool ZnSMBNFSSession::AskBroadcast() { return AskByName(ZnNBTNameQuery::BroadcastAddresses(), true); }
+
+bool ZnSMBNFSSession::AskByName(const ZnDList<ZnInetAddr>& whom, bool broadcast) {
+  namequery_ = MakeNameQuery();
+  namequery_->SetDefaults(0, kNameQueryWait);
+  if (namequery_->Lookup(Server(), whom, &namecallback_, -1, {}, broadcast)) return true;
   namequery_.reset();
   return false;
 }
 
-void ZnSMBNFSSession::WinsLookupCB(ZnCallback<bool>*, bool found) {
-  if (found) TakeResults();
-  if (addressknown_) namequery_.reset();
-  GetAddress(1);
-}
-
-void ZnSMBNFSSession::BcastLookupCB(ZnCallback<bool>*, bool found) {
-  if (found) TakeResults();
-  namequery_.reset();
-  GetAddress(2);
-}
-
-void ZnSMBNFSSession::TakeResults() {
+void ZnSMBNFSSession::NameLookupCB(ZnCallback<bool>*, bool found) {
   ZnDList<ZnInetAddr> addresses;
-  addressknown_ = namequery_->LookupResults(addresses);
-  if (addressknown_) address_ = addresses[0];
-}
-
-// The user sees each means that was tried.
-void ZnSMBNFSSession::NotFound(const ZnUniString& name, const char* means) {
-  if (!lookup_.IsEmpty()) lookup_ << "; ";
-  lookup_ << "Failed to find remote name(" << name << ") Using " << means;
+  if (found && namequery_->LookupResults(addresses)) {
+    TakeAddress(addresses[0], ZnSteadyClock::now() + kAddressKept);
+  }
+  namequery_.reset();
+  MeansTried();
+  TryMeans();
 }
 
 // What was configured as the port may be no port number.
-void ZnSMBNFSSession::AddressDone() {
-  if (!addressknown_) return SendError(lookup_.text(), ZnNFSEnum::NFSERR_IO);
-  bool usable = config.port > 0 && config.port <= 0xFFFF;
+void ZnSMBNFSSession::TakeAddress(const ZnInetAddr& address, ZnMoment until) {
+  addressknown_ = true;
+  address_ = address;
+  addressuntil_ = until;
+  const bool usable = config.port > 0 && config.port <= 0xFFFF;
   address_.Port(usable ? config.port : kSessionServicePort);
-  Advance();
+}
+
+void ZnSMBNFSSession::AddressDone() {
+  if (addressknown_) return Advance();
+  if (lookup_.IsEmpty()) lookup_ << "Failed to interpret IP address of server: " << config.ipaddress;
+  SendError(lookup_.text(), ZnNFSEnum::NFSERR_IO);
+}
+
+// The machine may have moved.
+void ZnSMBNFSSession::ForgetAddress() {
+  addressknown_ = false;
+  if (!dnsname_.IsEmpty()) ZnDNS::Forget(dnsname_);
 }

@@ -32,6 +32,7 @@ void ZnSMBNFSSession::CallFailed(bool atonce) {
   const bool retry = MayRetry(command, atonce);
   NoteFailure(command);
   if (command.refusal != 0) answered_ = true;
+  if (command.sessionstatus == E::SSTConnect && command.refusal == 0) ForgetAddress();
   if (command.sessionstatus == E::SSTConnect || ConversationIsOver()) DropConnection();
   if (retry) {
     command.retried = true;

@@ -27,7 +27,7 @@ unsigned ClassOf(const ZnSMBServerInfo& server) {
 
 void ZnSMBNFSSession::CheckConnected(Command&) {
   flushing_ = false;
-  if (IsConnected() && !OutOfStep()) return Advance();
+  if (IsUsable()) return Advance();
   DropConnection();
   ApplySettings();
   ZnMachine server = Server();

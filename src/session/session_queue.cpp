@@ -16,6 +16,7 @@ ZnSMBNFSSession::ZnSMBNFSSession(ZnSMBNFSNode* machine, ZnSMBNFSSessionHost* hos
 ZnSMBNFSSession::~ZnSMBNFSSession() {
   host_->RemoveSession(this);
   namequery_.reset();
+  dnsquery_.reset();
   Disconnect();
   DropFiles();
   for (auto& [command, position] : queue_) {
@@ -90,6 +91,7 @@ void ZnSMBNFSSession::Complete(Command& command) {
 // mustn't reach the next.
 void ZnSMBNFSSession::AbandonCall() {
   namequery_.reset();
+  dnsquery_.reset();
   if (IsBusy()) DropConnection();
 }
 

@@ -1,12 +1,19 @@
 """How the address of a machine is found: through DNS, a name server, broadcast, in the order that the configuration gives."""
 
+import contextlib
 import pathlib
+import socket
+import subprocess
 import sys
+import threading
+import time
 
 import pytest
 
 sys.path.insert(0, str(pathlib.Path(__file__).parents[1] / "support"))
 from gateway import Gateway  # noqa: E402
+from nfs_raw import u32  # noqa: E402
+from smb_peer import enter_private_network  # noqa: E402
 
 ANYWHERE = {"nmbd": True, "options": {"bind interfaces only": "no"}}
 WINS = "[nfsserver/server/winsservers={(127.0.0.2)}]\n"
@@ -37,3 +44,55 @@ def test_the_user_is_told_what_was_tried_in_vain(machine, more, tried):
         names = [machine if means == "DNS" else "NOBODY" for means in tried]
         means = "; ".join(f"Failed to find remote name({name}) Using {how}" for name, how in zip(names, tried))
         assert f": looking for the machine: {means}; give its address in the key ipaddress" in line
+
+
+@contextlib.contextmanager
+def name_server(folder):
+    """The host's only one, on 127.0.0.1. Gives the names it was asked for and an event: until that is set, it answers
+    for pc.test alone."""
+    enter_private_network()
+    (folder / "resolv.conf").write_text("nameserver 127.0.0.1\n")
+    subprocess.run(["mount", "--bind", folder / "resolv.conf", "/etc/resolv.conf"], check=True)
+    asked, awake = [], threading.Event()
+
+    def serve(server):
+        with contextlib.suppress(OSError):  # closed
+            while True:
+                question, caller = server.recvfrom(512)
+                if caller == server.getsockname():
+                    return
+                end = question.index(b"\0", 12)
+                name = question[13:end].replace(b"\x04", b".").decode()
+                asked.append(name)
+                if name == "pc.test" or awake.is_set():
+                    record = b"\xc0\x0c\0\1\0\1" + u32(60) + b"\0\4\x7f\0\0\1"
+                    server.sendto(question[:2] + b"\x81\x80\0\1\0\1\0\0\0\0" + question[12:end + 5] + record, caller)
+
+    with socket.socket(socket.AF_INET, socket.SOCK_DGRAM) as server:
+        server.bind(("127.0.0.1", 53))
+        thread = threading.Thread(target=serve, args=(server,))
+        thread.start()
+        try:
+            yield asked, awake
+        finally:
+            server.sendto(b"", server.getsockname())
+            thread.join()
+            subprocess.run(["umount", "/etc/resolv.conf"], check=True)
+
+
+def test_a_slow_name_server_holds_only_its_own_machine_up(tmp_path):
+    settings = "".join(f"[{{user}}/{machine}/ipaddress={{({machine}.test)}}]\n" for machine in ("pc", "slow"))
+    with name_server(tmp_path) as (asked, awake), Gateway({"pc": {}, "slow": {}}, settings) as gateway:
+        nfs = gateway.nfs
+        slow = gateway.share("slow")
+        with gateway.daemon.client(**gateway.client_options) as second:
+            waiting = second.start(100003, 2, 16, slow + u32(0, 4096))
+            file = nfs.create(gateway.share("pc"), "f", mode=0o644).file
+            end = time.monotonic() + 3  # longer than the resolver waits before it asks again
+            while time.monotonic() < end:
+                began = time.monotonic()
+                nfs.getattr(file)
+                assert time.monotonic() - began < 0.5
+            awake.set()
+            assert second.finish(waiting).u32() == 0
+        assert set(asked) == {"pc.test", "slow.test"} and asked.count("pc.test") == 1 and asked.count("slow.test") >= 2
