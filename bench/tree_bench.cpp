@@ -68,12 +68,12 @@ class Bench : public TreeTest {
       for (size_t i = 0; i < kLookUps; i++) {
         ZnUniString name = NameOf(i * (count / kLookUps));
         name.LowerCase();  // another case: the long forms are compared
-        if (!filesystem.FindByName(share, name)) abort();
+        if (!filesystem.FindByName(share, name, ZnNameMatch::LookUp)) abort();
       }
     });
     costs.missed = Milliseconds([&] {
       for (size_t i = 0; i < kLookUps; i++) {
-        if (filesystem.FindByName(share, NameOf(i) + "x")) abort();
+        if (filesystem.FindByName(share, NameOf(i) + "x", ZnNameMatch::LookUp)) abort();
       }
     });
     size_t after = mallinfo2().uordblks + mallinfo2().hblkhd;

@@ -84,7 +84,7 @@ constexpr ZnKnownKey kKeys[] = {
     {Share, "syncwrites", "(1)", kFlag, &S::syncwrites},
     {Share, "showhidden", "(1)", kFlag, &S::showhidden},
     {Share, "lowercase", "(0)", kFlag, &S::lowercase},
-    {Share, "matchlong", "(1)", kFlag, &S::matchlong},
+    {Share, "matchlong", "(0)", kFlag, &S::matchlong},
     {Share, "matchshort", "(0)", kFlag, &S::matchshort},
     {Share, "matchcase", "(1)", kFlag, &S::matchcase},
     {Share, "allowednames", "(0)", Number(0, 16383), &S::allowednames},

@@ -50,17 +50,22 @@ Outcome UpdateTopContents(FS& filesystem, Command& command) {
   return Call<&FS::BUpdateNodeContents>(filesystem, command);
 }
 
-template <class Args>
+template <ZnNameMatch match>
 Outcome FindName(FS& filesystem, Command& command) {
-  command.name = command.As<Args>().name;
-  return Call<&FS::NBFindByName>(filesystem, command);
+  filesystem.NBFindByName(&command, match);
+  return Outcome::Called;
+}
+
+Outcome LookUpName(FS& filesystem, Command& command) {
+  command.name = command.As<ZnNFSDiropargs>().name;
+  return FindName<ZnNameMatch::LookUp>(filesystem, command);
 }
 
 // The name of an entry that is to go. What "." and ".." lead to isn't an entry of the directory.
 Outcome FindEntry(FS& filesystem, Command& command, const ZnUniString& name) {
   if (name == "." || name == "..") return Refuse(command, ZnNFSEnum::NFSERR_ACCES);
   command.name = name;
-  return Call<&FS::NBFindByName>(filesystem, command);
+  return FindName<ZnNameMatch::Entry>(filesystem, command);
 }
 
 Outcome FindEntryToRemove(FS& filesystem, Command& command) {
@@ -191,7 +196,7 @@ Outcome RenameTarget(FS& filesystem, Command& command) {
   command.node2 = command.node;
   command.name = command.As<ZnNFSRenameargs>().to.name;
   command.tolerant = true;
-  return Call<&FS::NBFindByName>(filesystem, command);
+  return FindName<ZnNameMatch::Entry>(filesystem, command);
 }
 
 // What stands at the target goes first, unless it is the very node being renamed: another case of its name must not
@@ -231,6 +236,12 @@ Outcome Link(FS& filesystem, Command& command) {
 Outcome CreateLinkFile(FS& filesystem, Command& command) {
   command.name = command.As<ZnNFSSymlinkargs>().from.name;
   return CheckThen<&FS::CheckCreateSymLink, &FS::BCreateFile>(filesystem, command);
+}
+
+// Its name without the mark: that is what the server may have changed the letter case of.
+Outcome FindLinkFile(FS& filesystem, Command& command) {
+  command.name = command.As<ZnNFSSymlinkargs>().from.name;
+  return FindName<ZnNameMatch::Entry>(filesystem, command);
 }
 
 Outcome OpenLinkFile(FS& filesystem, Command& command) {
@@ -364,7 +375,7 @@ constexpr ZnSMBNFSStep kSetattr[] = {
 constexpr ZnSMBNFSStep kLookup[] = {
     kStart,
     {E::STLookup, "BUpdateNodeContents", Call<&FS::BUpdateNodeContents>, E::STUpdate},
-    {E::STUpdate, "NBFindByName", FindName<ZnNFSDiropargs>, E::STLookup2},
+    {E::STUpdate, "NBFindByName", LookUpName, E::STLookup2},
     {E::STLookup2, "BUpdateNode", Call<&FS::BUpdateNode>, E::STUpdate2},
     {E::STUpdate2, "reply", Done, E::STUpdate2},
 };
@@ -397,7 +408,7 @@ constexpr ZnSMBNFSStep kCreate[] = {
     {E::STLookup, "BUpdateNodeContents", Call<&FS::BUpdateNodeContents>, E::STUpdate3},
     {E::STUpdate3, "CheckCreateFile, BCreateFile", Create, E::STCreate},
     {E::STCreate, "BUpdateNodeContents", Call<&FS::BUpdateNodeContents>, E::STUpdate},
-    {E::STUpdate, "NBFindByName", Call<&FS::NBFindByName>, E::STLookup2},
+    {E::STUpdate, "NBFindByName", FindName<ZnNameMatch::Entry>, E::STLookup2},
     {E::STLookup2, "BSetAttributes", Call<&FS::BSetAttributes>, E::STSetAttribs},
     {E::STSetAttribs, "SetAttrNeedTruncate: CheckWriteToFile, BOpenFile", CreateOpen, E::STOpen},
     {E::STOpen, "SetAttrNeedTruncate: BWriteToFile", Truncate, E::STWrite},
@@ -435,7 +446,7 @@ constexpr ZnSMBNFSStep kSymlink[] = {
     kStart,
     {E::STLookup, "CheckCreateSymLink, BCreateFile", CreateLinkFile, E::STCreate},
     {E::STCreate, "BUpdateNodeContents", Call<&FS::BUpdateNodeContents>, E::STUpdate},
-    {E::STUpdate, "NBFindByName", Call<&FS::NBFindByName>, E::STLookup2},
+    {E::STUpdate, "NBFindByName", FindLinkFile, E::STLookup2},
     {E::STLookup2, "BOpenFile", OpenLinkFile, E::STOpen},
     {E::STOpen, "BWriteToFile", WriteLinkFile, E::STWrite},
     {E::STWrite, "reply", Done, E::STWrite},
@@ -446,7 +457,7 @@ constexpr ZnSMBNFSStep kMkdir[] = {
     {E::STLookup, "BUpdateNodeContents", Call<&FS::BUpdateNodeContents>, E::STUpdate3},
     {E::STUpdate3, "CheckMakeDirectory, BMakeDirectory", MakeDirectory, E::STCreate},
     {E::STCreate, "BUpdateNodeContents", Call<&FS::BUpdateNodeContents>, E::STUpdate},
-    {E::STUpdate, "NBFindByName", Call<&FS::NBFindByName>, E::STLookup2},
+    {E::STUpdate, "NBFindByName", FindName<ZnNameMatch::Entry>, E::STLookup2},
     {E::STLookup2, "BUpdateNode", Call<&FS::BUpdateNode>, E::STUpdate2},
     {E::STUpdate2, "reply", Done, E::STUpdate2},
 };

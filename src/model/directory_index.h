@@ -17,8 +17,6 @@ struct ZnSMBNFSDirectoryIndex {
 
   // The share's settings that the forms of names depend on.
   struct Matching {
-    bool long_names = false;
-    bool short_names = false;
     bool fold_case = false;
     ZnUniString linkstring;
     bool operator==(const Matching&) const = default;
@@ -27,12 +25,18 @@ struct ZnSMBNFSDirectoryIndex {
   explicit ZnSMBNFSDirectoryIndex(const ZnSMBNFSChildren& entries);
 
   std::vector<Child> children;  // in the order of the directory
-  // Places among the children; of children with one id or form, the first's.
+  // Places among the children; of children with one id or form, the first's. Each is made when it is first asked for.
   std::optional<ZnPlaceIndex> ids;
-  std::optional<Matching> matching;  // set when the forms are there
+  std::optional<Matching> matching;  // of the forms
+  std::optional<ZnPlaceIndex> shown_forms;
   std::optional<ZnPlaceIndex> long_forms;
   std::optional<ZnPlaceIndex> short_forms;
 };
+
+// Whether an entry stands for a symbolic link: a file whose name is marked.
+bool ZnIsLink(const ZnSMBNFSDirectoryIndex::Child& child, const ZnUniString& linkstring);
+// An entry's name as clients see it: a link's has no mark, unless another entry has that name.
+ZnUniString ZnShownName(const ZnSMBNFSDirectoryIndex::Child& child, const ZnUniString& linkstring);
 
 // The index of a directory, made where there is none.
 ZnSMBNFSDirectoryIndex& ZnIndexOf(ZnSMBNFSNode* directory);

@@ -2,6 +2,7 @@
 
 #include "model/name_mapping.h"
 #include "tree/file_system.h"
+#include "tree/safe_name.h"
 
 namespace {
 
@@ -34,11 +35,21 @@ void ZnSMBNFSFileSystem::CheckRemoveDirectory(ZnSMBNFSCommand* command) {
   }
 }
 
+// Whether a file of this name would be taken for a symbolic link.
+bool ZnSMBNFSFileSystem::WouldBeLink(ZnSMBNFSNode* directory, const ZnUniString& name) {
+  ZnSMBNFSTree* tree = GetTree(directory);
+  return tree && IsLinkName(name, tree->config.linkstring);
+}
+
 void ZnSMBNFSFileSystem::CheckCreateFile(ZnSMBNFSCommand* command) {
   ZnSMBNFSNode* directory = command->node.Get();
   command->error = NewNameStatus(directory, command->name);
-  if (command->error != ZnNFSEnum::NFSERR_EXIST) return;
-  if (FindByName(directory, command->name)->IsDirectory()) command->error = ZnNFSEnum::NFSERR_ISDIR;
+  const bool exists = command->error == ZnNFSEnum::NFSERR_EXIST;
+  if (exists && FindByName(directory, command->name, ZnNameMatch::Entry)->IsDirectory()) {
+    command->error = ZnNFSEnum::NFSERR_ISDIR;
+  } else if ((exists || command->error == ZnNFSEnum::NFS_OK) && WouldBeLink(directory, command->name)) {
+    command->error = ZnNFSEnum::NFSERR_ACCES;
+  }
 }
 
 void ZnSMBNFSFileSystem::CheckMakeDirectory(ZnSMBNFSCommand* command) {
@@ -51,7 +62,8 @@ void ZnSMBNFSFileSystem::CheckCreateLink(ZnSMBNFSCommand* command) {
 
 ZnNFSEnum::Status ZnSMBNFSFileSystem::NewNameStatus(ZnSMBNFSNode* directory, const ZnUniString& name) {
   if (!directory) return ZnNFSEnum::NFSERR_STALE;
-  return FindByName(directory, name) ? ZnNFSEnum::NFSERR_EXIST : NameStatus(directory, name);
+  if (FindByName(directory, name, ZnNameMatch::Entry)) return ZnNFSEnum::NFSERR_EXIST;
+  return NameStatus(directory, name);
 }
 
 // The link's file gets the share's permissions; nothing else is set.
@@ -61,14 +73,16 @@ void ZnSMBNFSFileSystem::CheckCreateSymLink(ZnSMBNFSCommand* command) {
     command->error = command->node ? ZnNFSEnum::NFSERR_ACCES : ZnNFSEnum::NFSERR_STALE;
     return;
   }
-  command->name = ToLinkName(command->name, tree->config.linkstring);
   ZnNFSSattr& attributes = command->ownsattr;
   attributes.mode = static_cast<uint32_t>(tree->config.unixperms);
   attributes.uid = attributes.gid = attributes.size = kUnset;
   attributes.atime.seconds = attributes.mtime.seconds = kUnset;
   attributes.atime.useconds = attributes.mtime.useconds = 0;
   command->sattr = &attributes;
-  CheckMakeDirectory(command);
+  const ZnUniString shown = command->name;
+  command->name = ToLinkName(shown, tree->config.linkstring);
+  const bool exists = !ZnLeavesDirectory(shown) && FindByName(command->node.Get(), shown, ZnNameMatch::Entry);
+  command->error = exists ? ZnNFSEnum::NFSERR_EXIST : NameStatus(command->node.Get(), command->name);
 }
 
 void ZnSMBNFSFileSystem::CheckRename(ZnSMBNFSCommand* command) {
@@ -83,7 +97,7 @@ void ZnSMBNFSFileSystem::CheckRename(ZnSMBNFSCommand* command) {
   if (tree && IsLinkName(node->name, tree->config.linkstring) && !IsLinkName(command->name, tree->config.linkstring)) {
     command->name = ToLinkName(command->name, tree->config.linkstring);
   }
-  ZnSMBNFSNode* existing = FindByName(directory, command->name);
+  ZnSMBNFSNode* existing = FindByName(directory, command->name, ZnNameMatch::Entry);
   if (existing && existing->file) existing->file->close = true;
   command->error = NameStatus(directory, command->name, node);
 }

@@ -15,6 +15,14 @@
 #include "model/user_base.h"
 #include "rpc/nfs_records.h"
 
+// Which entries answer to a name.
+enum class ZnNameMatch : uint8_t {
+  Entry,   // the one of that name, in any letter case where the share doesn't tell them apart: what the server would
+           // take
+  LookUp,  // where there is none, also one that the share's settings `matchlong` and `matchshort` find. Never for a
+           // call that changes or removes something
+};
+
 class ZnSMBNFSFileSystem : public ZnSMBNFSSessionHost {
  public:
   // `server` and `loop` outlive the file system. It has no root until _init.
@@ -48,9 +56,9 @@ class ZnSMBNFSFileSystem : public ZnSMBNFSSessionHost {
 
   // --- Looking up (find.cpp) ---
   void NBFindByHandle(ZnSMBNFSCommand* command);
-  void NBFindByName(ZnSMBNFSCommand* command);
+  void NBFindByName(ZnSMBNFSCommand* command, ZnNameMatch match);
   // The child that answers to `name` in `directory`, by the share's matching rules; null when there is none.
-  ZnSMBNFSNode* FindByName(ZnSMBNFSNode* directory, const ZnUniString& name);
+  ZnSMBNFSNode* FindByName(ZnSMBNFSNode* directory, const ZnUniString& name, ZnNameMatch match);
   // Whether an entry `name` may be made in `directory`, as far as the share's settings go. `besides`, when not null, is
   // an entry that doesn't count: the one that gets the name.
   bool ValidateName(ZnSMBNFSNode* directory, const ZnUniString& name, const ZnSMBNFSShareConfig& config,
@@ -135,6 +143,7 @@ class ZnSMBNFSFileSystem : public ZnSMBNFSSessionHost {
  private:
   // Why an entry `name` can't be made in `directory`; NFS_OK when it can.
   ZnNFSEnum::Status NameStatus(ZnSMBNFSNode* directory, const ZnUniString& name, const ZnSMBNFSNode* besides = nullptr);
+  bool WouldBeLink(ZnSMBNFSNode* directory, const ZnUniString& name);
   // What a new file, directory or link of command->name would meet in `directory`.
   ZnNFSEnum::Status NewNameStatus(ZnSMBNFSNode* directory, const ZnUniString& name);
   // The form that all steps with a request share: access denied where no server stores anything, or where there is no

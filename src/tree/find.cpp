@@ -13,10 +13,17 @@ namespace {
 using Index = ZnSMBNFSDirectoryIndex;
 using NameForm = ZnUniString (*)(const ZnUniString&);
 
+ZnUniString AsItIs(const ZnUniString& name) { return name; }
+
 ZnUniString FormOf(const ZnUniString& name, NameForm form, const Index::Matching& matching) {
-  ZnUniString formed = FromLinkName(form(name), matching.linkstring);
+  ZnUniString formed = form(name);
   if (matching.fold_case) formed.LowerCase();
   return formed;
+}
+
+ZnUniString FormOf(const Index::Child& child, NameForm form, const Index::Matching& matching) {
+  const bool link = ZnIsLink(child, matching.linkstring);
+  return FormOf(link ? FromLinkName(*child.name, matching.linkstring) : *child.name, form, matching);
 }
 
 uint32_t HashOf(const ZnUniString& form) { return static_cast<uint32_t>(std::hash<ZnUniString>()(form)); }
@@ -24,29 +31,42 @@ uint32_t HashOf(const ZnUniString& form) { return static_cast<uint32_t>(std::has
 // The place of the child whose name has this form.
 size_t PlaceOf(const ZnUniString& wanted, NameForm form, const ZnPlaceIndex& forms, const Index& index) {
   return forms.Find(HashOf(wanted),
-                    [&](size_t place) { return FormOf(*index.children[place].name, form, *index.matching) == wanted; });
+                    [&](size_t place) { return FormOf(index.children[place], form, *index.matching) == wanted; });
 }
 
 // Where several children have one form, the first of them counts.
 ZnPlaceIndex FormsOf(NameForm form, const Index& index) {
   ZnPlaceIndex forms(index.children.size());
   for (size_t place = 0; place < index.children.size(); place++) {
-    ZnUniString entered = FormOf(*index.children[place].name, form, *index.matching);
+    ZnUniString entered = FormOf(index.children[place], form, *index.matching);
     if (PlaceOf(entered, form, forms, index) == ZnPlaceIndex::kNone) forms.Add(HashOf(entered), place);
   }
   return forms;
 }
 
-// The index of a directory with the forms that are to be matched.
-const Index& IndexWithForms(ZnSMBNFSNode* directory, const Index::Matching& matching) {
+// The place of the first child that has one form with the name.
+size_t Match(const ZnUniString& name, NameForm form, std::optional<ZnPlaceIndex> Index::*forms, Index& index) {
+  if (!(index.*forms)) index.*forms = FormsOf(form, index);
+  return PlaceOf(FormOf(name, form, *index.matching), form, *(index.*forms), index);
+}
+
+// The index of a directory, with no forms in it that were made by other settings.
+Index& IndexFor(ZnSMBNFSNode* directory, const Index::Matching& matching) {
   Index& index = ZnIndexOf(directory);
   if (index.matching == matching) return index;
   index.matching = matching;
+  index.shown_forms.reset();
   index.long_forms.reset();
   index.short_forms.reset();
-  if (matching.long_names) index.long_forms = FormsOf(ZnNameGen::ToLongName, index);
-  if (matching.short_names) index.short_forms = FormsOf(ZnNameGen::ToShortName, index);
   return index;
+}
+
+// The entry whose very name this is, a link's mark apart.
+ZnSMBNFSNode* FindExactly(const ZnSMBNFSNode* directory, const ZnUniString& name, const ZnUniString& linkstring) {
+  if (const ZnSMBNFSChild* child = directory->children.Find(name)) return *child;
+  if (linkstring.IsEmpty()) return nullptr;
+  const ZnSMBNFSChild* link = directory->children.Find(ToLinkName(name, linkstring));
+  return link && !link->node->IsDirectory() ? link->node : nullptr;
 }
 
 }  // namespace
@@ -73,24 +93,23 @@ void ZnSMBNFSFileSystem::NBFindByHandle(ZnSMBNFSCommand* command) {
   }
 }
 
-ZnSMBNFSNode* ZnSMBNFSFileSystem::FindByName(ZnSMBNFSNode* directory, const ZnUniString& name) {
+ZnSMBNFSNode* ZnSMBNFSFileSystem::FindByName(ZnSMBNFSNode* directory, const ZnUniString& name, ZnNameMatch match) {
   if (name.IsEmpty()) return nullptr;
   if (name == ".") return directory;
   if (name == "..") return directory->parent;
   if (directory->children.IsEmpty()) return nullptr;
-  if (auto* exact = directory->children.Find(name)) return *exact;
-
   ZnSMBNFSTree* tree = GetTree(directory);
-  if (!tree || (!tree->config.matchlong && !tree->config.matchshort)) return nullptr;
-  Index::Matching matching{tree->config.matchlong, tree->config.matchshort, tree->config.matchcase,
-                           tree->config.linkstring};
-  const Index& index = IndexWithForms(directory, matching);
-  auto place_by = [&](NameForm form, const std::optional<ZnPlaceIndex>& forms) {
-    return forms ? PlaceOf(FormOf(name, form, matching), form, *forms, index) : ZnPlaceIndex::kNone;
-  };
-  // The first in the directory's order that matches either way.
-  size_t place =
-      std::min(place_by(ZnNameGen::ToLongName, index.long_forms), place_by(ZnNameGen::ToShortName, index.short_forms));
+  if (ZnSMBNFSNode* exact = FindExactly(directory, name, tree ? tree->config.linkstring : ZnUniString())) return exact;
+  if (!tree) return nullptr;
+
+  const ZnSMBNFSShareConfig& config = tree->config;
+  Index& index = IndexFor(directory, {config.matchcase, config.linkstring});
+  size_t place = config.matchcase ? Match(name, AsItIs, &Index::shown_forms, index) : ZnPlaceIndex::kNone;
+  if (place == ZnPlaceIndex::kNone && match == ZnNameMatch::LookUp) {
+    // The first in the directory's order that matches either way.
+    if (config.matchlong) place = Match(name, ZnNameGen::ToLongName, &Index::long_forms, index);
+    if (config.matchshort) place = std::min(place, Match(name, ZnNameGen::ToShortName, &Index::short_forms, index));
+  }
   return place == ZnPlaceIndex::kNone ? nullptr : index.children[place].node;
 }
 
@@ -115,13 +134,13 @@ bool OffersMachine(const ZnSMBNFSNode& node, const ZnUniString& name) {
 
 }  // namespace
 
-void ZnSMBNFSFileSystem::NBFindByName(ZnSMBNFSCommand* command) {
+void ZnSMBNFSFileSystem::NBFindByName(ZnSMBNFSCommand* command, ZnNameMatch match) {
   ZnWeakRef<ZnSMBNFSNode> directory = command->node;
   if (!directory) return SendError(command, ZnNFSEnum::NFSERR_STALE);
-  ZnSMBNFSNode* found = FindByName(directory.Get(), command->name);
+  ZnSMBNFSNode* found = FindByName(directory.Get(), command->name, match);
   if (!found && OffersMachine(*directory.Get(), command->name)) {
     AddLookedUpMachine(directory.Get(), command->name);
-    if (directory) found = FindByName(directory.Get(), command->name);
+    if (directory) found = FindByName(directory.Get(), command->name, match);
   }
   if (found && directory && directory->IsUser()) found->lastused = ZnSteadyClock::now();
   command->node = found;

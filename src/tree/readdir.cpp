@@ -5,7 +5,6 @@
 #include <span>
 
 #include "model/directory_index.h"
-#include "model/name_mapping.h"
 #include "tree/file_system.h"
 
 namespace {
@@ -73,7 +72,7 @@ void ZnSMBNFSFileSystem::FillContents(ZnSMBNFSNode* node, uint32_t cookie, uint3
          children.subspan(i, i % kTogether == 0 ? std::min(kTogether, children.size() - i) : 0))
       __builtin_prefetch(next.name->View().data());
     uint32_t nextcookie = i + 1 < children.size() ? children[i + 1].id : kEndCookie;
-    if (!page.Add(children[i].id, FromLinkName(*children[i].name, linkstring), nextcookie)) return;
+    if (!page.Add(children[i].id, ZnShownName(children[i], linkstring), nextcookie)) return;
   }
   eof = 1;
 }

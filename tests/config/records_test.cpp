@@ -109,7 +109,7 @@ TEST_F(Records, OfAShare) {
   EXPECT_EQ(std::tuple(share_.winname.AsUtf8(), share_.allowednames, share_.unixperms, share_.uid, share_.manglechar,
                        share_.hashchar, share_.attribttl, share_.openfilettl),
             std::tuple("fred", 12, 448, 1, '~', ';', 10, 15));
-  EXPECT_TRUE(share_.matchlong && share_.matchcase && share_.syncwrites && share_.rootaccess && share_.nosetreadonly);
+  EXPECT_TRUE(!share_.matchlong && share_.matchcase && share_.syncwrites && share_.rootaccess && share_.nosetreadonly);
   EXPECT_FALSE(share_.matchshort || share_.lowercase);
 }
 

@@ -165,6 +165,26 @@ def test_names_of_another_case_are_the_same_file(nfs, place):
     assert nfs.read(nfs.lookup(directory, "readme.txt").file).data == b"x"
 
 
+@pytest.mark.parametrize("matchlong", [0, 1])
+def test_a_similar_name_is_never_changed(matchlong):
+    """What a look-up finds by its long form is at most looked at: calls that change something mean the very name."""
+    with Gateway(settings=EAGER + f"[{{user}}/*/*/matchlong={{({matchlong})}}]\n") as gateway:
+        nfs, share, folder = gateway.nfs, gateway.share(), gateway.disk()
+        similar = nfs.create(share, "a?b", mode=0o644).file
+        nfs.write(similar, 0, b"keep")
+        assert status(nfs.lookup, share, "a:b") == (0 if matchlong else 2)
+        assert [status(call, share, "a:b") for call in (nfs.remove, nfs.rmdir)] == [2, 2]
+        assert status(nfs.rename, share, "a:b", share, "c") == 2
+        nfs.create(share, "ab", size=0)
+        nfs.mkdir(share, "a*b")
+        nfs.symlink(share, "a|b", "somewhere")
+        nfs.create(share, "plain")
+        nfs.rename(share, "plain", share, 'a"b')
+        assert sorted(names(nfs, share)) == ['a"b', "a*b", "a?b", "ab", "a|b"]
+        assert nfs.read_all(nfs.lookup(share, "a?b").file) == b"keep"
+        assert (folder / "a;3Fb").read_bytes() == b"keep"
+
+
 def test_many_calls_in_flight(nfs, place):
     directory, folder = place
     data = random.Random(3).randbytes(64 * 8192)

@@ -172,7 +172,7 @@ class TreeTest : public ::testing::Test {
     for (const ZnUniString& name : names) {
       Update(node);
       auto command = CommandAt(node, name);
-      filesystem.NBFindByName(command.get());
+      filesystem.NBFindByName(command.get(), ZnNameMatch::LookUp);
       node = command->node.Get();
       if (!node) return nullptr;
     }

@@ -143,23 +143,30 @@ TEST_F(Directory, ACookieOutlivesTheRemovalOfWhatWasReturned) {
   EXPECT_EQ(eof, 1U);
 }
 
-// The rule itself: child by child, the long form first within each.
-static ZnSMBNFSNode* WalkForName(ZnSMBNFSNode* directory, const ZnUniString& name, const ZnSMBNFSShareConfig& config) {
+// The rule itself: the entry of the name, then the link, then another letter case; and in look-ups, child by child, the
+// long form first within each.
+static ZnSMBNFSNode* WalkForName(ZnSMBNFSNode* directory, const ZnUniString& name, const ZnSMBNFSShareConfig& config,
+                                 ZnNameMatch match) {
   auto fold = [&](ZnUniString form) {
-    if (form.StartsWith(config.linkstring)) form = form.SubString(config.linkstring.Length());
     if (config.matchcase) form.LowerCase();
     return form;
   };
-  for (auto& child : directory->children) {
-    if (child.key == name) return child.value;
-  }
-  for (auto& child : directory->children) {
-    if (config.matchlong && fold(ZnNameGen::ToLongName(child.key)) == fold(ZnNameGen::ToLongName(name)))
-      return child.value;
-    if (config.matchshort && fold(ZnNameGen::ToShortName(child.key)) == fold(ZnNameGen::ToShortName(name)))
-      return child.value;
-  }
-  return nullptr;
+  auto find = [&](auto fits) -> ZnSMBNFSNode* {
+    for (auto& child : directory->children) {
+      bool link = child.key.StartsWith(config.linkstring) && !child.value->IsDirectory();
+      if (fits(child.key, link ? child.key.SubString(config.linkstring.Length()) : child.key)) return child.value;
+    }
+    return nullptr;
+  };
+  using Name = const ZnUniString&;
+  if (auto* exact = find([&](Name stored, Name) { return stored == name; })) return exact;
+  if (auto* link = find([&](Name, Name shown) { return shown == name; })) return link;
+  if (auto* other = find([&](Name, Name shown) { return fold(shown) == fold(name); })) return other;
+  if (match == ZnNameMatch::Entry) return nullptr;
+  return find([&](Name, Name shown) {
+    return (config.matchlong && fold(ZnNameGen::ToLongName(shown)) == fold(ZnNameGen::ToLongName(name))) ||
+           (config.matchshort && fold(ZnNameGen::ToShortName(shown)) == fold(ZnNameGen::ToShortName(name)));
+  });
 }
 
 TEST_F(Directory, LookUpsFindWhatAWalkWouldFind) {
@@ -177,13 +184,15 @@ TEST_F(Directory, LookUpsFindWhatAWalkWouldFind) {
     config.matchshort = random() % 2;
     config.matchcase = random() % 2;
     std::vector<ZnSMBCFileObject> entries;
-    for (size_t count = random() % 60; count > 0; count--) entries.push_back(Entry(name().c_str()));
+    for (size_t count = random() % 60; count > 0; count--) entries.push_back(Entry(name().c_str(), random() % 4 == 0));
     List(share, entries);
     for (int i = 0; i < 100; i++) {
       ZnUniString wanted = name().c_str();
       if (wanted == "." || wanted == "..") continue;
-      ASSERT_EQ(filesystem.FindByName(share, wanted), WalkForName(share, wanted, config))
-          << "seed " << seed << " name " << wanted.AsUtf8();
+      for (ZnNameMatch match : {ZnNameMatch::Entry, ZnNameMatch::LookUp}) {
+        ASSERT_EQ(filesystem.FindByName(share, wanted, match), WalkForName(share, wanted, config, match))
+            << "seed " << seed << " name " << wanted.AsUtf8();
+      }
     }
   }
 }

@@ -81,8 +81,9 @@ TEST_F(NewNames, StatusOfEachNewName) {
   std::string nul = std::string("a") + '\0';
   for (const Case& c :
        {Case{"new", 0, 0, 0}, Case{"file", 17, 17, 17}, Case{"FILE", 17, 17, 17}, Case{"dir", 21, 17, 17},
-        Case{"link", 17, 17, 17}, Case{"a\\b", 13, 13, 13}, Case{"a/b", 13, 13, 13}, Case{nul, 13, 13, 13},
-        Case{std::string(256, 'n'), 63, 63, 63}, Case{".", 21, 17, 13}, Case{"", 13, 13, 13}}) {
+        Case{"link", 17, 17, 17}, Case{"-)new", 13, 0, 0}, Case{"-)link", 13, 17, 17}, Case{"a\\b", 13, 13, 13},
+        Case{"a/b", 13, 13, 13}, Case{nul, 13, 13, 13}, Case{std::string(256, 'n'), 63, 63, 63}, Case{".", 21, 17, 13},
+        Case{"", 13, 13, 13}}) {
     ZnUniString name = ZnUniString::CreateFrom(c.name.data(), c.name.size(), ZnCodeset::Utf8);
     auto check = [&](void (ZnSMBNFSFileSystem::*step)(ZnSMBNFSCommand*)) {
       auto command = CommandAt(share, name);

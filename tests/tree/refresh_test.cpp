@@ -14,7 +14,7 @@ class Refresh : public TreeTest {
 
   ZnNFSEnum::Status LookUp(ZnSMBNFSNode* node, const ZnUniString& name) {
     auto command = CommandAt(node, name);
-    filesystem.NBFindByName(command.get());
+    filesystem.NBFindByName(command.get(), ZnNameMatch::LookUp);
     return command->error;
   }
 };
