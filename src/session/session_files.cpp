@@ -37,7 +37,7 @@ bool IsAtOrBelow(const ZnSMBNFSNode* node, const ZnSMBNFSNode* top) {
 }  // namespace
 
 std::unique_ptr<ZnSMBCFileObject> ZnSMBNFSSession::FileObject(const ZnSMBNFSTree& tree, const ZnUniString& path) {
-  auto object = std::make_unique<ZnSMBCFileObject>(tree, InternalToWindowsName(path, tree.config));
+  auto object = std::make_unique<ZnSMBCFileObject>(tree, InternalToWindowsPath(path, tree.config));
   object->created = object->accessed = object->modified = ZnTimeVal();
   return object;
 }

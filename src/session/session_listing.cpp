@@ -34,7 +34,7 @@ void ZnSMBNFSSession::List(Command& command, const ZnUniString& directory, const
   const ZnSMBNFSTree* tree = TreeOf(command);
   if (!tree) return Fail();
   command.files.Flush();  // a listing that was begun before is begun again
-  ZnSMBCDirectoryObject object(*tree, InternalToWindowsName(directory, tree->config));
+  ZnSMBCDirectoryObject object(*tree, InternalToWindowsPath(directory, tree->config));
   command.fileobject = std::make_unique<ZnSMBCFileObject>(*tree, object.path);
   command.fileobject->attribs.directory = true;
   if (pattern != "*") command.fileobject->path += pattern;

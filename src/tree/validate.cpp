@@ -75,6 +75,7 @@ ZnNFSEnum::Status ZnSMBNFSFileSystem::NameStatus(ZnSMBNFSNode* directory, const 
   if (ZnIsTooLong(name)) return ZnNFSEnum::NFSERR_NAMETOOLONG;
   // What clients see of a link has no mark, and mustn't be one of these names either.
   const ZnUniString shown = FromLinkName(name, tree->config.linkstring);
-  if (ZnLeavesDirectory(InternalToWindowsName(shown, tree->config))) return ZnNFSEnum::NFSERR_ACCES;
+  if (ZnLeavesDirectory(shown) || ZnLeavesDirectory(InternalToWindowsName(shown, tree->config)))
+    return ZnNFSEnum::NFSERR_ACCES;
   return ValidateName(directory, name, tree->config, besides) ? ZnNFSEnum::NFS_OK : ZnNFSEnum::NFSERR_ACCES;
 }

@@ -149,6 +149,28 @@ def test_links_are_files_that_other_machines_see(nfs, place):
     assert status(nfs.link, directory, directory, "hard") == 13
 
 
+def test_every_name_comes_back_as_it_was_given(nfs, place):
+    """What Windows can't hold is escaped on the server, and what looks like an escape is the name of another file."""
+    directory, folder = place
+    wanted = [f"{chr(code)}{code}" for code in range(1, 128) if chr(code) != "/" and chr(code) != "\\"]
+    wanted += ["end.", "end ", "end. ", " end", "...", "CON", "nul.txt", "Com7", "LPT1 .x", "con.x.y", "LOCK$"]
+    wanted += [";3F", ";;3F", "?", ";", ";;", "a;b", "a;;b", "a;3Bb", ";43ON", "-)d", "y" * 251 + "~1.c"]
+    for name in wanted:
+        file = nfs.mkdir(directory, name).file if name == "-)d" else nfs.create(directory, name, mode=0o644).file
+        if name != "-)d":
+            nfs.write(file, 0, name.encode())
+    assert names(nfs, directory) == sorted(wanted)
+    assert len(list(folder.iterdir())) == len(wanted)
+    for name in set(wanted) - {"-)d"}:
+        assert nfs.read_all(nfs.lookup(directory, name).file) == name.encode()
+    (folder / "Smith; Jones").write_bytes(b"theirs")
+    shown = [name for name in names(nfs, directory) if "Jones" in name]
+    assert nfs.read_all(nfs.lookup(directory, shown[0]).file) == b"theirs"
+    for name in names(nfs, directory):
+        (nfs.rmdir if name == "-)d" else nfs.remove)(directory, name)
+    assert list(folder.iterdir()) == []
+
+
 @pytest.mark.parametrize("name, stored", [("Grüße ☺", None), ("what?", "what;3F"), ("a;b", "a;;b"), ("x" * 255, None)])
 def test_names(nfs, place, name, stored):
     directory, folder = place
