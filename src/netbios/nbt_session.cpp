@@ -26,7 +26,7 @@ bool ZnNBTSession::Connect(const ZnMachine& machine) {
 bool ZnNBTSession::StartConversation(const ZnMachine& machine) {
   _disconnect(false);
   destination_ = machine;
-  wasEstablished_ = false;
+  wasEstablished_ = leftUnacknowledged_ = false;
   conversation_++;
   if (!IsOpen() && !Bind(own_)) return false;
   if (StartRequest()) return true;
@@ -54,6 +54,7 @@ void ZnNBTSession::_disconnect(bool notify) {
 
 // Back to the state of a new object, but for what the owner has set.
 void ZnNBTSession::Abandon() {
+  leftUnacknowledged_ = !outgoing_.empty() || Unacknowledged() > 0;
   RemoveReadCB();
   RemoveWriteCB();
   timeoutTimer_.Cancel();

@@ -79,6 +79,9 @@ class ZnNBTSession : public ZnSocket {
   bool IsEstablished() const { return state_ == SessionEstablished; }
   // The conversation that goes on, or that went last, got as far as a positive response.
   bool WasEstablished() const { return wasEstablished_; }
+  // The conversation that went last ended before the other end had acknowledged all that was sent. So it can't have
+  // acted on the last message; docs/sessions.md tells what this rests on.
+  bool LeftUnacknowledged() const { return leftUnacknowledged_; }
   const ZnMachine& OwnMachine() const { return own_; }
   const ZnMachine& Destination() const { return destination_; }  // after a retarget the new one
 
@@ -137,6 +140,7 @@ class ZnNBTSession : public ZnSocket {
 
   sessionState state_ = SessionClosed;
   bool wasEstablished_ = false;
+  bool leftUnacknowledged_ = false;
   bool readRegistered_ = false;
   bool writeRegistered_ = false;
   unsigned retargets_ = 0;     // followed since the owner's Connect

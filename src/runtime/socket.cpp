@@ -1,6 +1,8 @@
 #include "runtime/socket.h"
 
+#include <linux/sockios.h>
 #include <poll.h>
+#include <sys/ioctl.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -164,6 +166,17 @@ ZnFile::IoStatus ZnSocket::WriteMessage(const void* buffer, size_t size, size_t&
     result = sendto(Fd(), buffer, size, MSG_NOSIGNAL, address.Address(), address.Length());
   } while (result < 0 && errno == EINTR);
   return MessageStatus("sendto", result, size, length);
+}
+
+bool ZnSocket::HasHungUp() const {
+  uint8_t byte = 0;
+  const ssize_t result = recv(Fd(), &byte, sizeof(byte), MSG_PEEK | MSG_DONTWAIT);
+  return result == 0 || (result < 0 && errno != EAGAIN && errno != EWOULDBLOCK && errno != EINTR);
+}
+
+size_t ZnSocket::Unacknowledged() const {
+  int bytes = 0;
+  return ioctl(Fd(), SIOCOUTQ, &bytes) == 0 && bytes > 0 ? static_cast<size_t>(bytes) : 0;
 }
 
 bool ZnSocket::LocalAddress(ZnInetAddr& address) { return AskAddress(getsockname, "getsockname", address); }

@@ -55,6 +55,13 @@ class ZnSocket : public ZnFile {
   // Sends one datagram; the same results. A datagram that was sent is Complete.
   IoStatus WriteMessage(const void* buffer, size_t size, size_t& length, const ZnInetAddr& to);
 
+  // Whether the other end of a connection is known to have closed or reset it, with nothing left to be read. Nothing is
+  // taken off the socket.
+  bool HasHungUp() const;
+  // How many written bytes the other end of a connection hasn't acknowledged; good after the end of the connection too,
+  // until Close. 0 when the system doesn't tell.
+  size_t Unacknowledged() const;
+
   bool LocalAddress(ZnInetAddr& address);
   bool RemoteAddress(ZnInetAddr& address);
 

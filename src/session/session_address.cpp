@@ -29,6 +29,7 @@ const ZnSMBNFSSession::Means ZnSMBNFSSession::kMeans[] = {
 };
 
 void ZnSMBNFSSession::FindAddress(Command&) {
+  if (!answered_ && IsUsable() && HasHungUp()) DropConnection();  // while it was idle
   if (IsUsable() || (addressknown_ && ZnSteadyClock::now() < addressuntil_)) return Advance();
   addressknown_ = false;
   lookup_.Truncate();

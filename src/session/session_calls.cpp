@@ -55,16 +55,18 @@ bool ZnSMBNFSSession::ConversationIsOver() const {
 
 // Servers close connections that were idle for long, and we may learn of that only by our next request. The command
 // then begins again on a new connection, once, before the user sees an error. The rule, so that nothing is done twice:
-//  - if the request couldn't be written, it never reached the server whole: any command begins again;
-//  - if the connection ended before anything was answered to the command, only a request that changes nothing on the
-//    server is sent again: a tree connect, a listing, an open of an existing file, a read, a close (which isn't sent
-//    again: the file went with the connection).
+//  - if the request couldn't be written, or the server hung up before it had all of it, it wasn't acted on: any command
+//    begins again;
+//  - else, if the connection ended before anything was answered to the command, only a request that changes nothing on
+//    the server is sent again: a tree connect, a listing, an open of an existing file, a read, a close (which isn't
+//    sent again: the file went with the connection).
 // A time-out isn't an idle server's: it isn't tried again.
 bool ZnSMBNFSSession::MayRetry(const Command& command, bool atonce) const {
   if (command.retried || answered_ || command.sessioncommand == E::SCCleanUp) return false;
   if (command.sessionstatus == E::SSTConnect) return false;
   if (atonce) return reason() == Values::ErrWrite;
   if (reason() != Values::ErrDisconnect) return false;
+  if (LeftUnacknowledged()) return true;
   switch (command.sessionstatus) {
     case E::SSTConnectTree:
     case E::SSTGetDirs:

@@ -183,6 +183,38 @@ TEST_F(Conversation, OnlyWhatChangesNothingIsSentAgain) {
   }
 }
 
+// The server has closed the connection before the second command begins, but the loop hasn't seen it yet.
+TEST_F(Conversation, ACloseThatIsThereIsSeenBeforeARequestGoesOut) {
+  Connect();
+  Replace(kMkdir, [&](const auto& request) -> Messages {
+    server.replaced.clear();
+    peer.Send(smb_script::Reply(request));
+    peer.HangUp();
+    return {};
+  });
+  for (int i = 0; i < 2; i++) Ask(&share, {E::SCRequestMkdir});
+  Wait();
+  EXPECT_THAT(ended, ElementsAre(0, 0));
+  EXPECT_THAT(Asked(), ElementsAre(kMkdir, kNegotiate, kSetup, kTree, kTree, kMkdir));
+}
+
+// What the server can't have read whole it hasn't done.
+TEST_F(Conversation, AChangeThatWasNotTakenIsSentAgain) {
+  peer.ReceiveRoom(1024);
+  Connect();
+  peer.ReceiveRoom(262144);
+  ZnSMBNFSNode* node = Node("f");
+  AskWrite(node);
+  Wait();
+  Asked();
+  peer.hangUpUnread = true;
+  AskWrite(node, std::string(4000, 'y'));
+  Wait();
+  EXPECT_THAT(ended, ElementsAre(0, 0));
+  EXPECT_THAT(Asked(), ElementsAre(kNegotiate, kSetup, kTree, kTree, kOpen, kWrite));
+  EXPECT_THAT(told->lines, testing::IsEmpty());
+}
+
 // A read's file goes with the connection: it is opened once more, whether the server hangs up before or on the request.
 TEST_F(Conversation, AReadFindsItsFileAgain) {
   for (bool idle : {false, true}) {

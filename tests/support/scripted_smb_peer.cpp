@@ -125,6 +125,7 @@ void ScriptedSmbPeer::Accept(ZnEventCallback*, ZnEvent::cbdispatch) {
 }
 
 void ScriptedSmbPeer::Receive(ZnEventCallback*, ZnEvent::cbdispatch) {
+  if (std::exchange(hangUpUnread, false)) return HangUp();
   char buffer[65536];
   size_t moved = 0;
   if (connection_.Read(buffer, sizeof(buffer), moved) == ZnFile::IoStatus::Closed) return HangUp();

@@ -68,6 +68,10 @@ class ScriptedSmbPeer {
   std::string sessionResponse = Packet(0x82, "");  // empty is silence
   std::vector<Request> requests;                   // all that came
   unsigned connections = 0;
+  bool hangUpUnread = false;  // as soon as the next request begins to come
+
+  // Room for bytes that have come and haven't been read, in connections to come.
+  void ReceiveRoom(unsigned bytes) { listener_.SetReceiveBufferSize(bytes); }
 
  private:
   void Accept(ZnEventCallback*, ZnEvent::cbdispatch);
