@@ -30,6 +30,7 @@ constexpr ZnKnownKey kKeys[] = {
     {Daemon, "mount/mountpoint", nullptr, kText},
     {Daemon, "mount/roothandle", nullptr, kText},
     {Daemon, "network/addresses", "(_)", kTexts, &D::addresses},
+    {Daemon, "network/reservedports", "(0)", kFlag, &D::reservedports},
     {Daemon, "server/encoding/rpc", nullptr, kText},
     {Daemon, "server/encoding/default", "(ISO 8859-1)", kText},
     {Daemon, "server/encoding/defaultopt", "(0)", kText},

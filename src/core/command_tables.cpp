@@ -485,22 +485,24 @@ constexpr ZnSMBNFSStep kStatfs[] = {
     {E::STStatfs, "reply", Done, E::STStatfs},
 };
 
+using enum ZnOnRepeat;
+
 constexpr ZnSMBNFSProcedure kProcedures[] = {
-    {1, "GETATTR", HandleItself, kGetattr, AttributesReply},
-    {2, "SETATTR", FileOf<ZnNFSSattrargs>, kSetattr, AttributesReply},
-    {4, "LOOKUP", DirOf<ZnNFSDiropargs>, kLookup, NodeReply},
-    {5, "READLINK", HandleItself, kReadlink, LinkReply},
-    {6, "READ", FileOf<ZnNFSReadargs>, kRead, ReadReply},
-    {8, "WRITE", FileOf<ZnNFSWriteargs>, kWrite, AttributesReply},
-    {9, "CREATE", WhereOf<ZnNFSCreateargs>, kCreate, NodeReply},
-    {10, "REMOVE", DirOf<ZnNFSDiropargs>, kRemove, StatReply},
-    {11, "RENAME", FromDirOf<ZnNFSRenameargs>, kRename, StatReply},
-    {12, "LINK", LinkFrom, kLink, StatReply},
-    {13, "SYMLINK", FromDirOf<ZnNFSSymlinkargs>, kSymlink, StatReply},
-    {14, "MKDIR", WhereOf<ZnNFSCreateargs>, kMkdir, NodeReply},
-    {15, "RMDIR", DirOf<ZnNFSDiropargs>, kRmdir, StatReply},
-    {16, "READDIR", DirOf<ZnNFSReaddirargs>, kReaddir, DirectoryReply},
-    {17, "STATFS", HandleItself, kStatfs, StatfsReply},
+    {1, "GETATTR", HandleItself, ServeAnew, kGetattr, AttributesReply},
+    {2, "SETATTR", FileOf<ZnNFSSattrargs>, SameReply, kSetattr, AttributesReply},
+    {4, "LOOKUP", DirOf<ZnNFSDiropargs>, ServeAnew, kLookup, NodeReply},
+    {5, "READLINK", HandleItself, ServeAnew, kReadlink, LinkReply},
+    {6, "READ", FileOf<ZnNFSReadargs>, ServeAnew, kRead, ReadReply},
+    {8, "WRITE", FileOf<ZnNFSWriteargs>, SameReply, kWrite, AttributesReply},
+    {9, "CREATE", WhereOf<ZnNFSCreateargs>, SameReply, kCreate, NodeReply},
+    {10, "REMOVE", DirOf<ZnNFSDiropargs>, SameReply, kRemove, StatReply},
+    {11, "RENAME", FromDirOf<ZnNFSRenameargs>, SameReply, kRename, StatReply},
+    {12, "LINK", LinkFrom, SameReply, kLink, StatReply},
+    {13, "SYMLINK", FromDirOf<ZnNFSSymlinkargs>, SameReply, kSymlink, StatReply},
+    {14, "MKDIR", WhereOf<ZnNFSCreateargs>, SameReply, kMkdir, NodeReply},
+    {15, "RMDIR", DirOf<ZnNFSDiropargs>, SameReply, kRmdir, StatReply},
+    {16, "READDIR", DirOf<ZnNFSReaddirargs>, ServeAnew, kReaddir, DirectoryReply},
+    {17, "STATFS", HandleItself, ServeAnew, kStatfs, StatfsReply},
 };
 
 }  // namespace

@@ -27,11 +27,18 @@ struct ZnSMBNFSStep {
   ZnSMBNFSEnum::Status next;  // set before the action runs
 };
 
+// What a repetition of an answered call gets.
+enum class ZnOnRepeat {
+  ServeAnew,
+  SameReply,  // the first one: done twice, the call would fail or undo what others did meanwhile
+};
+
 struct ZnSMBNFSProcedure {
   int number;
   const char* name;
   // The handle that the first step looks for.
   const ZnNFSFileHandle& (*handle)(const ZnSMBNFSCommand& command);
+  ZnOnRepeat onrepeat;
   std::span<const ZnSMBNFSStep> steps;
   // Sends the reply: command.error and, when that is NFS_OK, what the procedure tells of the command's node and data.
   void (*reply)(ZnRPCServer& server, ZnSMBNFSFileSystem& filesystem, ZnSMBNFSCommand& command);

@@ -1,23 +1,14 @@
 #include "core/server.h"
 
-#include <algorithm>
 #include <csignal>
 
-#include "model/log_catalogue.h"
-
-size_t std::hash<ZnSMBNFSCallKey>::operator()(const ZnSMBNFSCallKey& key) const noexcept {
-  uint64_t caller = uint64_t{key.address} << 16 | key.port;
-  uint64_t call = uint64_t{key.xid} << 8 | static_cast<uint64_t>(key.procedure);
-  return std::hash<uint64_t>()(caller * 0x9E3779B97F4A7C15 ^ call);
-}
+#include "runtime/keyed_hash.h"
 
 namespace {
 
-ZnSMBNFSCallKey KeyOf(const ZnInetAddr& source, uint32_t xid, int procedure) {
-  return {source.AsUint32(), source.GetPort(), xid, procedure};
+ZnCallKey KeyOf(const ZnSMBNFSCommand& command) {
+  return {command.source, command.xid, static_cast<uint32_t>(command.command), command.argumentshash};
 }
-
-ZnSMBNFSCallKey KeyOf(const ZnSMBNFSCommand& command) { return KeyOf(command.source, command.xid, command.command); }
 
 const ZnSMBNFSStep* FindStep(const ZnSMBNFSProcedure& procedure, ZnSMBNFSEnum::Status status) {
   for (const ZnSMBNFSStep& step : procedure.steps) {
@@ -35,37 +26,22 @@ ZnSMBNFSServer::ZnSMBNFSServer(ZnProcess* process, ZnEventLoopBase* loop, const 
 
 ZnSMBNFSServer::ZnSMBNFSServer(ZnProcess* process, ZnEventLoopBase* loop, const ZnSMBNFSServerConfig& config,
                                MakeFileSystem make)
-    : ZnNFSServer(loop, static_cast<unsigned>(config.port)),
+    : ZnNFSServer(loop, static_cast<unsigned>(config.port), ZnCallerFilter::SocketAddress(config)),
       loop_(loop),
       config_(config),
       filesystem_(make(this, loop, config_)),
+      callers_(loop, config_),
       stop_(this, &ZnSMBNFSServer::SignalCB, 0),
       buserror_(this, &ZnSMBNFSServer::SignalCB, SIGBUS),
       segmentfault_(this, &ZnSMBNFSServer::SignalCB, SIGSEGV),
       cleanup_(this, &ZnSMBNFSServer::TimeoutCallback),
       timer_(loop, &cleanup_) {
-  ReadAddresses();
   if (config_.roothandle) TakeConfiguredRoot(*config_.roothandle);
   CatchSignals(process);
   ArmCleanUp();
 }
 
 ZnSMBNFSServer::~ZnSMBNFSServer() = default;
-
-void ZnSMBNFSServer::ReadAddresses() {
-  for (const ZnUniString& text : config_.addresses) {
-    ZnInetAddr address;
-    if (text == "*") {
-      wildcard_ = true;
-    } else if (text == "_") {
-      addresses_.Append(ZnInetAddr::AddressLoopback());
-    } else if (address.FromString(text, false)) {
-      addresses_.Append(address);
-    } else {
-      Log403(text);
-    }
-  }
-}
 
 void ZnSMBNFSServer::CatchSignals(ZnProcess* process) {
   process->CatchSignal(SIGHUP, &stop_);
@@ -76,23 +52,17 @@ void ZnSMBNFSServer::CatchSignals(ZnProcess* process) {
 
 // --- Filters ---
 
-bool ZnSMBNFSServer::CheckSource(const ZnInetAddr& source, uint32_t xid, int procedure) {
-  if (anycall_ && xid == lastxid_) return false;
-  anycall_ = true;
-  lastxid_ = xid;
-  if (inflight_.contains(KeyOf(source, xid, procedure))) return false;
-  if (IsServed(source)) return true;
-  ZnUniString known;
-  for (const ZnInetAddr& address : addresses_) known += (known.IsEmpty() ? "" : ", ") + address.AsString(false);
-  Log102(source, wildcard_ ? "not" : "only", known);
-  return false;
-}
-
-// With a wildcard the list names those that aren't served, without one those that are.
-bool ZnSMBNFSServer::IsServed(const ZnInetAddr& source) const {
-  bool listed = std::any_of(addresses_.begin(), addresses_.end(),
-                            [&](const ZnInetAddr& address) { return address.IsAddressEqual(source); });
-  return listed != wildcard_;
+void ZnSMBNFSServer::HandleRpcMessage(ZnRPCMessageFromClient& message, ZnRPCAuthBlock& credentials,
+                                      const ZnInetAddr& source) {
+  const ZnRPCCallBody& body = message.call_body;
+  if (body.program == kNfsProgram) {
+    if (!callers_.ServesPort(source)) return SendAuthError(source, message.xid, ZnRPCEnum::AUTH_TOOWEAK);
+    const uint64_t arguments = ZnKeyedHash(body.rpc_data.Data(), body.rpc_data.Length());
+    call_ = {source, message.xid, body.procedure, arguments};
+    if (duplicates_.IsInFlight(call_)) return;
+    if (const ZnPacket* reply = duplicates_.FindReply(call_)) return SendAgain(source, *reply);
+  }
+  ZnNFSServer::HandleRpcMessage(message, credentials, source);
 }
 
 bool ZnSMBNFSServer::CheckInited(const ZnInetAddr& source, uint32_t xid) {
@@ -105,21 +75,17 @@ bool ZnSMBNFSServer::CheckInited(const ZnInetAddr& source, uint32_t xid) {
 
 template <class Args>
 void ZnSMBNFSServer::Begin(int procedure, const ZnInetAddr& source, ZnRPCAuthBlock& auth, uint32_t xid, Args& args) {
-  if (!CheckSource(source, xid, procedure)) return;
   if (!CheckInited(source, xid)) return;
   auto* command = new ZnSMBNFSCommand(source, auth, xid, this);  // its own owner from here on
   command->command = procedure;
+  command->argumentshash = call_.arguments;
   command->args = std::move(args);
-  inflight_.insert(KeyOf(*command));
+  duplicates_.Begin(KeyOf(*command));
   HandleCommand(command);
 }
 
-void ZnSMBNFSServer::ProcNull(const ZnInetAddr& source, ZnRPCAuthBlock&, uint32_t xid) {
-  if (CheckSource(source, xid, 0)) SendSuccess(source, xid, ZnPacket());
-}
-
 void ZnSMBNFSServer::ProcGetattr(const ZnInetAddr& source, ZnRPCAuthBlock& auth, uint32_t xid, ZnNFSFileHandle& args) {
-  DefineRoot(source, args);
+  DefineRoot(args);
   Begin(1, source, auth, xid, args);
 }
 
@@ -176,7 +142,7 @@ void ZnSMBNFSServer::ProcReaddir(const ZnInetAddr& source, ZnRPCAuthBlock& auth,
 }
 
 void ZnSMBNFSServer::ProcStatfs(const ZnInetAddr& source, ZnRPCAuthBlock& auth, uint32_t xid, ZnNFSFileHandle& args) {
-  DefineRoot(source, args);
+  DefineRoot(args);
   Begin(17, source, auth, xid, args);
 }
 
@@ -188,8 +154,8 @@ void ZnSMBNFSServer::TakeConfiguredRoot(const std::array<uint8_t, 32>& bytes) {
 
 // The daemon never invents the root's handle: it is the one the host was given at mount time. Where the profile doesn't
 // tell it, the first call to ask for attributes brings it.
-void ZnSMBNFSServer::DefineRoot(const ZnInetAddr& source, const ZnNFSFileHandle& handle) {
-  if (!filesystem_->IsInitialised() && IsServed(source)) filesystem_->_init(handle);
+void ZnSMBNFSServer::DefineRoot(const ZnNFSFileHandle& handle) {
+  if (!filesystem_->IsInitialised()) filesystem_->_init(handle);
 }
 
 // --- Commands ---
@@ -226,16 +192,13 @@ void ZnSMBNFSServer::HandleCommand(ZnSMBNFSCommand* command) {
 
 void ZnSMBNFSServer::Reply(ZnSMBNFSCommand* command, const ZnSMBNFSProcedure& procedure) {
   procedure.reply(*this, *filesystem_, *command);
+  if (procedure.onrepeat == ZnOnRepeat::SameReply) duplicates_.Keep(KeyOf(*command), LastReply());
   delete command;
 }
 
 void ZnSMBNFSServer::StepTaken(const ZnSMBNFSCommand&, const ZnSMBNFSStep&) {}
 
-void ZnSMBNFSServer::CommandEnds(const ZnSMBNFSCommand& command) { inflight_.erase(KeyOf(command)); }
-
-void ZnSMBNFSServer::ForgetCall(const ZnSMBNFSCommand& command) {
-  if (command.xid == lastxid_) anycall_ = false;
-}
+void ZnSMBNFSServer::CommandEnds(const ZnSMBNFSCommand& command) { duplicates_.End(KeyOf(command)); }
 
 // --- Signals and the clean-up timer ---
 

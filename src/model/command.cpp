@@ -11,8 +11,3 @@ ZnSMBNFSCommand::~ZnSMBNFSCommand() {
   if (handler_) handler_->CommandEnds(*this);
   if (session) session->RemoveCommand(this);
 }
-
-void ZnSMBNFSCommand::Drop() {
-  if (handler_) handler_->ForgetCall(*this);
-  delete this;
-}

@@ -37,7 +37,7 @@ class ZnSMBNFSCommand {
 
   // Ends the command as if its datagram had been lost: no reply, and a retransmission is served like a new call.
   // Deletes it.
-  void Drop();
+  void Drop() { delete this; }
 
   int command = 0;  // NFS procedure number, or 101 for a control request
   ZnSMBNFSEnum::Status status = ZnSMBNFSEnum::STStart;
@@ -46,6 +46,7 @@ class ZnSMBNFSCommand {
   ZnInetAddr source;                            // where the reply goes
   ZnRPCAuthBlock auth;
   uint32_t xid = 0;
+  uint64_t argumentshash = 0;  // of the arguments' bytes, as the filter of repeated calls knows them
   ZnSMBNFSArguments args;
 
   ZnWeakRef<ZnSMBNFSNode> node;       // where the command stands

@@ -85,6 +85,17 @@ void Log102(const ZnInetAddr& source, const ZnUniString& only, const ZnUniString
              " respond to packets from: ", addresses);
 }
 
+void Log103(const ZnInetAddr& source) {
+  WriteError(kError, " nfs/packet/notreserved\n", "Received an NFS packet from ", source, ", port ", source.GetPort(),
+             ", which needs no root to send from.\nMount without \"noresvport\", or set "
+             "nfsserver/network/reservedports to 0.");
+}
+
+void Log104(unsigned left_out) {
+  WriteError(kError, " nfs/packet/refused\n", "Refused ", left_out,
+             " more NFS packets within the last minute, like those above.");
+}
+
 void Log200(const ZnUniString& error) { WriteError(kError, " smb/connect/error\n", error); }
 
 void Log201(const ZnUniString& user, const ZnUniString& machine, const ZnUniString& share) {

@@ -32,6 +32,8 @@ void Log100(const ZnInetAddr& source, const ZnUniString& call);  // filtered: a 
 void Log101(const ZnInetAddr& source, int version, int expected);
 // A call from an address that isn't served; `only` is "only", or "not" where the list names those that aren't.
 void Log102(const ZnInetAddr& source, const ZnUniString& only, const ZnUniString& addresses);
+void Log103(const ZnInetAddr& source);  // a call from a port that anybody can send from
+void Log104(unsigned left_out);         // so many messages like the two before were left out
 
 // SMB and users.
 void Log200(const ZnUniString& error);                                                       // an SMB conversation

@@ -15,8 +15,6 @@ class ZnSMBNFSCommandHandler {
   virtual void HandleCommand(ZnSMBNFSCommand* command) = 0;
   // The command is being deleted.
   virtual void CommandEnds(const ZnSMBNFSCommand& command) = 0;
-  // The command's call counts as never received.
-  virtual void ForgetCall(const ZnSMBNFSCommand& command) = 0;
 };
 
 // The file system, as its sessions know it.

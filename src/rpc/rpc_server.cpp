@@ -28,11 +28,11 @@ ZnRPCMessageFromServer Denied(uint32_t xid, ZnRPCEnum::RejectStat status) {
 
 }  // namespace
 
-ZnRPCServer::ZnRPCServer(ZnEventLoopBase* loop, unsigned port)
+ZnRPCServer::ZnRPCServer(ZnEventLoopBase* loop, unsigned port, const ZnInetAddr& local)
     : loop_(loop),
       read_callback_(this, &ZnRPCServer::ReadCallback),
       write_callback_(this, &ZnRPCServer::WriteCallback) {
-  error_ = Start(port);
+  error_ = Start(local, port);
 }
 
 ZnRPCServer::~ZnRPCServer() {
@@ -41,8 +41,7 @@ ZnRPCServer::~ZnRPCServer() {
 }
 
 // The text of what failed; null when all is well.
-const char* ZnRPCServer::Start(unsigned port) {
-  ZnInetAddr address;
+const char* ZnRPCServer::Start(ZnInetAddr address, unsigned port) {
   address.Port(port);
   // Not blocking, since a datagram that woke the loop may be gone when it is read (a bad checksum).
   if (!address.Error().IsEmpty() || !socket_.Bind(address, ZnSocket::Datagram, false, 0, false) ||
@@ -74,6 +73,7 @@ void ZnRPCServer::ProcessRpcMessage() {
   ZnInetAddr source;
   ZnFile::IoStatus status = socket_.ReadMessage(buffer, sizeof buffer, length, source);
   if (status == ZnFile::IoStatus::Failed || status == ZnFile::IoStatus::Closed) return;
+  if (!ServesCaller(source)) return;
 
   ZnRPCMessageFromClient message;
   ZnXdrReader in(buffer, length);
@@ -120,6 +120,11 @@ void ZnRPCServer::SendAuthError(const ZnInetAddr& to, uint32_t xid, ZnRPCEnum::A
   ZnRPCMessageFromServer message = Denied(xid, ZnRPCEnum::AUTH_ERROR);
   message.reply_body.rejected.authstat = status;
   SendRpcMessage(message, to);
+}
+
+void ZnRPCServer::SendAgain(const ZnInetAddr& to, const ZnPacket& reply) {
+  reply_ = reply;
+  SendReply(to);
 }
 
 // The reply so far; the result follows. A message with no data in it is the front of one with data.

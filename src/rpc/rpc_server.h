@@ -10,9 +10,9 @@
 
 class ZnRPCServer {
  public:
-  // Binds `port` (0: any free one) on all interfaces and watches it on `loop`, which outlives the server. error() tells
-  // how it went.
-  ZnRPCServer(ZnEventLoopBase* loop, unsigned port);
+  // Binds `port` (0: any free one) of the interface with the address `local`, or of all, and watches it on `loop`,
+  // which outlives the server. error() tells how it went.
+  ZnRPCServer(ZnEventLoopBase* loop, unsigned port, const ZnInetAddr& local = ZnInetAddr::AddressAny());
   ZnRPCServer(const ZnRPCServer&) = delete;
   ZnRPCServer& operator=(const ZnRPCServer&) = delete;
   virtual ~ZnRPCServer();
@@ -22,6 +22,8 @@ class ZnRPCServer {
   // The address that is bound, with its port.
   bool LocalAddress(ZnInetAddr& address) { return socket_.LocalAddress(address); }
 
+  // Asked about each datagram before anything of it is read; false drops it.
+  virtual bool ServesCaller(const ZnInetAddr& /*source*/) { return true; }
   // Serves one call of RPC version 2. All that is needed after the return must be copied. The server isn't touched
   // after this returns.
   virtual void HandleRpcMessage(ZnRPCMessageFromClient& message, ZnRPCAuthBlock& credentials,
@@ -47,14 +49,20 @@ class ZnRPCServer {
   void SendProgMismatch(const ZnInetAddr& to, uint32_t xid, uint32_t low, uint32_t high);
   void SendRpcMismatch(const ZnInetAddr& to, uint32_t xid, uint32_t low, uint32_t high);
   void SendAuthError(const ZnInetAddr& to, uint32_t xid, ZnRPCEnum::AuthStat status);
+  // A whole reply of before.
+  void SendAgain(const ZnInetAddr& to, const ZnPacket& reply);
 
   // The socket is ready: reads and serves one datagram, or sends what waits.
   void ReadCallback(ZnEventCallback* callback, ZnEvent::cbdispatch value);
   void WriteCallback(ZnEventCallback* callback, ZnEvent::cbdispatch value);
   void ProcessRpcMessage();
 
+ protected:
+  // The reply that was made last, whole. To be asked for in the turn in which it was made.
+  const ZnPacket& LastReply() const { return waiting_.back().packet; }
+
  private:
-  const char* Start(unsigned port);
+  const char* Start(ZnInetAddr address, unsigned port);
   void StartSuccess(uint32_t xid);
   void SendReply(const ZnInetAddr& to);
   void SendWaiting();

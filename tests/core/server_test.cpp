@@ -6,8 +6,10 @@
 #include <arpa/inet.h>
 #include <sys/socket.h>
 
+#include "model/log_catalogue.h"
 #include "runtime/poll_event_loop.h"
 #include "support/tree_fixture.h"
+#include "support/virtual_loop.h"
 
 namespace {
 
@@ -52,25 +54,41 @@ class Caller {
   Caller() : fd_(socket(AF_INET, SOCK_DGRAM | SOCK_NONBLOCK, 0)) {
     sockaddr_in any{AF_INET, 0, {htonl(INADDR_LOOPBACK)}, {}};
     EXPECT_EQ(bind(fd_, reinterpret_cast<sockaddr*>(&any), sizeof any), 0);
-    socklen_t length = sizeof any;
-    getsockname(fd_, reinterpret_cast<sockaddr*>(&any), &length);
-    address = ZnInetAddr(any);
   }
   ~Caller() { close(fd_); }
 
+  // Sends a call of NFS and has the server read it.
+  template <class Args>
+  void Call(TracedServer& server, uint32_t xid, uint32_t procedure, const Args& args) const {
+    const ZnPacket call =
+        ZnRPCMessageFromClient{{}, xid, ZnRPCEnum::CALL, {{}, 2, 100003, 2, procedure, {}, {}, args.Pack()}}.Pack();
+    ZnInetAddr bound;
+    server.LocalAddress(bound);
+    sockaddr_in to = bound.SockAddr();
+    to.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+    EXPECT_GT(sendto(fd_, call.Data(), call.Length(), 0, reinterpret_cast<sockaddr*>(&to), sizeof to), 0);
+    server.ProcessRpcMessage();
+  }
   // The next reply once the loop goes on, as 32-bit words; empty when there is none.
   std::vector<uint32_t> Reply() const {
-    if (TracedServer::last) TracedServer::last->WriteCallback(nullptr, ZnEvent::Fired);
+    TracedServer::last->WriteCallback(nullptr, ZnEvent::Fired);
     uint32_t words[4096];
     ssize_t length = recv(fd_, words, sizeof words, 0);
     std::vector<uint32_t> reply;
     for (ssize_t i = 0; i < length / 4; i++) reply.push_back(ntohl(words[i]));
     return reply;
   }
-  ZnInetAddr address;
 
  private:
   int fd_;
+};
+
+struct Stopper : ZnEventCallback {
+  explicit Stopper(ZnEventLoopBase* eventloop) : loop(eventloop) {}
+  void Dispatch(ZnEvent::cbdispatch value) override {
+    if (value == ZnEvent::Fired) loop->ExitEventLoop(5);
+  }
+  ZnEventLoopBase* loop;
 };
 
 constexpr size_t kStatusWord = 6;  // of a successful reply: the first word of the result
@@ -79,21 +97,17 @@ class Server : public ::testing::Test {
  protected:
   Server() : profile_(TestProfile::Machine("u", "m", {"S"})) { root_.bytes[5] = 9; }
 
-  void Getattr(TracedServer& server, uint32_t xid, ZnNFSFileHandle handle) {
-    server.ProcGetattr(caller_.address, auth_, xid, handle);
+  void Getattr(TracedServer& server, uint32_t xid, const ZnNFSFileHandle& handle) {
+    caller_.Call(server, xid, 1, handle);
   }
   void Lookup(TracedServer& server, uint32_t xid, const char* name) {
-    ZnNFSDiropargs args;
-    args.dir = root_;
-    args.name = name;
-    server.ProcLookup(caller_.address, auth_, xid, args);
+    caller_.Call(server, xid, 4, ZnNFSDiropargs{{}, root_, name});
   }
 
   TestProfile profile_;
   ZnUnixProcess process_;
   ZnEventLoop loop_{&process_};
   Caller caller_;
-  ZnRPCAuthBlock auth_;
   ZnNFSFileHandle root_;
 };
 
@@ -104,7 +118,7 @@ TEST_F(Server, TheFirstGetattrOrStatfsDefinesTheRoot) {
     Lookup(server, 1, "u");
     EXPECT_EQ(caller_.Reply(), (std::vector<uint32_t>{1, 1, 1, 1, 2})) << "MSG_DENIED, AUTH_ERROR, rejected credential";
     if (bystatfs) {
-      server.ProcStatfs(caller_.address, auth_, 2, root_);
+      caller_.Call(server, 2, 17, root_);
     } else {
       Getattr(server, 2, root_);
     }
@@ -118,28 +132,101 @@ TEST_F(Server, TheFirstGetattrOrStatfsDefinesTheRoot) {
   }
 }
 
-TEST_F(Server, OnlyADirectRepetitionIsFiltered) {
+TEST_F(Server, ARepeatedCallIsServedAnewOrGetsTheSameReplyAgain) {
+  static ZnMoment now;
+  now = ZnMoment(std::chrono::hours(1));
+  ZnSteadyClock::SetClock([] { return now; });
   TracedServer server(&process_, &loop_, TracedServer::Config({"_"}));
-  std::vector<bool> answered;
-  for (uint32_t xid : {7U, 7U, 8U, 7U}) {
-    Getattr(server, xid, root_);
-    answered.push_back(!caller_.Reply().empty());
+  for (const char* sending : {"first", "second, of a lone caller whose reply was lost"}) {
+    Getattr(server, 1, root_);
+    EXPECT_EQ(caller_.Reply().at(kStatusWord), 0U) << sending;
   }
-  EXPECT_EQ(answered, (std::vector<bool>{true, false, true, true}));
+
+  constexpr uint32_t kLookup = 4, kRemove = 10, kRmdir = 15;
+  const ZnNFSDiropargs gone{{}, root_, "gone"}, other{{}, root_, "other"};
+  const Caller second;
+  std::vector<uint32_t> reply;
+  auto serves = [&](uint32_t xid, uint32_t procedure, const ZnNFSDiropargs& args, const Caller* caller = nullptr) {
+    server.steps.clear();
+    (caller ? caller : &caller_)->Call(server, xid, procedure, args);
+    reply = (caller ? caller : &caller_)->Reply();
+    EXPECT_EQ(reply.at(0), xid);
+    return !server.steps.empty();
+  };
+  EXPECT_TRUE(serves(7, kRemove, gone));
+  const std::vector<uint32_t> first = reply;
+  EXPECT_TRUE(serves(8, kRemove, gone));
+  EXPECT_TRUE(serves(7, kRemove, other));
+  EXPECT_TRUE(serves(7, kRmdir, gone));
+  EXPECT_TRUE(serves(7, kRemove, gone, &second));
+  EXPECT_TRUE(serves(7, kLookup, gone));
+  EXPECT_TRUE(serves(7, kLookup, gone)) << "changes nothing";
+  now += ZnDuplicateCache::kLifetime;
+  EXPECT_FALSE(serves(7, kRemove, gone));
+  EXPECT_EQ(reply, first);
+  now += std::chrono::seconds(1);
+  EXPECT_TRUE(serves(7, kRemove, gone));
+  for (uint32_t i = 1; i < ZnDuplicateCache::kMostReplies; i++) EXPECT_TRUE(serves(1000 + i, kRemove, gone));
+  EXPECT_FALSE(serves(7, kRemove, gone));
+  EXPECT_TRUE(serves(9, kRemove, gone));
+  EXPECT_TRUE(serves(7, kRemove, gone)) << "the oldest makes way";
+  ZnSteadyClock::SetClock(nullptr);
 }
 
-TEST_F(Server, AddressesAndTheWildcard) {
+TEST_F(Server, FiltersComeBeforeAllElse) {
   struct Case {
     std::vector<const char*> addresses;
     bool served;
+    ZnInetAddr bound;
   };
-  for (const Case& c : {Case{{"*"}, true}, Case{{"_"}, true}, Case{{"10.1.2.3"}, false}, Case{{"nonsense"}, false},
-                        Case{{"nonsense", "127.0.0.1"}, true}, Case{{"10.1.2.3", "127.0.0.1"}, true},
-                        Case{{"*", "127.0.0.1"}, false}, Case{{"*", "10.1.2.3"}, true}}) {
+  const ZnInetAddr any, loopback = ZnInetAddr::AddressLoopback();
+  for (const Case& c : {Case{{"*"}, true, any}, Case{{"_"}, true, loopback}, Case{{"10.1.2.3"}, false, any},
+                        Case{{"nonsense"}, false, loopback}, Case{{"nonsense", "127.0.0.1"}, true, loopback},
+                        Case{{"127.0.0.2"}, false, loopback}, Case{{"10.1.2.3", "127.0.0.1"}, true, any},
+                        Case{{"*", "127.0.0.1"}, false, any}, Case{{"*", "10.1.2.3"}, true, any}}) {
     TracedServer server(&process_, &loop_, TracedServer::Config(c.addresses));
+    ZnInetAddr bound;
+    server.LocalAddress(bound);
+    EXPECT_TRUE(bound.IsAddressEqual(c.bound)) << c.addresses.front() << " of " << c.addresses.size();
     Getattr(server, 1, root_);
     EXPECT_EQ(!caller_.Reply().empty(), c.served) << c.addresses.front() << " of " << c.addresses.size();
+    EXPECT_EQ(TracedServer::filesystem->IsInitialised(), c.served);
   }
+
+  ZnSMBNFSServerConfig config = TracedServer::Config({"_"});
+  config.reservedports = true;
+  TracedServer server(&process_, &loop_, config);
+  Getattr(server, 1, root_);
+  EXPECT_EQ(caller_.Reply(), (std::vector<uint32_t>{1, 1, 1, 1, 5})) << "MSG_DENIED, AUTH_ERROR, too weak";
+  EXPECT_FALSE(TracedServer::filesystem->IsInitialised());
+  ZnRPCMessageFromClient call{{}, 2, ZnRPCEnum::CALL, {{}, 2, 100003, 2, 1, {}, {}, root_.Pack()}};
+  ZnInetAddr reserved = ZnInetAddr::AddressLoopback();
+  reserved.Port(1023);
+  server.HandleRpcMessage(call, call.call_body.credentials, reserved);
+  EXPECT_TRUE(TracedServer::filesystem->IsInitialised());
+}
+
+TEST_F(Server, RefusedCallersWriteTenLinesAMinuteAndThenOneWithTheCount) {
+  MyLogger logger;
+  ZnLog::InitLogs(&logger, "");
+  ZnLog::AddLogFile("<stderr>", false, false, ZnCodeset::Utf8);
+  VirtualLoop loop;
+  TracedServer server(&process_, &loop, TracedServer::Config({"*", "127.0.0.1"}));
+  Stopper stopper(&loop);
+  ZnTimer timer(&loop, &stopper);
+  auto told = [&](uint32_t calls) {
+    ::testing::internal::CaptureStderr();
+    for (uint32_t xid = 0; xid < calls; xid++) Getattr(server, xid, root_);
+    timer.Set(std::chrono::seconds(61));
+    loop.EnterEventLoop();
+    const std::string text = ::testing::internal::GetCapturedStderr();
+    size_t lines = 0;
+    for (size_t at = 0; (at = text.find("notlocal", at)) != std::string::npos; at++) lines++;
+    return std::pair(lines, text.find("Refused 15 more") != std::string::npos);
+  };
+  EXPECT_EQ(told(25), std::pair(size_t{10}, true));
+  EXPECT_EQ(told(10), std::pair(size_t{10}, false));
+  ZnLog::CleanUp();
 }
 
 TEST_F(Server, EveryTableStartsWithTheHandleAndEndsWithAReply) {
@@ -178,7 +265,7 @@ TEST_F(Server, ADirectoryHasNoSizeToSet) {
   ZnNFSSattrargs args;
   args.file = root_;
   args.attributes.size = 0;
-  server.ProcSetattr(caller_.address, auth_, 2, args);
+  caller_.Call(server, 2, 2, args);
   EXPECT_EQ(caller_.Reply().at(kStatusWord), 21U);
 }
 
@@ -191,7 +278,7 @@ TEST_F(Server, ARetransmissionOfACallInFlightIsServedByTheFirstReply) {
     ZnNFSDiropargs args;
     args.dir = at;
     args.name = name;
-    server.ProcLookup(caller_.address, auth_, static_cast<uint32_t>(name[0]), args);
+    caller_.Call(server, static_cast<uint32_t>(name[0]), 4, args);
     std::vector<uint32_t> reply = caller_.Reply();
     ASSERT_EQ(reply.at(kStatusWord), 0U) << name;
     for (size_t i = 0; i < at.bytes.size(); i++) {
@@ -202,13 +289,16 @@ TEST_F(Server, ARetransmissionOfACallInFlightIsServedByTheFirstReply) {
     ZnNFSReaddirargs args;
     args.dir = at;
     args.count = 4096;
-    server.ProcReaddir(caller_.address, auth_, xid, args);
+    caller_.Call(server, xid, 16, args);
   };
   auto* session = static_cast<StandInSession*>(*TracedServer::filesystem->sessions().begin());
   list(100);
   list(101);
   list(100);
   ASSERT_EQ(session->queue.size(), 2U) << "the call that waits isn't begun again";
+  session->queue.back()->Drop();
+  list(101);
+  ASSERT_EQ(session->queue.size(), 2U) << "a dropped call counts as lost";
   EXPECT_TRUE(caller_.Reply().empty());
   session->answer = [](ZnSMBNFSCommand&) { return true; };
   while (!session->queue.empty()) session->Request(session->queue.front(), ZnSMBNFSEnum::SCRequestDirs);
@@ -225,14 +315,9 @@ TEST_F(Server, TheTimerComesAgain) {
   ZnSMBNFSServerConfig config = TracedServer::Config({"_"});
   config.cleanupdelay = -5;  // counts as one second
   TracedServer server(&process_, &loop_, config);
-  struct Stopper : ZnEventCallback {
-    explicit Stopper(ZnEventLoopBase* eventloop) : loop(eventloop) {}
-    void Dispatch(ZnEvent::cbdispatch value) override {
-      if (value == ZnEvent::Fired) loop->ExitEventLoop(5);
-    }
-    ZnEventLoopBase* loop;
-  } stopper(&loop_);
-  loop_.AddTimeoutEvent(ZnSteadyClock::now() + std::chrono::milliseconds(2200), &stopper);
+  Stopper stopper(&loop_);
+  ZnTimer timer(&loop_, &stopper);
+  timer.Set(std::chrono::milliseconds(2200));
   EXPECT_EQ(loop_.EnterEventLoop(), 5);
 }
 

@@ -13,6 +13,7 @@ import time
 import pytest
 
 sys.path.insert(0, str(pathlib.Path(__file__).parents[1] / "support"))
+from daemon import Daemon  # noqa: E402
 from gateway import ROOT, SMB_PASSWORD, UNIX_USER, Gateway, wait_until  # noqa: E402
 
 PROGRAM = pathlib.Path(os.environ["HALDEN_BIN_DIR"]) / "haldenctl"
@@ -44,6 +45,16 @@ def ctl(gateway):
         assert bool(done.stderr) == (code != DONE), done
         return (done.stderr if code else done.stdout).decode()
     return run
+
+
+@pytest.mark.skipif(os.geteuid() != 0, reason="only root can send from a reserved port")
+def test_a_daemon_may_serve_root_only():
+    with Daemon("[nfsserver/network/reservedports={(1)}]") as daemon:
+        command = [PROGRAM, "--port", str(daemon.port), "--root-handle", ROOT.hex(), "ls", "/"]
+        refused = subprocess.run(command, user="nobody", capture_output=True, text=True, timeout=60)
+        assert (refused.returncode, refused.stdout) == (FAILED, "")
+        assert "it serves root only (nfsserver/network/reservedports)" in refused.stderr
+        subprocess.run(command, check=True, timeout=60)
 
 
 def test_a_tree_shows_names_links_and_directories(gateway, ctl):

@@ -33,6 +33,11 @@ const std::vector<std::pair<const char*, std::vector<std::pair<std::string, void
        [] { Log101(Address(), 3, 2); }},
       {"nfs/packet/notlocal\nReceived an NFS packet from 192.0.2.7\nThe server will only respond to packets from: me",
        [] { Log102(Address(), "only", "me"); }},
+      {"nfs/packet/notreserved\nReceived an NFS packet from 192.0.2.7, port 0, which needs no root to send "
+       "from.\nMount "
+       "without \"noresvport\", or set nfsserver/network/reservedports to 0.",
+       [] { Log103(Address()); }},
+      {"nfs/packet/refused\nRefused 3 more NFS packets within the last minute, like those above.", [] { Log104(3); }},
       {"smb/connect/error\nE?[31m?F?G?H?I", [] { Log200("E\x1B[31m\nF\x7FG\u009BH\u2028I"); }},
       {"user/config/failure\nFailed to open bob's log file: Permission denied",
        [] { Log202("bob", ZnUnixError(EACCES, "open")); }},

@@ -146,7 +146,6 @@ class SessionTest : public ScriptedServerTest, public ZnSMBNFSSessionHost, publi
     std::erase_if(calls, [&](auto& call) { return call.command == &command; });
     if (calls.empty()) loop.ExitEventLoop(0);
   }
-  void ForgetCall(const ZnSMBNFSCommand&) override { dropped++; }
 
   ZnSMBNFSServerConfig serversettings;
   ZnSMBNFSMachineConfig config;
@@ -155,8 +154,7 @@ class SessionTest : public ScriptedServerTest, public ZnSMBNFSSessionHost, publi
   ZnSMBNFSSession* session = nullptr;
   ZnSMBNFSHandle lasthandle;
   std::vector<Call> calls;
-  std::vector<int> ended;  // how calls ended, in order: 0 or a status of NFS
-  std::string data;        // of the call that ended last
-  int dropped = 0;
+  std::vector<int> ended;                              // how calls ended, in order: 0 or a status of NFS
+  std::string data;                                    // of the call that ended last
   std::function<bool(ZnSMBNFSCommand*)> whenComplete;  // true: the command was taken care of
 };

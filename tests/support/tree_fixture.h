@@ -129,7 +129,6 @@ class StepCounter : public ZnSMBNFSCommandHandler {
  public:
   void HandleCommand(ZnSMBNFSCommand*) override { steps++; }
   void CommandEnds(const ZnSMBNFSCommand&) override {}
-  void ForgetCall(const ZnSMBNFSCommand&) override {}
   int steps = 0;
 };
 

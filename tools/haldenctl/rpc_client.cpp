@@ -68,10 +68,13 @@ ZnRPCAuthBlock CallersCredentials() {
 
 // Why the daemon didn't serve a call that reached it.
 Error Refusal(const ZnRPCReplyBody& reply) {
-  if (reply.status == ZnRPCEnum::MSG_DENIED)
-    return {.text = "the daemon refuses the call: " + std::string(reply.rejected.status == ZnRPCEnum::AUTH_ERROR
-                                                                      ? "its file system has no root yet"
-                                                                      : "another version of RPC")};
+  if (reply.status == ZnRPCEnum::MSG_DENIED) {
+    const char* const why = reply.rejected.status != ZnRPCEnum::AUTH_ERROR ? "another version of RPC"
+                            : reply.rejected.authstat == ZnRPCEnum::AUTH_TOOWEAK
+                                ? "it serves root only (nfsserver/network/reservedports)"
+                                : "its file system has no root yet";
+    return {.text = std::string("the daemon refuses the call: ") + why};
+  }
   if (reply.accepted.status == ZnRPCEnum::SUCCESS) return {};
   return {.text = "the daemon doesn't serve the call (RPC status " +
                   std::to_string(static_cast<unsigned>(reply.accepted.status)) +
@@ -89,9 +92,19 @@ Error RpcClient::Open(uint16_t port, unsigned timeout) {
   ZnInetAddr daemon = ZnInetAddr::AddressLoopback();
   daemon.Port(port);
   // Connected, so that only the daemon's datagrams arrive, and its absence is told.
-  const bool open = socket_.Bind(ZnInetAddr::AddressLoopback(), ZnSocket::Datagram, false, 0, false) &&
-                    socket_.SetBlocking(false) && socket_.Connect(daemon);
+  const bool open = Bind() && socket_.SetBlocking(false) && socket_.Connect(daemon);
   return open ? Error{} : SocketError();
+}
+
+// To a port that only root can have, if possible: the daemon may insist on one.
+bool RpcClient::Bind() {
+  constexpr int64_t kLowest = 600, kHighest = 1023;
+  ZnInetAddr local = ZnInetAddr::AddressLoopback();
+  for (int64_t port = kHighest; geteuid() == 0 && port >= kLowest; port--) {
+    local.Port(port);
+    if (socket_.Bind(local, ZnSocket::Datagram, false, 0, false)) return true;
+  }
+  return socket_.Bind(ZnInetAddr::AddressLoopback(), ZnSocket::Datagram, false, 0, false);
 }
 
 Error RpcClient::Call(NfsProcedure procedure, const ZnPacket& arguments, ZnPacket& results) {

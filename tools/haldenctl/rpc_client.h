@@ -57,6 +57,7 @@ class RpcClient {
   using Window = std::map<size_t, Sent>;  // by index
 
   ZnPacket CallMessage(uint32_t xid, NfsProcedure procedure, const ZnPacket& arguments) const;
+  bool Bind();
   Error Start(NfsProcedure procedure, size_t index, const MakeArguments& make);
   Error Send(const Sent& call);
   Error SendAgain();
