@@ -44,10 +44,23 @@ Outcome FindHandle(FS& filesystem, Command& command) {
   return Call<&FS::NBFindByHandle>(filesystem, command);
 }
 
+// The attributes of what the configuration makes are good even where its contents can't be listed.
 Outcome UpdateTopContents(FS& filesystem, Command& command) {
   if (!command.node) return Refuse(command, ZnNFSEnum::NFSERR_STALE);
   if (!filesystem.serverconfig().paranoidupdate || command.node->IsInside()) return Outcome::GoOn;
+  command.tolerant = true;
   return Call<&FS::BUpdateNodeContents>(filesystem, command);
+}
+
+// Whatever became of the refresh before it, the call goes on.
+void ForgetRefresh(Command& command) {
+  command.tolerant = false;
+  command.error = ZnNFSEnum::NFS_OK;
+}
+
+Outcome UpdateAttributes(FS& filesystem, Command& command) {
+  ForgetRefresh(command);
+  return Call<&FS::BUpdateNode>(filesystem, command);
 }
 
 template <ZnNameMatch match>
@@ -257,10 +270,22 @@ Outcome WriteLinkFile(FS& filesystem, Command& command) {
 
 // --- RMDIR ---
 
+// What the configuration makes goes by no call: its machine isn't even asked.
+Outcome UpdateContentsToRemove(FS& filesystem, Command& command) {
+  if (command.node && !command.node->IsInside()) return Refuse(command, ZnNFSEnum::NFSERR_ACCES);
+  return Call<&FS::BUpdateNodeContents>(filesystem, command);
+}
+
 Outcome UpdateParentContents(FS& filesystem, Command& command) {
   if (!command.node) return Refuse(command, ZnNFSEnum::NFSERR_STALE);
   command.node = command.node->parent;
+  command.tolerant = true;
   return Call<&FS::BUpdateNodeContents>(filesystem, command);
+}
+
+Outcome Removed(FS&, Command& command) {
+  ForgetRefresh(command);
+  return Outcome::Reply;
 }
 
 // --- Replies ---
@@ -357,7 +382,7 @@ constexpr ZnSMBNFSStep kStart{E::STStart, "NBFindByHandle", FindHandle, E::STLoo
 constexpr ZnSMBNFSStep kGetattr[] = {
     kStart,
     {E::STLookup, "paranoidupdate: BUpdateNodeContents", UpdateTopContents, E::STUpdate},
-    {E::STUpdate, "BUpdateNode", Call<&FS::BUpdateNode>, E::STUpdate2},
+    {E::STUpdate, "BUpdateNode", UpdateAttributes, E::STUpdate2},
     {E::STUpdate2, "reply", Done, E::STUpdate2},
 };
 
@@ -466,11 +491,11 @@ constexpr ZnSMBNFSStep kRmdir[] = {
     kStart,
     {E::STLookup, "BUpdateNodeContents", Call<&FS::BUpdateNodeContents>, E::STUpdate},
     {E::STUpdate, "NBFindByName", FindEntryToRemove, E::STLookup2},
-    {E::STLookup2, "BUpdateNodeContents of the directory itself", Call<&FS::BUpdateNodeContents>, E::STUpdate2},
+    {E::STLookup2, "BUpdateNodeContents of the directory itself", UpdateContentsToRemove, E::STUpdate2},
     {E::STUpdate2, "CheckRemoveDirectory, BRemoveDirectory",
      CheckThen<&FS::CheckRemoveDirectory, &FS::BRemoveDirectory>, E::STRemove},
     {E::STRemove, "BUpdateNodeContents of the parent", UpdateParentContents, E::STUpdate3},
-    {E::STUpdate3, "reply", Done, E::STUpdate3},
+    {E::STUpdate3, "reply", Removed, E::STUpdate3},
 };
 
 constexpr ZnSMBNFSStep kReaddir[] = {

@@ -156,6 +156,8 @@ class ZnSMBNFSFileSystem : public ZnSMBNFSSessionHost {
   void UpdateMachine(ZnSMBNFSNode* usernode, const ZnUniString& name);
   void LimitLookedUpMachines(ZnSMBNFSNode* usernode, const std::unordered_set<ZnUniString>& configured);
   void UpdateShare(ZnSMBNFSNode* machinenode, const ZnUniString& name);
+  // Ends a command whose directory couldn't be listed.
+  void RefreshFailed(ZnSMBNFSCommand* command);
   // Goes on, or with the failure's status after a request that failed.
   void Finish(ZnSMBNFSCommand* command);
   static void ShowWrite(ZnSMBNFSNode* node, uint32_t end, bool truncates);

@@ -9,12 +9,9 @@
 
 void ZnSMBNFSFileSystem::BUpdateDirList(ZnSMBNFSCommand* command) {
   ZnWeakRef<ZnSMBNFSNode> node = command->node;
+  if (!node->IsDirectory()) return SendError(command, ZnNFSEnum::NFSERR_NOTDIR);
   ZnSMBNFSTree* tree = GetTree(node.Get());
-  if (!tree) {
-    command->sessionstatus = ZnSMBNFSEnum::SSTError;
-    PruneMissing(node.Get(), {});
-    return Continue(command);
-  }
+  if (!tree) return SendError(command, ZnNFSEnum::NFSERR_ACCES);
   if (tree->needsreload) {
     // Loaded again at each step from now on: the flag stays. After an error the old record goes on as far as the load
     // got.
@@ -25,7 +22,21 @@ void ZnSMBNFSFileSystem::BUpdateDirList(ZnSMBNFSCommand* command) {
   GetSession(node.Get())->Request(command, ZnSMBNFSEnum::SCRequestDirs);
 }
 
+// What can't be listed isn't empty: the call fails, and what was known stays, handles and open files with it. Where the
+// server says that the directory itself is gone, whoever looks at the one above learns it.
+void ZnSMBNFSFileSystem::RefreshFailed(ZnSMBNFSCommand* command) {
+  ZnNFSEnum::Status status = command->session ? command->session->ConvertError(*command) : ZnNFSEnum::NFSERR_ACCES;
+  if (status == ZnNFSEnum::NFSERR_NOENT) OutOfDate(command->node->parent, true);
+  SendError(command, status);
+}
+
 namespace {
+
+// Where the top of a drive that holds nothing is listed, Windows says that it finds no file.
+bool IsEmptyTop(const ZnSMBNFSCommand& command) {
+  constexpr unsigned kFileNotFound = 2 * 256 + 1;
+  return command.node->IsShare() && command.refusal == kFileNotFound;
+}
 
 // Turns the server's name of an entry into the tree's. False for an entry that isn't shown.
 bool TakeName(ZnSMBCFileObject& entry, const ZnSMBNFSShareConfig& config) {
@@ -41,10 +52,8 @@ void ZnSMBNFSFileSystem::CBUpdateDirList(ZnSMBNFSCommand* command) {
   ZnWeakRef<ZnSMBNFSNode> node = command->node;
   if (!node) return SendError(command, ZnNFSEnum::NFSERR_STALE);
   ZnSMBNFSTree* tree = GetTree(node.Get());
-  if (command->sessionstatus == ZnSMBNFSEnum::SSTError || !tree) {
-    PruneMissing(node.Get(), {});
-    return Continue(command);
-  }
+  const bool failed = command->sessionstatus == ZnSMBNFSEnum::SSTError && !IsEmptyTop(*command);
+  if (failed || !tree) return RefreshFailed(command);
   struct Shown {
     ZnSMBCFileObject* entry;
     ZnSMBNFSNode* child;  // null when it isn't in the tree yet

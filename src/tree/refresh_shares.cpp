@@ -51,10 +51,7 @@ ZnDList<ZnUniString> ShareNames(const ZnSMBNFSMachineConfig& config, const ZnDLi
 void ZnSMBNFSFileSystem::CBUpdateShareList(ZnSMBNFSCommand* command) {
   ZnWeakRef<ZnSMBNFSNode> node = command->node;
   if (!node) return SendError(command, ZnNFSEnum::NFSERR_STALE);
-  if (command->sessionstatus == ZnSMBNFSEnum::SSTError || !node->session) {
-    PruneMissing(node.Get(), {});
-    return Continue(command);
-  }
+  if (command->sessionstatus == ZnSMBNFSEnum::SSTError || !node->session) return RefreshFailed(command);
   ZnDList<ZnUniString> names = ShareNames(node->session->config, command->shares);
   PruneMissing(node.Get(), {names.begin(), names.end()});
   for (const ZnUniString& name : names) UpdateShare(node.Get(), name);

@@ -107,6 +107,33 @@ def test_a_server_that_closes_idle_connections():
         assert gateway.errors() == ""
 
 
+def test_what_cant_be_listed_is_not_empty():
+    """A mirroring tool would empty its other side."""
+    settings = "[{user}/*/*/contentsttl={(0)}]\n[{user}/pc/sharenames={(SHARE)(ABSENT)}]\n[{user}/pc/ABSENT/password={()}]\n"
+    with Gateway(settings=settings) as gateway:
+        nfs, peer, disk = gateway.nfs, gateway.peers["pc"], gateway.disk()
+        (disk / "full").mkdir()
+        (disk / "full" / "file").touch()
+        (disk / "going").mkdir()
+        share, absent = gateway.share(), gateway.share(share="ABSENT")
+        full, going = (nfs.lookup(share, name).file for name in ("full", "going"))
+        file = nfs.lookup(full, "file").file
+        assert (status(nfs.listing, absent), status(nfs.lookup, absent, "file")) == (5, 5)
+        (disk / "going").rmdir()
+        time.sleep(0.01)
+        assert (status(nfs.listing, going), status(nfs.lookup, going, "file")) == (2, 2)
+        peer.kill()
+        assert (status(nfs.listing, full), status(nfs.lookup, full, "file")) == (5, 5)
+        for path, names in ((UNIX_USER, ["pc"]), (f"{UNIX_USER}/pc", ["ABSENT", "SHARE"])):
+            directory = nfs.walk(gateway.root, path).file
+            assert sorted(entry.name for entry in nfs.listing(directory)[2:]) == names
+            assert [status(nfs.getattr, nfs.lookup(directory, name).file) for name in names] == [0] * len(names)
+        peer.restart()
+        assert wait_until(lambda: status(nfs.lookup, full, "file") == 0)
+        assert nfs.lookup(full, "file").file == file
+        assert [entry.name for entry in nfs.listing(full)[2:]] == ["file"]
+
+
 @pytest.fixture(scope="module")
 def refused():
     with Gateway(machines={"pc": {"users": {"tester": "Another"}}}) as running:
@@ -126,7 +153,7 @@ def test_the_error_file_is_written_as_the_user(refused, tmp_path, place):
      "link to a file of root's": lambda: errors.symlink_to(secret), "directory": errors.mkdir}.get(place, str)()
 
     refused.nfs.timeout = 10
-    refused.nfs.listing(refused.share())
+    assert status(refused.nfs.listing, refused.share()) == 13
 
     assert secret.read_text() == "untouched"
     if place in ("nothing", "file of his"):

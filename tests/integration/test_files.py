@@ -249,7 +249,7 @@ def test_a_lost_connection_costs_no_call_and_no_file(gateway, nfs, place):
 
 def test_a_wrong_password_is_told(tmp_path):
     with Gateway(machines={"pc": {"users": {"tester": "Another"}}}) as gateway:
-        assert gateway.nfs.listing(gateway.share())  # "." and ".." of an empty directory
+        assert status(gateway.nfs.listing, gateway.share()) == 13
         port = gateway.peers["pc"].port
         assert f": logging on to 127.0.0.1 port {port}: Access denied (class 1, code 5); the user name or the pass" in (
             gateway.errors())

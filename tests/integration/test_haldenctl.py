@@ -193,7 +193,7 @@ def test_no_daemon_is_told_apart(gateway):
 
 
 def test_a_wrong_password_is_told_to_the_user(gateway, ctl):
-    ctl("ls", f"/{UNIX_USER}/wrong/SHARE")
+    ctl("ls", f"/{UNIX_USER}/wrong/SHARE", code=FAILED)
     assert "wrong" in gateway.errors()
 
 

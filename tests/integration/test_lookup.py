@@ -12,7 +12,7 @@ import pytest
 
 sys.path.insert(0, str(pathlib.Path(__file__).parents[1] / "support"))
 from gateway import Gateway  # noqa: E402
-from nfs_raw import u32  # noqa: E402
+from nfs_raw import status, u32  # noqa: E402
 from smb_peer import enter_private_network  # noqa: E402
 
 ANYWHERE = {"nmbd": True, "options": {"bind interfaces only": "no"}}
@@ -39,7 +39,7 @@ def test_a_name_server_knows_the_machine():
 ])
 def test_the_user_is_told_what_was_tried_in_vain(machine, more, tried):
     with Gateway(machines={machine: ANYWHERE}, settings=looked_up(machine, "NOBODY", more)) as gateway:
-        gateway.nfs.listing(gateway.share())
+        assert status(gateway.nfs.listing, gateway.share()) == 5
         line = next(line for line in gateway.errors().splitlines() if "Using " in line)
         names = [machine if means == "DNS" else "NOBODY" for means in tried]
         means = "; ".join(f"Failed to find remote name({name}) Using {how}" for name, how in zip(names, tried))

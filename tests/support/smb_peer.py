@@ -180,7 +180,9 @@ class SmbPeer:
         self.processes.pop(0).wait()
 
     def restart(self):
-        self.kill()
+        """Also of one that was killed."""
+        if self.processes:
+            self.kill()
         self._start_smbd()
         self.processes.insert(0, self.processes.pop())
 

@@ -91,7 +91,9 @@ class StandInSession : public ZnSMBNFSSessionBase {
       queue.pop_front();
     }
   }
-  ZnNFSEnum::Status ConvertError(const ZnSMBNFSCommand&) const override { return ZnNFSEnum::NFSERR_ACCES; }
+  ZnNFSEnum::Status ConvertError(const ZnSMBNFSCommand& command) const override {
+    return command.failure == ZnNFSEnum::NFS_OK ? ZnNFSEnum::NFSERR_IO : command.failure;
+  }
   bool CleanUp() override { return !connected; }
   bool IsConnected() const override { return connected; }
   unsigned serverclass() const override { return 3; }

@@ -197,15 +197,29 @@ TEST_F(Directory, LookUpsFindWhatAWalkWouldFind) {
   }
 }
 
-TEST_F(Directory, AFailedListingEmptiesTheDirectoryAndTheCallGoesOn) {
+TEST_F(Directory, WhatCantBeListedIsNotEmpty) {
   ZnSMBNFSNode* share = Share();
-  List(share, {Entry("f")});
-  auto command = CommandAt(share);
-  command->sessioncommand = ZnSMBNFSEnum::SCRequestDirs;
-  command->sessionstatus = ZnSMBNFSEnum::SSTError;
-  filesystem.CompleteRequest(command.get());
-  EXPECT_TRUE(share->children.IsEmpty());
-  EXPECT_EQ(command->error, ZnNFSEnum::NFS_OK);
+  List(share, {Entry("d", true), Entry("f")});
+  ZnSMBNFSNode *directory = Child(share, "d"), *file = Child(share, "f");
+  List(directory, {Entry("inside")});
+  const ZnMoment listed = share->contentstime;
+  auto list = [&](ZnSMBNFSNode* node, ZnNFSEnum::Status failure) {
+    auto command = CommandAt(node);
+    node->contentstime = {};
+    Session()->answer = [failure](ZnSMBNFSCommand& request) {
+      request.failure = failure;
+      return false;
+    };
+    filesystem.BUpdateNodeContents(command.get());
+    return command->error;
+  };
+  for (ZnNFSEnum::Status failure : {ZnNFSEnum::NFSERR_ACCES, ZnNFSEnum::NFSERR_IO, ZnNFSEnum::NFSERR_NOENT}) {
+    share->contentstime = listed;
+    EXPECT_EQ(list(directory, failure), failure);
+    EXPECT_TRUE(Child(directory, "inside"));
+    EXPECT_EQ(share->contentstime == ZnMoment{}, failure == ZnNFSEnum::NFSERR_NOENT) << "it is looked for again";
+  }
+  EXPECT_EQ(list(file, ZnNFSEnum::NFSERR_IO), ZnNFSEnum::NFSERR_NOTDIR);
 }
 
 namespace {
