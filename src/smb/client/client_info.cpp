@@ -109,6 +109,19 @@ ZnSMBClient::Result ZnSMBClient::SetFileInfo(const ZnSMBCFileObject& file, Compl
   return Start(Values::StateSetFileInfo, SendTrans2(params, info.Pack()), callback);
 }
 
+ZnSMBClient::Result ZnSMBClient::ReplaceFile(const ZnSMBCFileObject& file, const ZnUniString& name,
+                                             Completion* callback) {
+  if (!Ready(file.tid)) return ResultFailure;
+  storage_ = ZnSMBOperation::SetFileInfo{Values::Trans2SetPathInfo};
+  ZnSMBCTrans2_ReqParams params(Values::Trans2SetPathInfo, RequestEncoding());
+  params.level = ZnSMBCTrans2_RENAMEINFO::kLevel;
+  params.filename = file.path;
+  ZnSMBCTrans2_RENAMEINFO info(RequestEncoding());
+  info.replace = true;
+  info.name = name;
+  return Start(Values::StateSetFileInfo, SendTrans2(params, info.Pack()), callback);
+}
+
 ZnSMBClient::Result ZnSMBClient::SetFileInfoReply() {
   Result result = RecvTransWithoutSetup();
   if (result != ResultSuccess) return result;

@@ -107,6 +107,10 @@ class ZnSMBClient : public ZnNBTSession {
   Result DeleteFile(const ZnSMBCFileObject& file, Completion* callback);
   // `newName` is a path in the same tree.
   Result RenameFile(const ZnSMBCFileObject& file, const ZnUniString& newName, Completion* callback);
+  // Gives a file another name in its directory, in place of the file that has that name, if there is one. Only where
+  // CanReplace().
+  Result ReplaceFile(const ZnSMBCFileObject& file, const ZnUniString& name, Completion* callback);
+  bool CanReplace() const { return server_.capabilities.passthrough_levels; }
   // `to` may lie in another tree of this connection.
   Result MoveFile(const ZnSMBCFileObject& from, const ZnSMBCFileObject& to, Completion* callback);
   // By path: file.attribs.

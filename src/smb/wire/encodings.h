@@ -28,13 +28,14 @@ struct ZnSMBCCapabilities : ZnSmbRecord<ZnSMBCCapabilities> {
   bool nt_find = false;
   bool reserved_use = false;
   bool dfs = false;
+  bool passthrough_levels = false;  // file information at the levels of the server's own system
   template <class Io>
   bool Fields(Io& io) {
     return io.LowBits(raw_mode, 1) && io.LowBits(mpx_mode, 1) && io.LowBits(unicode, 1) && io.LowBits(large_files, 1) &&
            io.LowBits(nt_commands, 1) && io.LowBits(rpc_remote_apis, 1) && io.LowBits(nt_status, 1) &&
            io.LowBits(level_ii_oplocks, 1) && io.LowBits(lock_and_read, 1) && io.LowBits(nt_find, 1) &&
-           io.LowBits(reserved_use, 1) && io.LowIgnored(1) && io.LowBits(dfs, 1) && io.LowIgnored(3) &&
-           io.LowIgnored(16);
+           io.LowBits(reserved_use, 1) && io.LowIgnored(1) && io.LowBits(dfs, 1) && io.LowBits(passthrough_levels, 1) &&
+           io.LowIgnored(2) && io.LowIgnored(16);
   }
   bool operator==(const ZnSMBCCapabilities&) const = default;
 };

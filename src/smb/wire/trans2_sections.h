@@ -216,6 +216,24 @@ struct ZnSMBCTrans2_FILEINFO : ZnSmbRecord<ZnSMBCTrans2_FILEINFO> {
   bool operator==(const ZnSMBCTrans2_FILEINFO&) const = default;
 };
 
+// A new name for a file, within its directory. (MS-FSCC 2.4.42.1, by way of MS-SMB 2.2.2.3.5)
+struct ZnSMBCTrans2_RENAMEINFO : ZnSmbRecord<ZnSMBCTrans2_RENAMEINFO> {
+  static constexpr uint16_t kLevel = 1010;
+
+  ZnEncoding encoding;
+  bool replace = false;  // what has the name already
+  ZnUniString name;      // no path
+
+  explicit ZnSMBCTrans2_RENAMEINFO(ZnEncoding strings) : encoding(strings) {}
+  template <class Io>
+  bool Fields(Io& io) {
+    auto length = static_cast<uint32_t>(ZnSmbTextSize(name, encoding));
+    return io.U8(replace) && io.Reserved(3) && io.Reserved(4) && io.U32le(length) &&
+           io.TextAt(name, encoding, 1, length);
+  }
+  bool operator==(const ZnSMBCTrans2_RENAMEINFO&) const = default;
+};
+
 // Information about a file system, at level 1 or 2. (MS-CIFS 2.2.8.2)
 struct ZnSMBCTrans2_FSINFO : ZnSmbRecord<ZnSMBCTrans2_FSINFO> {
   ZnEncoding encoding;
