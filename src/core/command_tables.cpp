@@ -199,31 +199,24 @@ Outcome RenameTargetDirectory(FS& filesystem, Command& command) {
   return Call<&FS::NBFindByHandle>(filesystem, command);
 }
 
-// A target that was removed since its directory was last read counts as out of date: finding it would be refused, where
-// the client knows that nothing stands there. So such a directory is read again first; then it is up to date or empty.
-Outcome RenameTarget(FS& filesystem, Command& command) {
-  if (command.node && command.node->contentstime == ZnMoment{} && command.node->children.Count() > 0) {
-    command.status = E::STLookup3;
-    return Call<&FS::BUpdateNodeContents>(filesystem, command);
-  }
+// Whether the target exists is for its directory to tell, which nobody may have listed yet.
+Outcome RenameUpdateTargetDirectory(FS& filesystem, Command& command) {
   command.node2 = command.node;
-  command.name = command.As<ZnNFSRenameargs>().to.name;
-  command.tolerant = true;
-  return FindName<ZnNameMatch::Entry>(filesystem, command);
+  command.node = command.savednode;
+  filesystem.CheckRenamePlace(&command);
+  if (command.error != ZnNFSEnum::NFS_OK) return Outcome::Refused;
+  command.node = command.node2;
+  return Call<&FS::BUpdateNodeContents>(filesystem, command);
 }
 
-// What stands at the target goes first, unless it is the very node being renamed: another case of its name must not
-// cost the file.
-Outcome RenameClearTarget(FS& filesystem, Command& command) {
-  command.tolerant = false;
-  if (command.error != ZnNFSEnum::NFS_OK) {
-    command.error = ZnNFSEnum::NFS_OK;
-    return Outcome::GoOn;
-  }
-  if (!command.node) return Refuse(command, ZnNFSEnum::NFSERR_STALE);
-  if (command.node == command.savednode.Get()) return Outcome::GoOn;
-  if (command.node->IsDirectory()) return Call<&FS::BRemoveDirectory>(filesystem, command);
-  return Call<&FS::BRemoveFile>(filesystem, command);
+// A directory may be replaced if it is empty.
+Outcome RenameUpdateTarget(FS& filesystem, Command& command) {
+  command.node = command.savednode;
+  command.name = command.As<ZnNFSRenameargs>().to.name;
+  ZnSMBNFSNode* target = filesystem.RenameTarget(command);
+  if (!target || !target->IsDirectory()) return Outcome::GoOn;
+  command.node = target;
+  return Call<&FS::BUpdateNodeContents>(filesystem, command);
 }
 
 Outcome Rename(FS& filesystem, Command& command) {
@@ -274,18 +267,6 @@ Outcome WriteLinkFile(FS& filesystem, Command& command) {
 Outcome UpdateContentsToRemove(FS& filesystem, Command& command) {
   if (command.node && !command.node->IsInside()) return Refuse(command, ZnNFSEnum::NFSERR_ACCES);
   return Call<&FS::BUpdateNodeContents>(filesystem, command);
-}
-
-Outcome UpdateParentContents(FS& filesystem, Command& command) {
-  if (!command.node) return Refuse(command, ZnNFSEnum::NFSERR_STALE);
-  command.node = command.node->parent;
-  command.tolerant = true;
-  return Call<&FS::BUpdateNodeContents>(filesystem, command);
-}
-
-Outcome Removed(FS&, Command& command) {
-  ForgetRefresh(command);
-  return Outcome::Reply;
 }
 
 // --- Replies ---
@@ -445,7 +426,7 @@ constexpr ZnSMBNFSStep kRemove[] = {
     kStart,
     {E::STLookup, "BUpdateNodeContents", Call<&FS::BUpdateNodeContents>, E::STUpdate},
     {E::STUpdate, "NBFindByName", FindEntryToRemove, E::STLookup2},
-    {E::STLookup2, "BRemoveFile", Call<&FS::BRemoveFile>, E::STRemove},
+    {E::STLookup2, "CheckRemoveFile, BRemoveFile", CheckThen<&FS::CheckRemoveFile, &FS::BRemoveFile>, E::STRemove},
     {E::STRemove, "reply", Done, E::STRemove},
 };
 
@@ -454,9 +435,9 @@ constexpr ZnSMBNFSStep kRename[] = {
     {E::STLookup, "BUpdateNodeContents", Call<&FS::BUpdateNodeContents>, E::STUpdate},
     {E::STUpdate, "NBFindByName of the source", RenameSource, E::STLookup2},
     {E::STLookup2, "NBFindByHandle of the target directory", RenameTargetDirectory, E::STLookup3},
-    {E::STLookup3, "NBFindByName of the target, tolerant", RenameTarget, E::STLookup4},
-    {E::STLookup4, "target exists: BRemoveDirectory or BRemoveFile", RenameClearTarget, E::STRemove},
-    {E::STRemove, "CheckRename, BRename", Rename, E::STRename},
+    {E::STLookup3, "CheckRenamePlace, BUpdateNodeContents of that", RenameUpdateTargetDirectory, E::STUpdate2},
+    {E::STUpdate2, "target is a directory: BUpdateNodeContents", RenameUpdateTarget, E::STUpdate3},
+    {E::STUpdate3, "CheckRename, BRename", Rename, E::STRename},
     {E::STRename, "reply", Done, E::STRename},
 };
 
@@ -469,7 +450,8 @@ constexpr ZnSMBNFSStep kLink[] = {
 
 constexpr ZnSMBNFSStep kSymlink[] = {
     kStart,
-    {E::STLookup, "CheckCreateSymLink, BCreateFile", CreateLinkFile, E::STCreate},
+    {E::STLookup, "BUpdateNodeContents", Call<&FS::BUpdateNodeContents>, E::STUpdate3},
+    {E::STUpdate3, "CheckCreateSymLink, BCreateFile", CreateLinkFile, E::STCreate},
     {E::STCreate, "BUpdateNodeContents", Call<&FS::BUpdateNodeContents>, E::STUpdate},
     {E::STUpdate, "NBFindByName", FindLinkFile, E::STLookup2},
     {E::STLookup2, "BOpenFile", OpenLinkFile, E::STOpen},
@@ -494,8 +476,7 @@ constexpr ZnSMBNFSStep kRmdir[] = {
     {E::STLookup2, "BUpdateNodeContents of the directory itself", UpdateContentsToRemove, E::STUpdate2},
     {E::STUpdate2, "CheckRemoveDirectory, BRemoveDirectory",
      CheckThen<&FS::CheckRemoveDirectory, &FS::BRemoveDirectory>, E::STRemove},
-    {E::STRemove, "BUpdateNodeContents of the parent", UpdateParentContents, E::STUpdate3},
-    {E::STUpdate3, "reply", Removed, E::STUpdate3},
+    {E::STRemove, "reply", Done, E::STRemove},
 };
 
 constexpr ZnSMBNFSStep kReaddir[] = {

@@ -52,6 +52,8 @@ class ZnSMBNFSCommand {
   ZnWeakRef<ZnSMBNFSNode> node;       // where the command stands
   ZnWeakRef<ZnSMBNFSNode> node2;      // target directory of RENAME and LINK
   ZnWeakRef<ZnSMBNFSNode> savednode;  // parked across a second look-up
+  ZnWeakRef<ZnSMBNFSNode> directory;  // where a look-up found the node, as `entry`: what removes or renames means
+  ZnUniString entry;                  // whatever stands there by then
   ZnSMBNFSHandle handle;              // to be found
   const ZnNFSSattr* sattr = nullptr;  // to be applied; `ownsattr` or null
   ZnNFSSattr ownsattr;                // worked out from the call's
@@ -60,6 +62,7 @@ class ZnSMBNFSCommand {
   uint32_t count = 0;      // bytes wanted by a read
   ZnByteBuffer data;       // bytes read, or to be written
   uint32_t writeend = 0;   // offset behind the last byte of the write
+  bool exclusive = false;  // what is created mustn't be there yet
   bool truncates = false;  // the write is one of no bytes: its offset becomes the file's size
   ZnUniString linkpath;
   bool openread = false;
@@ -74,6 +77,7 @@ class ZnSMBNFSCommand {
   ZnDList<ZnSMBCFileObject> files;
   std::unique_ptr<ZnSMBCFileObject> fileobject, fileobject2;  // of the request in progress
   bool retried = false;                                       // begun again after a stale connection
+  bool replacedunknown = false;                               // a rename took the place of what isn't in the tree
   // Why the session couldn't do its part.
   ZnNFSEnum::Status failure = ZnNFSEnum::NFS_OK;  // for the reply; the words went to the user
   unsigned refusal = 0;                           // the server's error as code times 256 plus class, if it refused

@@ -40,7 +40,9 @@ constexpr ZnEnumName kSessionStatus[] = {
     ZN_ROW(SSTWrite),          ZN_ROW(SSTRead),          ZN_ROW(SSTRm),
     ZN_ROW(SSTClosedAllTrees), ZN_ROW(SSTGetOldAttribs), ZN_ROW(SSTGetSetOldAttribs),
     ZN_ROW(SSTSetTimes),       ZN_ROW(SSTRename),        ZN_ROW(SSTGetTime),
-    ZN_ROW(SSTGotTime)};
+    ZN_ROW(SSTGotTime),        ZN_ROW(SSTReplace),       ZN_ROW(SSTMakeRoom),
+    ZN_ROW(SSTRenameAgain),    ZN_ROW(SSTPutBack),       ZN_ROW(SSTMakeWritable),
+    ZN_ROW(SSTProtectAgain)};
 
 constexpr ZnEnumName kAllowedNames[] = {ZN_ROW(ANMustBeLong),  ZN_ROW(ANMustBeShort),  ZN_ROW(ANNoReserved),
                                         ZN_ROW(ANNoMangled),   ZN_ROW(ANNoShortMatch), ZN_ROW(ANNoLongMatch),

@@ -75,6 +75,12 @@ struct ZnSMBNFSEnum {
     SSTRename = 41,
     SSTGetTime = 42,
     SSTGotTime = 43,
+    SSTReplace = 44,       // one request that renames over what is there
+    SSTMakeRoom = 45,      // what is in a rename's way goes aside
+    SSTRenameAgain = 46,   // there is room now
+    SSTPutBack = 47,       // there was, but it didn't help
+    SSTMakeWritable = 48,  // what is to be removed was read-only
+    SSTProtectAgain = 49,  // and stays, as it was
   };
 
   // Restrictions on names that clients create; a mask.

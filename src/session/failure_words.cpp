@@ -30,6 +30,12 @@ constexpr StepWords kSteps[] = {
     {E::SSTRm, "removing"},
     {E::SSTSetTimes, "setting times"},
     {E::SSTRename, "renaming"},
+    {E::SSTReplace, "renaming over what is there"},
+    {E::SSTMakeRoom, "renaming over what is there"},
+    {E::SSTRenameAgain, "renaming over what is there"},
+    {E::SSTPutBack, "putting back what was to be renamed over"},
+    {E::SSTMakeWritable, "removing"},
+    {E::SSTProtectAgain, "making read-only again"},
 };
 
 struct RequestWords {

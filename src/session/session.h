@@ -130,7 +130,7 @@ class ZnSMBNFSSession : public ZnSMBNFSSessionBase, protected ZnSMBClient {
   void GetCreateFile(Command& command);
   void ProcessCreateFile(Command& command);
   void CloseNextFile(Command& command);
-  void MarkForClosing(Command& command);
+  void CloseEntry(Command& command);
   ZnSMBNFSFile& AddFile(const ZnSMBCFileObject& opened);
   std::unique_ptr<ZnSMBNFSFile> TakeFile(std::list<std::unique_ptr<ZnSMBNFSFile>>::iterator position);
   void DropFiles();
@@ -158,11 +158,41 @@ class ZnSMBNFSSession : public ZnSMBNFSSessionBase, protected ZnSMBClient {
 
   void GetMkdir(Command& command);
   void GetRmdir(Command& command);
+  struct OtherWay;
+  static const OtherWay kOtherWays[];
+  static void FindEntryAgain(Command& command);
+  bool GoAnotherWay(Command& command);
+
+  // ---- removing files (session_removals.cpp) ----
+
   void GetRm(Command& command);
+  void Doom(const ZnSMBCFileObject& file, const ZnSMBNFSNode* node);
+  void RemoveDoomed(Command& command);
+  bool IsReadOnly(const Command& command) const;
+  void MakeWritable(Command& command);
+  bool WasMadeWritable(const Command& command) const;
+  void ProtectAgain(Command& command);
+
+  // ---- renaming (session_renames.cpp) ----
+
+  // What stands at the new name as far as the tree knows; null for nothing and for commands that rename nothing.
+  static ZnSMBNFSNode* RenameTarget(const Command& command);
   void GetRename(Command& command);
+  bool MayReplace(const Command& command) const;
+  void Replace(Command& command);
   void MoveOrRename(Command& command);
   void Rename(Command& command);
   bool MoveIsUnknown(const Command& command) const;
+  void RenameInsteadOfMove(Command& command);
+  bool CannotReplace(const Command& command) const;
+  void RenameInsteadOfReplace(Command& command);
+  bool NameIsTaken(const Command& command) const;
+  void MakeRoom(Command& command);
+  bool HasMadeRoom(const Command& command) const;
+  void PutBack(Command& command);
+  bool RenameIsDone(const Command& command) const;
+  void LeaveDoomed(Command& command);
+  ZnUniString WhereItIs(const Command& command) const;
 
   // ---- attributes and times (session_attributes.cpp) ----
 
@@ -216,6 +246,12 @@ class ZnSMBNFSSession : public ZnSMBNFSSessionBase, protected ZnSMBClient {
   int32_t timeoffset_ = 0;
   bool answered_ = false;       // the connection has answered the head before
   bool nomovecommand_ = false;  // the server refuses the move command; learned once
+  bool noreplace_ = false;      // nor does it replace a file in one request
+
+  // The removal or rename in progress.
+  std::optional<ZnSMBCFileObject> doomed_;  // what is to be removed: the file itself, or what a rename has replaced
+  bool madewritable_ = false;               // it was read-only
+  bool replacetried_ = false;
 
   // The read or write in progress.
   size_t done_ = 0;

@@ -40,11 +40,8 @@ void ZnSMBNFSSession::CallFailed(bool atonce) {
     return Advance();
   }
   if (command.sessioncommand == E::SCCleanUp) return Advance();
-  if (MoveIsUnknown(command)) {
-    nomovecommand_ = true;
-    return Rename(command);
-  }
-  SendError(text, command.failure);
+  if (command.refusal != 0 && GoAnotherWay(command)) return;
+  SendError(text + WhereItIs(command), command.failure);
 }
 
 // Only after a refusal or a short write does the next request find the two ends of one mind.

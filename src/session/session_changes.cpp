@@ -1,18 +1,9 @@
-// Making, removing and renaming.
+// Changes of names: which entry a command means by the time that it begins, directories that are made and removed, and
+// the other ways to go when a server refuses one.
 
-#include "model/name_mapping.h"
 #include "session/session.h"
 
 using E = ZnSMBNFSEnum;
-
-namespace {
-
-// How servers say that they don't know the move command, as code times 256 plus class.
-constexpr unsigned kUnknownMove[] = {22 * 256 + 2, 64 * 256 + 2, 1 * 256 + 1, 50 * 256 + 1};
-
-bool StaysInDirectory(const ZnSMBNFSCommand& command) { return command.node->parent == command.node2.Get(); }
-
-}  // namespace
 
 void ZnSMBNFSSession::GetMkdir(Command& command) {
   const ZnSMBNFSTree* tree = TreeOf(command);
@@ -28,38 +19,42 @@ void ZnSMBNFSSession::GetRmdir(Command& command) {
   Called(DeleteDir(*command.fileobject, &callback_));
 }
 
-void ZnSMBNFSSession::GetRm(Command& command) {
-  const ZnSMBNFSTree* tree = TreeOf(command);
-  if (!tree) return Fail();
-  command.fileobject = FileObject(*tree, command.node->path + command.node->name);
-  Called(DeleteFile(*command.fileobject, &callback_));
+// Commands that wait are overtaken: what one was to remove or rename may have another name by now, and something else
+// may stand at its own.
+void ZnSMBNFSSession::FindEntryAgain(Command& command) {
+  const bool wanted = command.sessioncommand == E::SCRequestRm || command.sessioncommand == E::SCRequestRmdir ||
+                      command.sessioncommand == E::SCRequestRename;
+  ZnSMBNFSNode* directory = command.directory.Get();
+  if (!wanted || !directory) return;
+  const auto* child = directory->children.Find(command.entry);
+  command.node = child ? child->node : directory;
+  if (child) return;
+  command.failure = ZnNFSEnum::NFSERR_NOENT;
+  command.sessionstatus = E::SSTError;
 }
 
-void ZnSMBNFSSession::GetRename(Command& command) {
-  const ZnSMBNFSNode* target = command.node2.Get();
-  const ZnSMBNFSTree* from = TreeOf(command);
-  const ZnSMBNFSTree* to = TreeOf(target);
-  if (!from || !to) return Fail();
-  command.fileobject = FileObject(*from, command.node->path + command.node->name);
-  command.fileobject->attribs = command.node->fileobject.attribs;
-  command.fileobject2 = FileObject(*to, target->PathInside() + command.name);
-  MoveOrRename(command);
-}
+// A step that the server refused, when something else is to be done than to fail, and what that is.
+struct ZnSMBNFSSession::OtherWay {
+  E::SessionStatus refused;
+  bool (ZnSMBNFSSession::*applies)(const Command&) const;
+  void (ZnSMBNFSSession::*action)(Command&);
+};
 
-void ZnSMBNFSSession::MoveOrRename(Command& command) {
-  const bool onetree = command.fileobject->tid == command.fileobject2->tid;
-  if (StaysInDirectory(command) || (nomovecommand_ && onetree)) return Rename(command);
-  Called(MoveFile(*command.fileobject, *command.fileobject2, &callback_));
-}
+const ZnSMBNFSSession::OtherWay ZnSMBNFSSession::kOtherWays[] = {
+    {E::SSTRename, &ZnSMBNFSSession::MoveIsUnknown, &ZnSMBNFSSession::RenameInsteadOfMove},
+    {E::SSTRename, &ZnSMBNFSSession::NameIsTaken, &ZnSMBNFSSession::MakeRoom},
+    {E::SSTReplace, &ZnSMBNFSSession::CannotReplace, &ZnSMBNFSSession::RenameInsteadOfReplace},
+    {E::SSTRenameAgain, &ZnSMBNFSSession::HasMadeRoom, &ZnSMBNFSSession::PutBack},
+    {E::SSTRm, &ZnSMBNFSSession::IsReadOnly, &ZnSMBNFSSession::MakeWritable},
+    {E::SSTRm, &ZnSMBNFSSession::WasMadeWritable, &ZnSMBNFSSession::ProtectAgain},
+    {E::SSTRm, &ZnSMBNFSSession::RenameIsDone, &ZnSMBNFSSession::LeaveDoomed},
+};
 
-void ZnSMBNFSSession::Rename(Command& command) {
-  Called(RenameFile(*command.fileobject, command.fileobject2->path, &callback_));
-}
-
-// Whether a move has just failed because the server doesn't know it, and a rename from path to path can stand in.
-bool ZnSMBNFSSession::MoveIsUnknown(const Command& command) const {
-  if (command.sessioncommand != E::SCRequestRename || command.sessionstatus != E::SSTRename) return false;
-  if (nomovecommand_ || !command.node || !command.node2 || StaysInDirectory(command)) return false;
-  if (command.fileobject->tid != command.fileobject2->tid) return false;
-  return std::find(std::begin(kUnknownMove), std::end(kUnknownMove), command.refusal) != std::end(kUnknownMove);
+bool ZnSMBNFSSession::GoAnotherWay(Command& command) {
+  for (const OtherWay& way : kOtherWays) {
+    if (way.refused != command.sessionstatus || !command.node || !(this->*way.applies)(command)) continue;
+    (this->*way.action)(command);
+    return true;
+  }
+  return false;
 }

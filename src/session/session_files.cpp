@@ -3,6 +3,7 @@
 
 #include <algorithm>
 
+#include "model/entries.h"
 #include "model/name_mapping.h"
 #include "session/session.h"
 
@@ -24,14 +25,6 @@ Mode ModeOf(const ZnSMBNFSCommand& command) {
 
 bool Covers(const ZnSMBNFSFile& file, const ZnSMBNFSCommand& command) {
   return (file.readable || !command.openread) && (file.writable || !command.openwrite);
-}
-
-bool IsAtOrBelow(const ZnSMBNFSNode* node, const ZnSMBNFSNode* top) {
-  for (; node; node = node->parent) {
-    if (node == top) return true;
-    if (node->IsShare() || node->IsRoot()) return false;
-  }
-  return false;
 }
 
 }  // namespace
@@ -70,7 +63,7 @@ void ZnSMBNFSSession::GetOpenFile(Command& command) {
   const Mode mode = ModeOf(command);
   command.fileobject = FileObject(*tree, command.node->path + command.node->name);
   command.fileobject->access = mode.access;
-  Called(OpenFile(command.fileobject.get(), mode.sharing, false, false, &callback_));
+  Called(OpenFile(command.fileobject.get(), mode.sharing, false, Values::OFOpen, &callback_));
 }
 
 // The node may have gone while the open was under way; the file is open on the server nevertheless.
@@ -108,7 +101,8 @@ void ZnSMBNFSSession::GetCreateFile(Command& command) {
   CopyAttribs(command, true, true, *command.fileobject);
   command.fileobject->modified = ServerLocal(command.fileobject->modified);
   command.fileobject->access = Values::AccessWrite;
-  Called(OpenFile(command.fileobject.get(), Values::DenyWrite, true, false, &callback_));
+  const auto existing = command.exclusive ? Values::OFFail : Values::OFOpen;
+  Called(OpenFile(command.fileobject.get(), Values::DenyWrite, true, existing, &callback_));
 }
 
 // A created file isn't left open: its node isn't known yet. Servers ignore the time in the request that creates it, so
@@ -128,10 +122,13 @@ void ZnSMBNFSSession::ProcessCreateFile(Command& command) {
 
 // ---- closing --------------------------------------------------------------------------------------------------------
 
-// What is to be renamed or removed mustn't be open, nor anything below it.
-void ZnSMBNFSSession::MarkForClosing(Command& command) {
+// What is to be renamed, removed or replaced mustn't be open, nor anything below it. It is opened again, by its new
+// path, when it is used next.
+void ZnSMBNFSSession::CloseEntry(Command& command) {
+  const ZnSMBNFSNode* target = RenameTarget(command);
   for (auto& file : files) {
-    if (IsAtOrBelow(file->node.Get(), command.node.Get())) file->close = true;
+    const ZnSMBNFSNode* node = file->node.Get();
+    if (ZnIsAtOrBelow(node, command.node.Get()) || (target && ZnIsAtOrBelow(node, target))) file->close = true;
   }
   CloseNextFile(command);
 }

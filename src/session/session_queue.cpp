@@ -62,6 +62,7 @@ void ZnSMBNFSSession::StartNext() {
   if (busy_ || queue_.IsEmpty()) return;
   busy_ = true;
   answered_ = false;
+  FindEntryAgain(*queue_.Head());
   Advance();
 }
 

@@ -54,7 +54,9 @@ const ZnSMBNFSSession::Row ZnSMBNFSSession::kRows[] = {
     {E::SCRequestSetAllAttribs, E::SSTCloseFiles, E::SSTCloseFiles, DO(CloseNextFile)},
     {E::SCRequestSetAllAttribs, E::SSTClosedAllFiles, E::SSTClosedAllFiles, DO(Complete)},
 
-    {E::SCRequestRmdir, E::SSTConnectTree, E::SSTRmdir, DO(GetRmdir)},
+    {E::SCRequestRmdir, E::SSTConnectTree, E::SSTCloseFiles, DO(CloseEntry)},
+    {E::SCRequestRmdir, E::SSTCloseFiles, E::SSTCloseFiles, DO(CloseNextFile)},
+    {E::SCRequestRmdir, E::SSTClosedAllFiles, E::SSTRmdir, DO(GetRmdir)},
     {E::SCRequestRmdir, E::SSTRmdir, E::SSTRmdir, DO(Complete)},
 
     {E::SCRequestCreateFile, E::SSTConnectTree, E::SSTCreateFile, DO(GetCreateFile)},
@@ -79,10 +81,12 @@ const ZnSMBNFSSession::Row ZnSMBNFSSession::kRows[] = {
     {E::SCRequestRead, E::SSTRead, E::SSTRead, DO(NextRead)},
     {E::SCRequestRead, E::SSTError, E::SSTError, DO(TransferFailed), false},
 
-    {E::SCRequestRm, E::SSTConnectTree, E::SSTCloseFiles, DO(MarkForClosing)},
+    {E::SCRequestRm, E::SSTConnectTree, E::SSTCloseFiles, DO(CloseEntry)},
     {E::SCRequestRm, E::SSTCloseFiles, E::SSTCloseFiles, DO(CloseNextFile)},
     {E::SCRequestRm, E::SSTClosedAllFiles, E::SSTRm, DO(GetRm)},
     {E::SCRequestRm, E::SSTRm, E::SSTRm, DO(Complete)},
+    {E::SCRequestRm, E::SSTMakeWritable, E::SSTRm, DO(RemoveDoomed)},
+    {E::SCRequestRm, E::SSTProtectAgain, E::SSTError, DO(Complete)},
 
     {E::SCRequestSetAttribs, E::SSTConnectTree, E::SSTGetSetAttribs, DO(CloseBeforeSetAttribs)},
     {E::SCRequestSetAttribs, E::SSTCloseFiles, E::SSTCloseFiles, DO(CloseNextFile)},
@@ -96,10 +100,17 @@ const ZnSMBNFSSession::Row ZnSMBNFSSession::kRows[] = {
     {E::SCRequestSetTimes, E::SSTClosedAllFiles, E::SSTClosedAllFiles, DO(Complete)},
     {E::SCRequestSetTimes, E::SSTError, E::SSTError, DO(TransferFailed), false},
 
-    {E::SCRequestRename, E::SSTConnectTree, E::SSTCloseFiles, DO(MarkForClosing)},
+    {E::SCRequestRename, E::SSTConnectTree, E::SSTCloseFiles, DO(CloseEntry)},
     {E::SCRequestRename, E::SSTCloseFiles, E::SSTCloseFiles, DO(CloseNextFile)},
     {E::SCRequestRename, E::SSTClosedAllFiles, E::SSTRename, DO(GetRename)},
-    {E::SCRequestRename, E::SSTRename, E::SSTRename, DO(Complete)},
+    {E::SCRequestRename, E::SSTReplace, E::SSTReplace, DO(Complete)},
+    {E::SCRequestRename, E::SSTRename, E::SSTRm, DO(RemoveDoomed)},
+    {E::SCRequestRename, E::SSTMakeRoom, E::SSTRenameAgain, DO(MoveOrRename)},
+    {E::SCRequestRename, E::SSTRenameAgain, E::SSTRm, DO(RemoveDoomed)},
+    {E::SCRequestRename, E::SSTPutBack, E::SSTError, DO(Complete)},
+    {E::SCRequestRename, E::SSTRm, E::SSTRm, DO(Complete)},
+    {E::SCRequestRename, E::SSTMakeWritable, E::SSTRm, DO(RemoveDoomed)},
+    {E::SCRequestRename, E::SSTProtectAgain, E::SSTRm, DO(Complete)},
 
     {E::SCCleanUp, E::SSTStart, E::SSTStart, DO(CloseNextFile), false},
     {E::SCCleanUp, E::SSTClosedAllFiles, E::SSTClosedAllTrees, DO(CloseNextTree), false},

@@ -1,5 +1,6 @@
 // Steps that only decide: each sets command->error and leaves the rest to its caller.
 
+#include "model/entries.h"
 #include "model/name_mapping.h"
 #include "tree/file_system.h"
 #include "tree/safe_name.h"
@@ -79,28 +80,55 @@ void ZnSMBNFSFileSystem::CheckCreateSymLink(ZnSMBNFSCommand* command) {
   attributes.atime.seconds = attributes.mtime.seconds = kUnset;
   attributes.atime.useconds = attributes.mtime.useconds = 0;
   command->sattr = &attributes;
+  command->exclusive = true;
   const ZnUniString shown = command->name;
   command->name = ToLinkName(shown, tree->config.linkstring);
   const bool exists = !ZnLeavesDirectory(shown) && FindByName(command->node.Get(), shown, ZnNameMatch::Entry);
   command->error = exists ? ZnNFSEnum::NFSERR_EXIST : NameStatus(command->node.Get(), command->name);
 }
 
-void ZnSMBNFSFileSystem::CheckRename(ZnSMBNFSCommand* command) {
+// A client that is told of another file system copies instead.
+void ZnSMBNFSFileSystem::CheckRenamePlace(ZnSMBNFSCommand* command) {
   ZnSMBNFSNode* node = command->node.Get();
   ZnSMBNFSNode* directory = command->node2.Get();
   if (!node || !directory) {
     command->error = ZnNFSEnum::NFSERR_STALE;
-    return;
+  } else if (!node->IsInside() || !GetTree(node) || ZnIsAtOrBelow(directory, node)) {
+    command->error = ZnNFSEnum::NFSERR_ACCES;
+  } else if (node->sharenode != directory->sharenode) {
+    command->error = ZnNFSEnum::NFSERR_XDEV;
+  } else if (!directory->IsDirectory()) {
+    command->error = ZnNFSEnum::NFSERR_NOTDIR;
   }
-  ZnSMBNFSTree* tree = GetTree(node);
-  // A link stays one under its new name.
-  if (tree && IsLinkName(node->name, tree->config.linkstring) && !IsLinkName(command->name, tree->config.linkstring)) {
-    command->name = ToLinkName(command->name, tree->config.linkstring);
-  }
-  ZnSMBNFSNode* existing = FindByName(directory, command->name, ZnNameMatch::Entry);
-  if (existing && existing->file) existing->file->close = true;
-  command->error = NameStatus(directory, command->name, node);
 }
+
+ZnSMBNFSNode* ZnSMBNFSFileSystem::RenameTarget(const ZnSMBNFSCommand& command) {
+  ZnSMBNFSNode* directory = command.node2.Get();
+  if (!directory || ZnLeavesDirectory(command.name)) return nullptr;
+  ZnSMBNFSNode* found = FindByName(directory, command.name, ZnNameMatch::Entry);
+  return found == command.node.Get() ? nullptr : found;
+}
+
+void ZnSMBNFSFileSystem::CheckRename(ZnSMBNFSCommand* command) {
+  CheckRenamePlace(command);
+  if (command->error != ZnNFSEnum::NFS_OK) return;
+  ZnSMBNFSNode* node = command->node.Get();
+  ZnSMBNFSNode* directory = command->node2.Get();
+  ZnSMBNFSNode* target = RenameTarget(*command);
+  // A link stays one under its new name.
+  const ZnUniString& linkstring = GetTree(node)->config.linkstring;
+  if (IsLinkName(node->name, linkstring) && !IsLinkName(command->name, linkstring))
+    command->name = ToLinkName(command->name, linkstring);
+  command->error = NameStatus(directory, command->name, node);
+  if (command->error != ZnNFSEnum::NFS_OK || !target) return;
+  if (node->IsDirectory() != target->IsDirectory()) {
+    command->error = target->IsDirectory() ? ZnNFSEnum::NFSERR_ISDIR : ZnNFSEnum::NFSERR_NOTDIR;
+  } else if (!target->children.IsEmpty()) {
+    command->error = ZnNFSEnum::NFSERR_NOTEMPTY;
+  }
+}
+
+void ZnSMBNFSFileSystem::CheckRemoveFile(ZnSMBNFSCommand* command) { RefuseDirectory(command); }
 
 bool ZnSMBNFSFileSystem::SetAttrNeedTruncate(ZnSMBNFSCommand* command) { return command->sattr->size != kUnset; }
 

@@ -72,11 +72,14 @@ void ZnSMBNFSFileSystem::CBCreateFile(ZnSMBNFSCommand* command) {
 
 void ZnSMBNFSFileSystem::CBMakeDirectory(ZnSMBNFSCommand* command) { CBCreateFile(command); }
 
+// The command goes on at the directory. A failure may mean that another machine was quicker.
 void ZnSMBNFSFileSystem::CBRemoveFile(ZnSMBNFSCommand* command) {
   ZnSMBNFSNode* node = command->node.Get();
-  if (node && !Failed(command)) {
+  if (node && Failed(command)) {
     OutOfDate(node->parent, true);
-    OutOfDate(node, false);
+  } else if (node) {
+    command->node = node->parent;
+    TakeOut(node);
   }
   Finish(command);
 }
@@ -84,8 +87,12 @@ void ZnSMBNFSFileSystem::CBRemoveFile(ZnSMBNFSCommand* command) {
 void ZnSMBNFSFileSystem::CBRemoveDirectory(ZnSMBNFSCommand* command) { CBRemoveFile(command); }
 
 void ZnSMBNFSFileSystem::CBRename(ZnSMBNFSCommand* command) {
-  if (command->node2 && !Failed(command)) OutOfDate(command->node2.Get(), true);
-  CBRemoveFile(command);
+  ZnSMBNFSNode* node = command->node.Get();
+  ZnSMBNFSNode* directory = command->node2.Get();
+  if (node && Failed(command)) OutOfDate(node->parent, true);
+  if (directory && (Failed(command) || command->replacedunknown)) OutOfDate(directory, true);
+  if (node && directory && !Failed(command)) Move(node, directory, command->name);
+  Finish(command);
 }
 
 void ZnSMBNFSFileSystem::CBSetAttributes(ZnSMBNFSCommand* command) {

@@ -90,7 +90,14 @@ class ZnSMBNFSFileSystem : public ZnSMBNFSSessionHost {
   void CheckMakeDirectory(ZnSMBNFSCommand* command);
   void CheckCreateLink(ZnSMBNFSCommand* command);
   void CheckCreateSymLink(ZnSMBNFSCommand* command);
+  // Whether command->node may be renamed into the directory command->node2 at all: the first check, before anything
+  // else is asked for.
+  void CheckRenamePlace(ZnSMBNFSCommand* command);
+  // The same for the name, and for what stands there already.
   void CheckRename(ZnSMBNFSCommand* command);
+  void CheckRemoveFile(ZnSMBNFSCommand* command);
+  // What a rename of command->node to command->name in the directory command->node2 would replace; null for nothing.
+  ZnSMBNFSNode* RenameTarget(const ZnSMBNFSCommand& command);
   void CheckSetAttrOpen(ZnSMBNFSCommand* command);
   bool SetAttrNeedOpen(ZnSMBNFSCommand* command);
   bool SetAttrNeedTruncate(ZnSMBNFSCommand* command);
@@ -175,6 +182,12 @@ class ZnSMBNFSFileSystem : public ZnSMBNFSSessionHost {
   // Prunes the children whose names aren't in `names`; all of them for an empty set.
   void PruneMissing(ZnSMBNFSNode* node, const std::unordered_set<ZnUniString>& names);
   void PruneOne(ZnSMBNFSNode* node, bool istop);
+  // What the server has removed leaves the tree (moves.cpp).
+  void TakeOut(ZnSMBNFSNode* node);
+  // What the server has renamed gets its new name, perhaps in another directory of its share; what had that name leaves
+  // the tree.
+  void Move(ZnSMBNFSNode* node, ZnSMBNFSNode* directory, ZnUniString name);
+  static void SetPaths(ZnSMBNFSNode* directory, ZnSMBNFSNode* node, const ZnSMBNFSShareConfig& config);
 
   ZnSMBNFSCommandHandler* server_;
   ZnEventLoopBase* loop_;

@@ -144,6 +144,8 @@ void ZnSMBNFSFileSystem::NBFindByName(ZnSMBNFSCommand* command, ZnNameMatch matc
   }
   if (found && directory && directory->IsUser()) found->lastused = ZnSteadyClock::now();
   command->node = found;
+  command->directory = directory;
+  command->entry = found ? found->name : ZnUniString();
   if (!found || command->name == SymlinkName()) return SendError(command, ZnNFSEnum::NFSERR_NOENT);
   Continue(command);
 }

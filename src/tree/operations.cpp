@@ -35,20 +35,16 @@ void ZnSMBNFSFileSystem::BRemoveFile(ZnSMBNFSCommand* command) { Ask(command, E:
 void ZnSMBNFSFileSystem::BRemoveDirectory(ZnSMBNFSCommand* command) { Ask(command, E::SCRequestRmdir); }
 void ZnSMBNFSFileSystem::BMakeDirectory(ZnSMBNFSCommand* command) { Ask(command, E::SCRequestMkdir); }
 
+void ZnSMBNFSFileSystem::BRename(ZnSMBNFSCommand* command) {
+  const ZnSMBNFSNode* node = command->node.Get();
+  const bool stays = node && node->parent == command->node2.Get() && node->name == command->name;
+  stays ? Continue(command) : Ask(command, E::SCRequestRename);
+}
+
 void ZnSMBNFSFileSystem::BWriteToFile(ZnSMBNFSCommand* command) {
   command->writeend = command->offset + static_cast<uint32_t>(command->data.Length());
   command->truncates = command->data.IsEmpty();
   Ask(command, E::SCRequestWrite);
-}
-
-// Nothing is carried from one machine to another: a client copies instead.
-void ZnSMBNFSFileSystem::BRename(ZnSMBNFSCommand* command) {
-  ZnSMBNFSNode* node = command->node.Get();
-  ZnSMBNFSNode* directory = command->node2.Get();
-  if (!node || !directory) return SendError(command, ZnNFSEnum::NFSERR_STALE);
-  bool oneSession = node->machinenode && node->machinenode == directory->machinenode;
-  if (!oneSession || !GetTree(directory)) return SendError(command, ZnNFSEnum::NFSERR_ACCES);
-  Ask(command, E::SCRequestRename);
 }
 
 bool ZnSMBNFSFileSystem::SetsOldWay(ZnSMBNFSNode* node) {

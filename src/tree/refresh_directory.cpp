@@ -71,11 +71,8 @@ void ZnSMBNFSFileSystem::CBUpdateDirList(ZnSMBNFSCommand* command) {
   }
   if (known < node->children.Count()) PruneUnlisted(node.Get(), listing);
 
-  // An entry that bears the name of one of the machine's shares is left out: neither made nor refreshed.
-  const ZnSMBNFSChildren& shares = node->machinenode->children;
   ZnUniString path = EntriesPath(*node.Get(), tree->config);
   for (const Shown& each : shown) {
-    if (shares.Find(each.entry->path)) continue;
     if (each.child) {
       UpdateNode(each.child, *each.entry, false);
     } else if (!node->children.Find(each.entry->path)) {

@@ -161,6 +161,78 @@ TEST_F(Conversation, BothSharesOfARenameAreConnected) {
   EXPECT_THAT(Asked(), ElementsAre(kTree, kMove));
 }
 
+// What the server refuses on the way to a new name or to none; nothing that was there may be lost, and what was in the
+// way and couldn't be replaced is told of.
+TEST_F(Conversation, RemovalsAndRenamesFindAWay) {
+  constexpr unsigned kDenied = 5, kInUse = 32, kUnknownLevel = 124, kNotEmpty = 145, kTaken = 183;
+  enum Kind { kRemove, kOverFile, kOverReadOnly, kOverDirectory };
+  struct Case {
+    Kind kind;
+    bool replaces;                  // the server says that it can
+    std::vector<unsigned> answers;  // errors, or 0
+    std::vector<int> asked;
+    int status;
+    const char* told = nullptr;
+  };
+  const Case cases[] = {
+      {kRemove, false, {kDenied, 0, 0}, {kDelete, kSetAttributes, kDelete}, 0},
+      {kRemove, false, {kDenied, 0, kInUse, 0}, {kDelete, kSetAttributes, kDelete, kSetAttributes}, 13, "\\S\\f:"},
+      {kOverFile, true, {0}, {kTrans2}, 0},
+      {kOverReadOnly, true, {kDenied, kTaken, 0, 0, 0}, {kTrans2, kRename, kRename, kRename, kDelete}, 0},
+      {kOverFile, true, {kUnknownLevel, 0}, {kTrans2, kRename}, 0},
+      {kOverFile, true, {0}, {kRename}, 0},  // it has learned
+      {kOverFile, false, {kTaken, 0, 0, 0}, {kRename, kRename, kRename, kDelete}, 0},
+      {kOverFile, false, {kTaken, 0, 0, kInUse}, {kRename, kRename, kRename, kDelete}, 0, "is now S\\~h"},
+      {kOverReadOnly,
+       false,
+       {kTaken, 0, 0, kDenied, 0, 0},
+       {kRename, kRename, kRename, kDelete, kSetAttributes, kDelete},
+       0},
+      {kOverFile, false, {kTaken, 0, kInUse, 0}, {kRename, kRename, kRename, kRename}, 13, "\\S\\f->\\new:"},
+      {kOverDirectory, true, {kTaken, 0, 0}, {kRename, kRmdir, kRename}, 0},
+      {kOverDirectory, false, {kTaken, kNotEmpty}, {kRename, kRmdir}, 66, "->\\new:"},
+      {kOverDirectory, false, {kTaken, 0, kDenied, 0}, {kRename, kRmdir, kRename, kMkdir}, 13, "->\\new:"},
+  };
+  ZnSMBNFSNode *node = Node("f"), *target = Node("new");
+  share.children.Insert(target->name, {target, target->id});
+  size_t next = 0;
+  const Case* test = nullptr;
+  for (int command : {kDelete, kSetAttributes, kRename, kRmdir, kMkdir, kTrans2}) {
+    Replace(command, [&, command](const auto& request) {
+      const unsigned error = next < test->answers.size() ? test->answers[next++] : 1;
+      if (error != 0) return Messages{smb_script::Refusal(request, 1, error)};
+      if (command == kTrans2) return Messages{smb_script::TransReply(request, smb_script::U16(0), "")};
+      return Messages{smb_script::Reply(request)};
+    });
+  }
+  for (const Case& each : cases) {
+    SCOPED_TRACE(&each - cases);
+    test = &each;
+    next = 0;
+    told->lines.clear();
+    node->fileobject.attribs.read_only = each.kind == kRemove;
+    target->fileobject.attribs.read_only = each.kind == kOverReadOnly;
+    node->attribs.type = target->attribs.type = each.kind == kOverDirectory ? ZnNFSEnum::NFDIR : ZnNFSEnum::NFREG;
+    if (const uint32_t wanted = each.replaces ? 0x2000 : 0; server.capabilities != wanted) {
+      server.capabilities = wanted;
+      peer.HangUp();
+      LetPass(1000);
+    }
+    if (!session->IsConnected()) Read(Node("any"));
+    ended.clear();
+    Asked();
+    Ask(node, {each.kind == kRemove ? E::SCRequestRm : E::SCRequestRename},
+        [&](auto& command) { command.node2 = &share; });
+    Wait();
+    EXPECT_EQ(Asked(), each.asked);
+    EXPECT_THAT(ended, ElementsAre(each.status));
+    EXPECT_EQ(told->lines.empty(), each.told == nullptr);
+    if (each.told) {
+      EXPECT_THAT(told->lines, testing::Contains(HasSubstr(each.told)));
+    }
+  }
+}
+
 // ---- a server that goes away ----------------------------------------------------------------------------------------
 
 // The server hangs up when it sees the first request after a pause: what can't do harm twice is sent once more.

@@ -40,7 +40,7 @@ class ClientTest : public ScriptedServerTest, private ZnCallback<ZnSMBClient::Re
   ZnSMBCFileObject File(const char* path = "\\file") const { return {tree, path}; }
   ZnSMBCFileObject OpenFile() {
     ZnSMBCFileObject file = File();
-    EXPECT_EQ(client.OpenFile(&file, Values::DenyNone, false, false, nullptr), kSuccess) << Why();
+    EXPECT_EQ(client.OpenFile(&file, Values::DenyNone, false, Values::OFOpen, nullptr), kSuccess) << Why();
     return file;
   }
   Result Delete(ZnSMBClient::Completion* done = nullptr) { return client.DeleteFile(File(), done); }

@@ -25,7 +25,9 @@ TEST_F(Files, OpensInTheFormOfTheDialect) {
     ZnSMBCFileObject file = File();
     file.access = Values::AccessReadWrite;
     file.modified = {77, 0};
-    EXPECT_EQ(client.OpenFile(&file, Values::DenyWrite, true, dialect == 2, nullptr), kSuccess);
+    EXPECT_EQ(
+        client.OpenFile(&file, Values::DenyWrite, true, dialect == 2 ? Values::OFTruncate : Values::OFOpen, nullptr),
+        kSuccess);
     EXPECT_EQ(Last().data, (dialect == 0 ? "\4" : "") + "\\file\0"s);
     EXPECT_EQ(Last().words, dialect == 0 ? U16(0x22) + U16(0x2F)
                                          : "\xFF\0\0\0"s + U16(0) + U16(0x22) + U16(0x16) + U16(0) + U32(77) +
@@ -43,7 +45,7 @@ TEST_F(Files, ServersThatContradictThemselvesAreFound) {
   ZnByteBuffer buffer;
   ZnSMBCFileObject file;
   const ZnByteBuffer data("xxxxxxxxxx", 10);
-  auto open = [&] { return client.OpenFile(&(file = File()), Values::DenyNone, false, false, nullptr); };
+  auto open = [&] { return client.OpenFile(&(file = File()), Values::DenyNone, false, Values::OFOpen, nullptr); };
   auto read = [&] { return client.ReadFile(OpenFile(), 10, 0, &buffer, nullptr); };
   auto write = [&] { return client.WriteFile(OpenFile(), 0, data, nullptr); };
   auto download = [&] { return client.DownloadFile(File(), &buffer, nullptr); };

@@ -47,7 +47,7 @@ class HostileBytes : public ClientTest {
     const std::function<Result()> calls[kCalls] = {
         [&] { return Open(); },
         [&] { return ConnectTree(""); },
-        [&] { return file = File(), client.OpenFile(&file, Values::DenyNone, false, false, nullptr); },
+        [&] { return file = File(), client.OpenFile(&file, Values::DenyNone, false, Values::OFOpen, nullptr); },
         [&] { return client.ReadFile(file, 1000, 0, &buffer, nullptr); },
         [&] { return client.WriteFile(file, 0, ZnByteBuffer("abc", 3), nullptr); },
         [&] { return client.CloseFile(&file, {}, nullptr); },

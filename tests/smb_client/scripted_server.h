@@ -10,9 +10,12 @@
 // SMB commands as they stand in requests.
 enum SmbCommand {
   kMkdir = 0x00,
+  kRmdir = 0x01,
   kClose = 0x04,
   kFlush = 0x05,
   kDelete = 0x06,
+  kRename = 0x07,
+  kSetAttributes = 0x09,
   kRead = 0x0A,
   kWrite = 0x0B,
   kTransaction = 0x25,

@@ -105,14 +105,13 @@ class RandomWalk:
         name = self.free_name(directory)
         if not path or not name or (directory + "/").startswith(path + "/"):
             return
-        # As kernels do before they rename. The daemon renames onto what it has last seen in the directory.
-        self.refused("NFSERR_NOENT", self.nfs.lookup, self.handle(directory), name)
         self.call(self.nfs.rename, self.handle(posixpath.dirname(path)), posixpath.basename(path),
                   self.handle(directory), name)
         to = posixpath.join(directory, name)
         for old in [old for old in self.model if old == path or old.startswith(path + "/")]:
             self.model[to + old[len(path):]] = self.model.pop(old)
-            self.handles.pop(old, None)
+            if old in self.handles:
+                self.handles[to + old[len(path):]] = self.handles.pop(old)
 
     def remove(self):
         if not (path := self.pick([path for path in self.model if path])):
@@ -169,7 +168,6 @@ class RandomWalk:
         return self.pick(name for name in NAMES if name.lower() not in taken)
 
     def handle(self, path):
-        """A rename makes new handles of what it moves; they are looked up when they are wanted."""
         if path not in self.handles:
             parent = self.handle(posixpath.dirname(path))
             self.handles[path] = self.call(self.nfs.lookup, parent, posixpath.basename(path)).file

@@ -47,12 +47,6 @@ TEST_F(Directory, AnEscapeThatHidesASlashIsNotShown) {
   EXPECT_EQ(Names(share), std::vector<std::string>{"a?b"});
 }
 
-TEST_F(Directory, NamesOfTheMachinesSharesAreLeftOut) {
-  ZnSMBNFSNode* share = Share();
-  List(share, {Entry("T"), Entry("t")});
-  EXPECT_EQ(Names(share), std::vector<std::string>{"t"});
-}
-
 TEST_F(Directory, AttributesFollowTheEntry) {
   ZnSMBNFSNode* share = Share();
   ZnSMBNFSShareConfig& config = filesystem.GetTree(share)->config;

@@ -31,13 +31,13 @@ void SplitTime(const ZnTimeVal& time, ZnSMBCDate& date, ZnSMBCTime& timeOfDay) {
 
 // ---- open and close -------------------------------------------------------------------------------------------------
 
-ZnSMBClient::Result ZnSMBClient::OpenFile(ZnSMBCFileObject* file, Values::Sharing sharing, bool create, bool truncate,
-                                          Completion* callback) {
+ZnSMBClient::Result ZnSMBClient::OpenFile(ZnSMBCFileObject* file, Values::Sharing sharing, bool create,
+                                          Values::Openfunction existing, Completion* callback) {
   if (!Ready(file->tid)) return ResultFailure;
   if (file->isopen) return Fail(Values::ErrBadFID);
   storage_ = ZnSMBOperation::Open{file};
   bool core = server_.dialect == Values::DialectCORE;
-  Result sent = core ? SendOpen(file->path, file->access, sharing) : SendOpenX(*file, sharing, create, truncate);
+  Result sent = core ? SendOpen(file->path, file->access, sharing) : SendOpenX(*file, sharing, create, existing);
   return Start(Values::StateOpen, sent, callback);
 }
 
@@ -51,7 +51,7 @@ ZnSMBClient::Result ZnSMBClient::SendOpen(const ZnUniString& path, Values::Acces
 }
 
 ZnSMBClient::Result ZnSMBClient::SendOpenX(const ZnSMBCFileObject& file, Values::Sharing sharing, bool create,
-                                           bool truncate) {
+                                           Values::Openfunction existing) {
   ZnSMBCOpenX_ReqWords words;
   words.access.access = file.access;
   words.access.sharing = sharing;
@@ -59,7 +59,7 @@ ZnSMBClient::Result ZnSMBClient::SendOpenX(const ZnSMBCFileObject& file, Values:
   words.attribs.directory = true;
   words.create_attribs = file.attribs;
   words.creation_time = file.modified;
-  words.openfunction.action = truncate ? Values::OFTruncate : Values::OFOpen;
+  words.openfunction.action = existing;
   words.openfunction.create = create;
   return SendRequest(Values::CmdOpenX, words, PathData<ZnSMBCOpenX_ReqData>(RequestEncoding(), file.path));
 }

@@ -87,10 +87,10 @@ class ZnSMBClient : public ZnNBTSession {
   // ---------------------------------------------------------------------------------------------------------------
 
   // Opens file->path with file->access. `create` makes an absent file, with file->attribs and file->modified;
-  // `truncate` empties it (neither in the oldest dialect). Success sets fid, isopen, access, attribs, size, modified.
-  // ErrBadFID when open already.
-  Result OpenFile(ZnSMBCFileObject* file, ZnSMBClientValues::Sharing sharing, bool create, bool truncate,
-                  Completion* callback);
+  // `existing` says what becomes of one that is there (the oldest dialect opens it and makes none). Success sets fid,
+  // isopen, access, attribs, size, modified. ErrBadFID when open already.
+  Result OpenFile(ZnSMBCFileObject* file, ZnSMBClientValues::Sharing sharing, bool create,
+                  ZnSMBClientValues::Openfunction existing, Completion* callback);
   // Reads up to `length` bytes at `offset` of an open file in one exchange; `buffer` is replaced by what came. Fewer
   // bytes mean the end of the file, or that more wouldn't fit maxbuffersize() - 200.
   Result ReadFile(const ZnSMBCFileObject& file, uint16_t length, uint32_t offset, ZnByteBuffer* buffer,
@@ -271,7 +271,8 @@ class ZnSMBClient : public ZnNBTSession {
   // ---- files (client_files.cpp, client_read.cpp, client_write.cpp) ----
 
   Result SendOpen(const ZnUniString& path, ZnSMBClientValues::Access access, ZnSMBClientValues::Sharing sharing);
-  Result SendOpenX(const ZnSMBCFileObject& file, ZnSMBClientValues::Sharing sharing, bool create, bool truncate);
+  Result SendOpenX(const ZnSMBCFileObject& file, ZnSMBClientValues::Sharing sharing, bool create,
+                   ZnSMBClientValues::Openfunction existing);
   Result OpenReply();
   Result OpenXReply();
   Result MoveReply();

@@ -1,0 +1,46 @@
+// What a change on the server does to the tree: an entry goes, or gets another name. All else that is known of the
+// directories stays good.
+
+#include "model/entries.h"
+#include "tree/file_system.h"
+
+void ZnSMBNFSFileSystem::TakeOut(ZnSMBNFSNode* node) {
+  ZnSMBNFSNode* directory = node->parent;
+  const auto contentstime = directory->contentstime;
+  Prune(node);
+  directory->contentstime = contentstime;
+  OutOfDate(directory, false);
+}
+
+// Handle and id stay: whoever has the file or directory open goes on with it.
+void ZnSMBNFSFileSystem::Move(ZnSMBNFSNode* node, ZnSMBNFSNode* directory, ZnUniString name) {
+  ZnSMBNFSTree* tree = GetTree(directory);
+  if (!tree || ZnIsAtOrBelow(directory, node)) return;
+  if (tree->config.lowercase) name.LowerCase();
+  ZnSMBNFSNode* replaced = ZnEntryShownAs(*directory, name, tree->config.linkstring);
+  if (replaced && replaced != node) TakeOut(replaced);
+  OutOfDate(node->parent, false);
+  RemoveFromParent(node);
+  node->name = name;
+  node->parent = directory;
+  AddChild(directory, node);
+  OutOfDate(node, false);
+  OutOfDate(directory, false);
+  SetPaths(directory, node, tree->config);
+}
+
+// Brings the paths of a node and of everything below it up to date.
+void ZnSMBNFSFileSystem::SetPaths(ZnSMBNFSNode* directory, ZnSMBNFSNode* node, const ZnSMBNFSShareConfig& config) {
+  node->path = EntriesPath(*directory, config);
+  std::vector<ZnSMBNFSNode*> open{node};
+  while (!open.empty()) {
+    const ZnSMBNFSNode* above = open.back();
+    open.pop_back();
+    if (above->children.IsEmpty()) continue;
+    const ZnUniString path = EntriesPath(*above, config);
+    for (const auto& child : above->children) {
+      child.value->path = path;
+      open.push_back(child.value);
+    }
+  }
+}
