@@ -15,21 +15,11 @@ constexpr ZnEnumName kStatus[] = {ZN_ROW(STStart),   ZN_ROW(STError),   ZN_ROW(S
                                   ZN_ROW(STClose),   ZN_ROW(STRemove),  ZN_ROW(STRename),   ZN_ROW(STStatfs),
                                   ZN_ROW(STUpdate2), ZN_ROW(STUpdate3), ZN_ROW(STSetTimes), ZN_ROW(STSetAllAttribs)};
 
-constexpr ZnEnumName kSessionCommand[] = {ZN_ROW(SCRequestShares),
-                                          ZN_ROW(SCRequestDirs),
-                                          ZN_ROW(SCRequestAttribs),
-                                          ZN_ROW(SCRequestMkdir),
-                                          ZN_ROW(SCRequestSetAllAttribs),
-                                          ZN_ROW(SCRequestRmdir),
-                                          ZN_ROW(SCRequestCreateFile),
-                                          ZN_ROW(SCRequestOpenFile),
-                                          ZN_ROW(SCRequestWrite),
-                                          ZN_ROW(SCRequestRead),
-                                          ZN_ROW(SCRequestRm),
-                                          ZN_ROW(SCRequestSetAttribs),
-                                          ZN_ROW(SCRequestSetTimes),
-                                          ZN_ROW(SCRequestRename),
-                                          ZN_ROW(SCCleanUp)};
+constexpr ZnEnumName kSessionCommand[] = {
+    ZN_ROW(SCRequestShares),        ZN_ROW(SCRequestDirs),   ZN_ROW(SCRequestAttribs),    ZN_ROW(SCRequestMkdir),
+    ZN_ROW(SCRequestSetAllAttribs), ZN_ROW(SCRequestRmdir),  ZN_ROW(SCRequestCreateFile), ZN_ROW(SCRequestOpenFile),
+    ZN_ROW(SCRequestWrite),         ZN_ROW(SCRequestRead),   ZN_ROW(SCRequestRm),         ZN_ROW(SCRequestSetAttribs),
+    ZN_ROW(SCRequestSetTimes),      ZN_ROW(SCRequestRename), ZN_ROW(SCCleanUp),           ZN_ROW(SCProbe)};
 
 constexpr ZnEnumName kSessionStatus[] = {
     ZN_ROW(SSTStart),          ZN_ROW(SSTError),         ZN_ROW(SSTGetAddress),

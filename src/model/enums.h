@@ -46,7 +46,10 @@ struct ZnSMBNFSEnum {
     SCRequestSetTimes = 12,
     SCRequestRename = 13,
     SCCleanUp = 20,
+    SCProbe = 21,
   };
+  // Whether a session asks this of itself, with a command of its own that nobody waits for.
+  static bool IsOwn(SessionCommand what) { return what >= SCCleanUp; }
 
   // How far the session has got with it.
   enum SessionStatus : int {

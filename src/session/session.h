@@ -108,11 +108,21 @@ class ZnSMBNFSSession : public ZnSMBNFSSessionBase, protected ZnSMBClient {
   void CheckConnected(Command& command);
   void CheckTreeConnected(Command& command);
   void ApplySettings();
+  void ApplyTimeout();
   ZnMachine Server() const;
   ZnUniString CallingName() const;
   void ProcessConnect();
   void ProcessTreeConnect(Command& command);
   static ZnSMBNFSTree* FirstUnconnected(const Command& command);
+
+  // ---- machines that can't be reached (session_reach.cpp) ----
+
+  bool FailsAtOnce(ZnSMBNFSEnum::SessionCommand what) const;
+  void FailAtOnce(Command& command);
+  void NotReached();
+  void Lives();
+  void ProbeCB(ZnEventCallback*, ZnEvent::cbdispatch);
+  void EndProbe(Command& command);
 
   // ---- listings (session_listing.cpp) ----
 
@@ -241,6 +251,13 @@ class ZnSMBNFSSession : public ZnSMBNFSSessionBase, protected ZnSMBClient {
   std::unique_ptr<ZnDNSQuery> dnsquery_;       // the same through DNS
   ZnUniString dnsname_;                        // the last that DNS was asked for
   ZnOSStream lookup_;                          // what has been tried in vain
+
+  bool unreachable_ = false;  // calls fail at once, and probes find out when it is over
+  bool suspect_ = false;      // a request wasn't answered in time
+  ZnMoment attempt_;          // when the last attempt to reach the machine began
+  ZnMoment lastrefused_;      // when a call last failed at once
+  ZnSimpleCallback<ZnEvent::cbdispatch, ZnSMBNFSSession> probecallback_{this, &ZnSMBNFSSession::ProbeCB};
+  ZnTimer probetimer_;
 
   unsigned serverclass_ = 0;
   int32_t timeoffset_ = 0;

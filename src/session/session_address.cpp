@@ -28,8 +28,10 @@ const ZnSMBNFSSession::Means ZnSMBNFSSession::kMeans[] = {
     {"DNS", &ZnSMBNFSSession::AskDNS},
 };
 
-void ZnSMBNFSSession::FindAddress(Command&) {
+void ZnSMBNFSSession::FindAddress(Command& command) {
   if (!answered_ && IsUsable() && HasHungUp()) DropConnection();  // while it was idle
+  if (FailsAtOnce(command.sessioncommand)) return Fail();
+  attempt_ = ZnSteadyClock::now();
   if (IsUsable() || (addressknown_ && ZnSteadyClock::now() < addressuntil_)) return Advance();
   addressknown_ = false;
   lookup_.Truncate();
@@ -132,6 +134,7 @@ void ZnSMBNFSSession::TakeAddress(const ZnInetAddr& address, ZnMoment until) {
 void ZnSMBNFSSession::AddressDone() {
   if (addressknown_) return Advance();
   if (lookup_.IsEmpty()) lookup_ << "Failed to interpret IP address of server: " << config.ipaddress;
+  NotReached();
   SendError(lookup_.text(), ZnNFSEnum::NFSERR_IO);
 }
 

@@ -32,7 +32,12 @@ void ZnSMBNFSSession::CallFailed(bool atonce) {
   const bool retry = MayRetry(command, atonce);
   NoteFailure(command);
   if (command.refusal != 0) answered_ = true;
-  if (command.sessionstatus == E::SSTConnect && command.refusal == 0) ForgetAddress();
+  if (command.sessionstatus == E::SSTConnect && command.refusal == 0) {
+    ForgetAddress();
+    NotReached();
+  } else if (reason() == Values::ErrTimedOut) {
+    suspect_ = true;
+  }
   if (command.sessionstatus == E::SSTConnect || ConversationIsOver()) DropConnection();
   if (retry) {
     command.retried = true;
@@ -59,7 +64,7 @@ bool ZnSMBNFSSession::ConversationIsOver() const {
 //    sent again: the file went with the connection).
 // A time-out isn't an idle server's: it isn't tried again.
 bool ZnSMBNFSSession::MayRetry(const Command& command, bool atonce) const {
-  if (command.retried || answered_ || command.sessioncommand == E::SCCleanUp) return false;
+  if (command.retried || answered_ || E::IsOwn(command.sessioncommand)) return false;
   if (command.sessionstatus == E::SSTConnect) return false;
   if (atonce) return reason() == Values::ErrWrite;
   if (reason() != Values::ErrDisconnect) return false;

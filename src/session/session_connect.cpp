@@ -13,6 +13,9 @@ namespace {
 // What a server can do.
 enum ServerClass : unsigned { kCore = 0, kNamelessNT = 1, kWindowsNT = 2, kOther = 3 };
 
+// How long to wait for a machine to take a connection when it has just left a request unanswered.
+constexpr uint32_t kSuspectSeconds = 2;
+
 constexpr int32_t kAsTheServerSays = -1;
 constexpr int32_t kNoOffset = -2;  // the same for servers of the oldest dialect, which say nothing
 
@@ -29,6 +32,7 @@ void ZnSMBNFSSession::CheckConnected(Command&) {
   flushing_ = false;
   if (IsUsable()) return Advance();
   DropConnection();
+  attempt_ = ZnSteadyClock::now();
   ApplySettings();
   ZnMachine server = Server();
   server.Name(address_);
@@ -37,11 +41,16 @@ void ZnSMBNFSSession::CheckConnected(Command&) {
 
 // The record may have been loaded again since the last connection.
 void ZnSMBNFSSession::ApplySettings() {
-  auto seconds = static_cast<uint32_t>(std::max(config.smbtimeout, 1));
-  replytimeout(seconds);
-  SetSessionTimeout(std::chrono::seconds(seconds));
+  ApplyTimeout();
   workgroup(config.domain);
   encoding(config.encoding);
+}
+
+void ZnSMBNFSSession::ApplyTimeout() {
+  auto seconds = static_cast<uint32_t>(std::max(config.smbtimeout, 1));
+  if (suspect_) seconds = std::min(seconds, kSuspectSeconds);
+  replytimeout(seconds);
+  SetSessionTimeout(std::chrono::seconds(seconds));
 }
 
 ZnMachine ZnSMBNFSSession::Server() const { return {config.nbtname, ZnMachine::Server}; }
@@ -53,6 +62,8 @@ ZnUniString ZnSMBNFSSession::CallingName() const {
 }
 
 void ZnSMBNFSSession::ProcessConnect() {
+  Lives();
+  ApplyTimeout();
   serverclass_ = ClassOf(server());
   timeoffset_ = config.timeoffset;
   if (serverclass_ == kCore) {

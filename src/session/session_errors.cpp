@@ -85,6 +85,7 @@ void ZnSMBNFSSession::Report(const ZnUniString& text) {
 
 void ZnSMBNFSSession::SendError(const ZnUniString& text, ZnNFSEnum::Status status) {
   Command& command = *queue_.FirstWaiting();
+  if (E::IsOwn(command.sessioncommand)) return Fail();  // nobody waits for it
   command.failure = status;
   const ZnUniString advice = ZnFailureWords::Advice(command.sessionstatus, command.refusal, status);
   Report(advice.IsEmpty() ? text : text + "; " + advice);

@@ -4,7 +4,7 @@
 #include "model/name_mapping.h"
 #include "session/session.h"
 
-// The shares are those of the configuration: the server isn't asked.
+// The shares are those of the configuration: the server isn't asked, and whoever waits for it isn't waited for.
 void ZnSMBNFSSession::GetShares(Command& command) {
   if (command.shares.IsEmpty()) {
     ZnDList<ZnUniString> names;
@@ -15,7 +15,8 @@ void ZnSMBNFSSession::GetShares(Command& command) {
       command.shares.Append(share);
     }
   }
-  Advance();
+  command.sessionstatus = ZnSMBNFSEnum::SSTGetShares;
+  host_->CompleteRequest(&command);
 }
 
 void ZnSMBNFSSession::GetDirs(Command& command) {

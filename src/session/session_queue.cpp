@@ -6,7 +6,7 @@ using E = ZnSMBNFSEnum;
 
 ZnSMBNFSSession::ZnSMBNFSSession(ZnSMBNFSNode* machine, ZnSMBNFSSessionHost* host,
                                  const ZnSMBNFSMachineConfig& machineConfig)
-    : ZnSMBClient(host->eventloop()), host_(host) {
+    : ZnSMBClient(host->eventloop()), host_(host), probetimer_(host->eventloop(), &probecallback_) {
   machinenode = machine;
   config = machineConfig;
   lastactivity = ZnSteadyClock::now();
@@ -21,7 +21,7 @@ ZnSMBNFSSession::~ZnSMBNFSSession() {
   DropFiles();
   for (auto& [command, position] : queue_) {
     command->session = nullptr;
-    if (command->sessioncommand == E::SCCleanUp) delete command;  // our own
+    if (E::IsOwn(command->sessioncommand)) delete command;
   }
 }
 
@@ -32,26 +32,30 @@ void ZnSMBNFSSession::Request(Command* command, E::SessionCommand what) {
   command->fileobject2.reset();
   command->failure = ZnNFSEnum::NFS_OK;
   command->refusal = 0;
+  if (what == E::SCRequestShares) return GetShares(*command);
   if (command->session == this) {
+    if (FailsAtOnce(what)) return FailAtOnce(*command);
     queue_.TakeBack(command);
-    return Advance();
+    if (queue_.Head() == command) Advance();
+    return;
   }
-  if (what != E::SCCleanUp && queue_.Count() >= kMostWaiting) return command->Drop();
+  if (!E::IsOwn(what) && queue_.Count() >= kMostWaiting) return command->Drop();
 
   ZnSMBNFSSessionBase* former = command->session;
   command->session = this;
   queue_.Append(command);
-  if (what != E::SCCleanUp) lastactivity = ZnSteadyClock::now();
+  if (!E::IsOwn(what)) lastactivity = ZnSteadyClock::now();
   if (former) {  // it goes on at another machine, and the next command of the former one begins
     ZnWeakRef<ZnReferable> alive(&alive_);
     former->RemoveCommand(command);
     if (!alive) return;
   }
+  if (FailsAtOnce(what)) return FailAtOnce(*command);
   StartNext();
 }
 
 void ZnSMBNFSSession::RemoveCommand(Command* command) {
-  if (command->sessioncommand != E::SCCleanUp) lastactivity = ZnSteadyClock::now();
+  if (!E::IsOwn(command->sessioncommand)) lastactivity = ZnSteadyClock::now();
   if (!queue_.Remove(command)) return;
   AbandonCall();
   busy_ = false;
@@ -108,6 +112,7 @@ void ZnSMBNFSSession::SendErrors() {
   Report(text.text());
 
   AbandonCall();
+  Lives();
   ZnWeakRef<ZnReferable> alive(&alive_);
   const bool nested = stepping_;
   const bool flushing = flushing_;

@@ -15,14 +15,7 @@ struct ZnSMBNFSSession::Row {
   bool needsnode = true;  // pointless once the command's node is gone
 };
 
-namespace {
-
 using E = ZnSMBNFSEnum;
-
-// Commands that take the common road to the server first. The others have all their rows to themselves.
-bool NeedsServer(E::SessionCommand command) { return command <= E::SCRequestRename && command != E::SCRequestShares; }
-
-}  // namespace
 
 #define DO(action) &ZnSMBNFSSession::action, #action
 
@@ -35,11 +28,6 @@ const ZnSMBNFSSession::Row ZnSMBNFSSession::kCommonRows[] = {
 };
 
 const ZnSMBNFSSession::Row ZnSMBNFSSession::kRows[] = {
-    {E::SCRequestShares, E::SSTStart, E::SSTGetShares, DO(GetShares)},
-    {E::SCRequestShares, E::SSTConnect, E::SSTGetShares, DO(GetShares)},
-    {E::SCRequestShares, E::SSTGetShares, E::SSTGetShares, DO(Complete)},
-    {E::SCRequestShares, E::SSTError, E::SSTError, DO(Complete), false},
-
     {E::SCRequestDirs, E::SSTConnectTree, E::SSTGetDirs, DO(GetDirs)},
     {E::SCRequestDirs, E::SSTGetDirs, E::SSTGetDirs, DO(Complete)},
 
@@ -116,6 +104,11 @@ const ZnSMBNFSSession::Row ZnSMBNFSSession::kRows[] = {
     {E::SCCleanUp, E::SSTClosedAllFiles, E::SSTClosedAllTrees, DO(CloseNextTree), false},
     {E::SCCleanUp, E::SSTClosedAllTrees, E::SSTClosedAllTrees, DO(EndCleanUp), false},
     {E::SCCleanUp, E::SSTError, E::SSTError, DO(EndCleanUp), false},
+
+    {E::SCProbe, E::SSTStart, E::SSTGetAddress, DO(FindAddress), false},
+    {E::SCProbe, E::SSTGetAddress, E::SSTConnect, DO(CheckConnected), false},
+    {E::SCProbe, E::SSTConnect, E::SSTConnect, DO(EndProbe), false},
+    {E::SCProbe, E::SSTError, E::SSTError, DO(EndProbe), false},
 };
 
 #undef DO
@@ -124,7 +117,7 @@ const ZnSMBNFSSession::Row* ZnSMBNFSSession::FindRow(E::SessionCommand command, 
   for (const Row& row : kRows) {
     if (row.command == command && row.on == status) return &row;
   }
-  if (!NeedsServer(command)) return nullptr;
+  if (E::IsOwn(command)) return nullptr;  // has all its rows to itself
   for (const Row& row : kCommonRows) {
     if (row.on == status) return &row;
   }
