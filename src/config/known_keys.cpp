@@ -38,6 +38,7 @@ constexpr ZnKnownKey kKeys[] = {
     {Daemon, "server/cleanupdelay", "(10)", Number(1, kMost), &D::cleanupdelay},
     {Daemon, "server/paranoidupdate", "(1)", kFlag, &D::paranoidupdate},
     {Daemon, "server/optimisticnodeinvalidation", "(1)", kFlag, &D::optimisticnodeinvalidation},
+    {Daemon, "server/coredumps", "(0)", kFlag, &D::coredumps},
     {Daemon, "server/winsservers", "", kTexts},
     {Daemon, "server/timezone", nullptr, kText, &D::timezone},
     {Daemon, "server/maximiselimits", nullptr, kFlag, &D::maximiselimits},

@@ -19,6 +19,7 @@ struct ZnSMBNFSServerConfig {
   bool paranoidupdate = false;
   bool maximiselimits = false;
   ZnDList<ZnUniString> addresses;  // whose calls are accepted; never empty in a loaded record
+  bool coredumps = false;          // a crash may leave an image of the memory, passwords included
   bool reservedports = false;      // only calls from ports that need root are served
   ZnDList<ZnInetAddr> winsservers;
   bool optimisticnodeinvalidation = false;

@@ -95,6 +95,7 @@ int main(int argc, char** argv) {
   const char* const program = argc > 0 ? argv[0] : "haldenmapd";
   if (argc != 3) WrongArguments(program);
   IgnoreSignals();
+  ZnUnixProcess::AllowCoreDumps(false);  // until the profile, with its passwords, is read
   const ZnUniString profile = FromShell(argv[1]);
   const ZnUniString logdir = FromShell(argv[2]);
 
@@ -108,6 +109,7 @@ int main(int argc, char** argv) {
   for (const ZnUniString& warning : ZnSMBNFSConfig::Warnings()) Log407(warning);
   ZnSMBNFSServerConfig config;
   ExitUnlessInitialised(ZnSMBNFSConfig::LoadServer(config));
+  ZnUnixProcess::AllowCoreDumps(config.coredumps);
   ZnRPCString::rpcenc = config.rpcencoding;
   tzset();
   if (!ZnUserGroupDatabase::InitialiseSecurity()) {

@@ -59,6 +59,10 @@ class ZnUnixProcess : public ZnProcess {
   bool BecomeNobody() override;
   const ZnUnixError& UidError() const override { return uid_error_; }
 
+  // Whether the host may keep an image of this process's memory, passwords included, when it comes to a bad end, and
+  // let others of its user look into it. Holds over changes of identity and for children; no is what holds from the
+  // first call, or change of identity, on.
+  static void AllowCoreDumps(bool allow);
   // Where a fault of the program itself is noted besides standard error; -1 for nowhere. The current log's descriptor.
   static void SetFaultLog(int fd);
 
@@ -84,9 +88,13 @@ class ZnUnixProcess : public ZnProcess {
   bool ChangeUid(uid_t uid);
   bool ChangeGid(gid_t gid);
   bool FixGroups(ZnUnixUser& user);
+  // The host gives up what AllowCoreDumps has set whenever the identity changes.
+  static void KeepCoreDumps();
   // Record what failed; give false.
   bool UserLookupFailed(const ZnUniString& names);
   bool SetUidError(const char* call, const ZnUniString& argument);
+
+  static bool core_dumps;
 
   std::vector<ZnEventSignal> signals_;
   std::array<volatile sig_atomic_t, kSignals> caught_{};

@@ -1,10 +1,20 @@
 #include <grp.h>
+#include <sys/prctl.h>
 #include <unistd.h>
 
 #include <cerrno>
 
 #include "runtime/unix_process.h"
 #include "runtime/unix_user.h"
+
+bool ZnUnixProcess::core_dumps = false;
+
+void ZnUnixProcess::AllowCoreDumps(bool allow) {
+  core_dumps = allow;
+  KeepCoreDumps();
+}
+
+void ZnUnixProcess::KeepCoreDumps() { prctl(PR_SET_DUMPABLE, core_dumps ? 1 : 0, 0, 0, 0); }
 
 ZnUnixProcess::ZnUnixProcess() : effective_uid_(geteuid()), effective_gid_(getegid()) {}
 
@@ -32,6 +42,7 @@ bool ZnUnixProcess::ChangeUid(uid_t uid) {
   if (!identity_failed_ && uid == effective_uid_) return true;
   if (SetEffectiveUid(uid) < 0) return SetUidError("seteuid", ZnUniString::CreateFromUnsigned(uid));
   effective_uid_ = uid;
+  KeepCoreDumps();
   return true;
 }
 
@@ -39,6 +50,7 @@ bool ZnUnixProcess::ChangeGid(gid_t gid) {
   if (!identity_failed_ && gid == effective_gid_) return true;
   if (SetEffectiveGid(gid) < 0) return SetUidError("setegid", ZnUniString::CreateFromUnsigned(gid));
   effective_gid_ = gid;
+  KeepCoreDumps();
   return true;
 }
 

@@ -21,13 +21,12 @@ void WriteLine(int fd, const char* line) {
   if (fd >= 0 && write(fd, line, strlen(line)) < 0) return;  // nowhere left to report it
 }
 
-// Returning would run the faulting instruction again, for ever. Async-signal-safe.
-[[noreturn]] void EndByFault(int number) {
+// Async-signal-safe.
+void TellFault(int number) {
   const char* const line = number == SIGSEGV ? "Halden(5.60.514) FATAL ERROR: address error (signal 11), exiting\n"
                                              : "Halden(5.60.514) FATAL ERROR: bus error (signal 7), exiting\n";
   WriteLine(STDERR_FILENO, line);
   if (fault_log != STDERR_FILENO) WriteLine(fault_log, line);
-  _exit(number);
 }
 
 // A positive code says that the kernel found a fault; one that a process sent has a code of 0 or below.
@@ -52,7 +51,12 @@ ZnUnixProcess::~ZnUnixProcess() {
 void ZnUnixProcess::SetFaultLog(int fd) { fault_log = fd; }
 
 void ZnUnixProcess::had_a_signal(int number, siginfo_t* info, void* /*context*/) {
-  if (IsOwnFault(number, info)) EndByFault(number);
+  if (IsOwnFault(number, info)) {
+    TellFault(number);
+    if (!core_dumps) _exit(number);
+    signal(number, SIG_DFL);  // the return runs the faulting instruction again, and now the host sees it
+    return;
+  }
   const int saved_errno = errno;
   if (the_current_process) the_current_process->NoteSignal(number);
   errno = saved_errno;

@@ -16,7 +16,7 @@ import time
 import pytest
 
 sys.path.insert(0, str(pathlib.Path(__file__).parents[1] / "support"))
-from daemon import PROGRAM, Daemon, free_udp_port  # noqa: E402
+from daemon import PROGRAM, Daemon, free_udp_port, sanitized  # noqa: E402
 
 PR_SET_CHILD_SUBREAPER = 36
 STAMP = r"\d{4}/\d\d/\d\d \d\d:\d\d:\d\d\.\d{3}"
@@ -63,6 +63,10 @@ def exit_code_after(pid, number):
     return pytest.fail(f"signal {number} doesn't end the daemon")
 
 
+def youngest_child():
+    return int(pathlib.Path(f"/proc/self/task/{os.getpid()}/children").read_text().split()[-1])
+
+
 @pytest.mark.parametrize("arguments", [[], ["profile"], ["profile", "logs", "more"]])
 def test_wrong_number_of_arguments(arguments):
     assert failure(*arguments) == (f"{PROGRAM}: Wrong number of arguments provided\n"
@@ -99,10 +103,25 @@ def test_signals_that_end_it(number, code):
 
 def test_signal_sent_as_soon_as_the_parent_has_gone_is_not_lost(profile, logs):
     """The daemon's loop needs not have begun by then."""
-    children = pathlib.Path(f"/proc/self/task/{os.getpid()}/children")
     for _ in range(30):
         assert subprocess.call([PROGRAM, profile, logs], stdin=subprocess.DEVNULL) == 0  # a time-out would look late
-        assert exit_code_after(int(children.read_text().split()[-1]), signal.SIGTERM) == 0
+        assert exit_code_after(youngest_child(), signal.SIGTERM) == 0
+
+
+@pytest.mark.parametrize("asked", [False, True])
+def test_core_dumps_are_off_unless_asked_for(profile, logs, tmp_path, asked):
+    """The memory of the daemon holds passwords."""
+    limit = resource.getrlimit(resource.RLIMIT_CORE)[1]
+    if asked and (pathlib.Path("/proc/sys/kernel/core_pattern").read_text()[0] in "|/" or limit == 0 or sanitized()):
+        pytest.skip("core files are kept elsewhere, or not at all")
+    with profile.open("a") as file:
+        file.write(f"[nfsserver/server/coredumps={{({int(asked)})}}]\n")
+
+    assert subprocess.call([PROGRAM, profile, logs], stdin=subprocess.DEVNULL, cwd=tmp_path,
+                           preexec_fn=lambda: resource.setrlimit(resource.RLIMIT_CORE, (limit, limit))) == 0
+    pid = youngest_child()
+    os.kill(pid, signal.SIGABRT)
+    assert os.WCOREDUMP(os.waitpid(pid, 0)[1]) == asked
 
 
 @pytest.mark.parametrize("name, text, reason", [

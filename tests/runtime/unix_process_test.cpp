@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 #include <poll.h>
 #include <sys/mman.h>
+#include <sys/prctl.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -159,7 +160,9 @@ class BecomeUser : public ::testing::Test {
 };
 
 TEST_F(BecomeUser, SetsGroupsGroupAndUserInThisOrderAndOnlyWhatChanges) {
+  prctl(PR_SET_DUMPABLE, 1, 0, 0, 0);  // as a host may do on a change
   EXPECT_TRUE(process.BecomeUser(daemon));
+  EXPECT_EQ(prctl(PR_GET_DUMPABLE, 0, 0, 0, 0), 0);
   EXPECT_THAT(process.calls, ElementsAre("groups 0", gid, uid));
   process.calls.clear();
   EXPECT_TRUE(process.BecomeUser(daemon));
