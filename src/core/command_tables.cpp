@@ -209,6 +209,12 @@ Outcome RenameUpdateTargetDirectory(FS& filesystem, Command& command) {
   return Call<&FS::BUpdateNodeContents>(filesystem, command);
 }
 
+// That a directory has entries isn't answered from memory: another machine may have removed them.
+Outcome UpdateUnlessEmpty(FS& filesystem, Command& command) {
+  if (command.node && !command.node->children.IsEmpty()) OutOfDate(command.node.Get(), true);
+  return Call<&FS::BUpdateNodeContents>(filesystem, command);
+}
+
 // A directory may be replaced if it is empty.
 Outcome RenameUpdateTarget(FS& filesystem, Command& command) {
   command.node = command.savednode;
@@ -216,7 +222,7 @@ Outcome RenameUpdateTarget(FS& filesystem, Command& command) {
   ZnSMBNFSNode* target = filesystem.RenameTarget(command);
   if (!target || !target->IsDirectory()) return Outcome::GoOn;
   command.node = target;
-  return Call<&FS::BUpdateNodeContents>(filesystem, command);
+  return UpdateUnlessEmpty(filesystem, command);
 }
 
 Outcome Rename(FS& filesystem, Command& command) {
@@ -238,6 +244,12 @@ Outcome Link(FS& filesystem, Command& command) {
 }
 
 // --- SYMLINK: a link is a file whose name is marked and whose contents are the target ---
+
+// A link and a file of one name don't meet on the share, so the server wouldn't refuse to make one beside the other.
+Outcome ListForLink(FS& filesystem, Command& command) {
+  if (command.node) OutOfDate(command.node.Get(), true);
+  return Call<&FS::BUpdateNodeContents>(filesystem, command);
+}
 
 Outcome CreateLinkFile(FS& filesystem, Command& command) {
   command.name = command.As<ZnNFSSymlinkargs>().from.name;
@@ -266,7 +278,7 @@ Outcome WriteLinkFile(FS& filesystem, Command& command) {
 // What the configuration makes goes by no call: its machine isn't even asked.
 Outcome UpdateContentsToRemove(FS& filesystem, Command& command) {
   if (command.node && !command.node->IsInside()) return Refuse(command, ZnNFSEnum::NFSERR_ACCES);
-  return Call<&FS::BUpdateNodeContents>(filesystem, command);
+  return UpdateUnlessEmpty(filesystem, command);
 }
 
 // --- Replies ---
@@ -450,7 +462,7 @@ constexpr ZnSMBNFSStep kLink[] = {
 
 constexpr ZnSMBNFSStep kSymlink[] = {
     kStart,
-    {E::STLookup, "BUpdateNodeContents", Call<&FS::BUpdateNodeContents>, E::STUpdate3},
+    {E::STLookup, "BUpdateNodeContents", ListForLink, E::STUpdate3},
     {E::STUpdate3, "CheckCreateSymLink, BCreateFile", CreateLinkFile, E::STCreate},
     {E::STCreate, "BUpdateNodeContents", Call<&FS::BUpdateNodeContents>, E::STUpdate},
     {E::STUpdate, "NBFindByName", FindLinkFile, E::STLookup2},

@@ -156,8 +156,16 @@ void ZnSMBNFSSession::LeaveDoomed(Command& command) {
 
 // For the user: what has become of the file that was in the way.
 ZnUniString ZnSMBNFSSession::WhereItIs(const Command& command) const {
-  const bool aside = command.sessioncommand == E::SCRequestRename && doomed_ &&
-                     (command.sessionstatus == E::SSTRm || command.sessionstatus == E::SSTPutBack ||
-                      command.sessionstatus == E::SSTRenameAgain);
-  return aside ? " What had that name before is now " + doomed_->share + doomed_->path + "." : ZnUniString();
+  if (command.sessioncommand != E::SCRequestRename || !doomed_) return "";
+  const ZnUniString place = doomed_->share + doomed_->path;
+  switch (command.sessionstatus) {
+    case E::SSTMakeRoom:
+      return command.refusal != 0 ? "" : " What has that name may now be " + place + ".";
+    case E::SSTRenameAgain:
+    case E::SSTPutBack:
+    case E::SSTRm:
+      return " What had that name before is now " + place + ".";
+    default:
+      return "";
+  }
 }

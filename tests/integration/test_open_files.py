@@ -15,6 +15,7 @@ LINK = 5
 
 @pytest.fixture(scope="module")
 def gateway():
+    # Files below are called as a share is: they are found all the same.
     with Gateway({"pc": {"shares": {"share": {}, "other": {}}}, "pc2": {}},
                  "[{user}/pc/share/bannedchars={(%)}]\n") as running:
         yield running
@@ -150,6 +151,11 @@ def test_a_directory_takes_the_place_of_an_empty_one(nfs, place):
         assert nfs.lookup(parent, "empty").file == full
         assert (names(nfs, full), status(nfs.listing, empty)) == (["f"], 70)
     assert {path for path in contents(folder) if path.endswith("f")} == {"empty/f", "inner/empty/f"}
+    (folder / "empty" / "f").unlink()  # by another machine, a moment ago
+    nfs.rename(directory, "inner", directory, "empty")
+    (folder / "empty" / "empty" / "f").unlink()
+    nfs.rmdir(inner, "empty")
+    assert contents(folder) == {"empty": None}
 
 
 def test_links_among_files(nfs, place):
@@ -159,6 +165,12 @@ def test_links_among_files(nfs, place):
     for name in ("file", "plain", "other"):
         put(nfs, directory, name, name.encode())
     assert [status(nfs.symlink, directory, name, "x") for name in ("late", "link", "file")] == [17] * 3
+    (folder / "came").touch()
+    nfs.symlink(directory, "went", "to")
+    (folder / "-)went").unlink()
+    assert (status(nfs.symlink, directory, "came", "x"), status(nfs.symlink, directory, "went", "y")) == (17, 0)
+    for name in ("came", "went"):
+        nfs.remove(directory, name)
     link = nfs.lookup(directory, "link").file
     nfs.rename(directory, "link", directory, "moved")
     assert (nfs.readlink(link), nfs.getattr(link).type, nfs.lookup(directory, "moved").file) == ("to", LINK, link)
