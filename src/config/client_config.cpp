@@ -19,9 +19,11 @@ ZnUniString CheckKeys(const ZnDList<ZnUniString>& keys, const ZnUniString& below
 
 bool IsSetting(const ZnDList<ZnUniString>& values) { return values.Count() == 1 && !values[0].IsEmpty(); }
 
+}  // namespace
+
 // One value replaces what the key had, an empty one removes the key and all below it. Anything else isn't for clients
 // to say.
-void Merge(ZnDatabase& database, const ZnUniString& key, const ZnDList<ZnUniString>& values) {
+void ZnSMBNFSConfig::Merge(ZnDatabase& database, const ZnUniString& key, const ZnDList<ZnUniString>& values) {
   if (values.Count() != 1) return;
   if (!IsSetting(values)) {
     database.RemoveKeys(key);
@@ -30,8 +32,6 @@ void Merge(ZnDatabase& database, const ZnUniString& key, const ZnDList<ZnUniStri
   database.ClearKey(key);
   database.AppendValue(key, values[0]);
 }
-
-}  // namespace
 
 ZnUniString ZnSMBNFSConfig::GetClientConfig(const ZnUniString& user, ZnUniString& text) {
   ZnDatabase database;
@@ -61,8 +61,13 @@ ZnUniString ZnSMBNFSConfig::SetClientConfig(const ZnUniString& user, const ZnUni
     if (!mistake.IsEmpty()) return mistake;
   }
 
-  for (const ZnUniString& key : keys) Merge(*nfsdb_, key, changes.Find(key)->values);
-  lastchanged_ = 0;
+  for (const ZnUniString& key : keys) {
+    const ZnDList<ZnUniString>& values = changes.Find(key)->values;
+    Merge(*nfsdb_, key, values);
+    std::erase_if(clientsettings_, [&](const auto& each) { return each.first == key; });
+    clientsettings_.emplace_back(key, values);
+  }
+  clientchanged_ = true;
   FlushRecords();
 
   ZnUniString logfile;

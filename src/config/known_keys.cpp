@@ -13,6 +13,7 @@ using M = ZnSMBNFSMachineConfig;
 using S = ZnSMBNFSShareConfig;
 
 constexpr int32_t kMost = INT32_MAX;
+constexpr bool kAtStart = true;
 
 constexpr ZnKeyValues kText{ZnKeyValues::Text};
 constexpr ZnKeyValues kTexts{ZnKeyValues::Texts};
@@ -25,21 +26,21 @@ constexpr ZnKeyValues kModeBits = Number(0, 07777);
 constexpr ZnKeyValues kCharacter = Number(1, 65535);
 
 constexpr ZnKnownKey kKeys[] = {
-    {Daemon, "mount/port", "(4242)", kPort, &D::port},
+    {Daemon, "mount/port", "(4242)", kPort, &D::port, kAtStart},
     {Daemon, "mount/realserver", "(127.0.0.1)", kText},
     {Daemon, "mount/mountpoint", nullptr, kText},
-    {Daemon, "mount/roothandle", nullptr, kText},
-    {Daemon, "network/addresses", "(_)", kTexts, &D::addresses},
-    {Daemon, "network/reservedports", "(0)", kFlag, &D::reservedports},
-    {Daemon, "server/encoding/rpc", nullptr, kText},
+    {Daemon, "mount/roothandle", nullptr, kText, {}, kAtStart},
+    {Daemon, "network/addresses", "(_)", kTexts, &D::addresses, kAtStart},
+    {Daemon, "network/reservedports", "(0)", kFlag, &D::reservedports, kAtStart},
+    {Daemon, "server/encoding/rpc", nullptr, kText, {}, kAtStart},
     {Daemon, "server/encoding/default", "(ISO 8859-1)", kText},
     {Daemon, "server/encoding/defaultopt", "(0)", kText},
-    {Daemon, "server/usercache/mode", "(2)", Number(0, 2), &D::usercachemode},
+    {Daemon, "server/usercache/mode", "(2)", Number(0, 2), &D::usercachemode, kAtStart},
     {Daemon, "server/cleanupdelay", "(10)", Number(1, kMost), &D::cleanupdelay},
     {Daemon, "server/paranoidupdate", "(1)", kFlag, &D::paranoidupdate},
     {Daemon, "server/optimisticnodeinvalidation", "(1)", kFlag, &D::optimisticnodeinvalidation},
-    {Daemon, "server/coredumps", "(0)", kFlag, &D::coredumps},
-    {Daemon, "server/winsservers", "", kTexts},
+    {Daemon, "server/coredumps", "(0)", kFlag, &D::coredumps, kAtStart},
+    {Daemon, "server/winsservers", "", kTexts, {}, kAtStart},
     {Daemon, "server/timezone", nullptr, kText, &D::timezone},
     {Daemon, "server/maximiselimits", nullptr, kFlag, &D::maximiselimits},
     {Daemon, "user/symlinkname", nullptr, kText},

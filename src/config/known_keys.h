@@ -34,6 +34,7 @@ struct ZnKnownKey {
   const char* preset;  // the default as it stands between the braces of a profile; null: none
   ZnKeyValues values;
   ZnKeyField field = {};
+  bool atstart = false;  // of the daemon's own keys: read once, a change counts from the next start on
 
   // The whole key with each name of user, machine and share in `names`, which is as long as the level says.
   ZnUniString Full(std::span<const ZnUniString> names) const;

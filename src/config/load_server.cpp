@@ -53,3 +53,5 @@ ZnUniString ZnSMBNFSConfig::LoadServer(ZnSMBNFSServerConfig& config) {
   }
   return ResolveWinsServers(in.Texts("server/winsservers"), config.winsservers);
 }
+
+void ZnSMBNFSConfig::LoadServerAgain(ZnSMBNFSServerConfig& config) { ZnRecordReader().Fill(config, true); }

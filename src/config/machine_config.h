@@ -1,6 +1,8 @@
 #pragma once
 // What the configuration says of one machine of one user.
 
+#include <tuple>
+
 #include "runtime/codeset.h"
 #include "runtime/list.h"
 #include "runtime/uni_string.h"
@@ -28,4 +30,13 @@ struct ZnSMBNFSMachineConfig {
   int32_t gid = -1;
   int32_t unixperms = 0;  // permission bits shown
   bool rootaccess = false;
+
+  // Whether a conversation under the other record would be one with the same machine, as the same account and with the
+  // same names.
+  bool SameConversation(const ZnSMBNFSMachineConfig& other) const {
+    const auto facts = [](const ZnSMBNFSMachineConfig& of) {
+      return std::tie(of.nbtname, of.ipaddress, of.port, of.dnslookup, of.winname, of.domain, of.password, of.encoding);
+    };
+    return facts(*this) == facts(other);
+  }
 };

@@ -11,10 +11,12 @@ class ZnRecordReader {
   explicit ZnRecordReader(const ZnUniString& user = {}, const ZnUniString& machine = {}, const ZnUniString& share = {})
       : user_(user), machine_(machine), share_(share) {}
 
-  // Fills the fields of a record that known_keys.cpp names. A field whose key hasn't the values it should have stays.
+  // Fills the fields of a record that known_keys.cpp names. A field whose key hasn't the values it should have stays,
+  // and so does, `again`, one whose key is read at the start only.
   template <class Record>
-  void Fill(Record& record) const {
+  void Fill(Record& record, bool again = false) const {
     for (const ZnKnownKey& key : ZnKnownKeys()) {
+      if (again && key.atstart) continue;
       auto fill = [&](auto field) {
         if constexpr (requires { record.*field; }) Read(key.name, record.*field);
       };

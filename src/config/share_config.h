@@ -1,6 +1,8 @@
 #pragma once
 // What the configuration says of one share of a machine of a user.
 
+#include <tuple>
+
 #include "runtime/uni_string.h"
 
 struct ZnSMBNFSShareConfig {
@@ -33,4 +35,14 @@ struct ZnSMBNFSShareConfig {
   int32_t archive = 0;
   bool rootaccess = false;
   bool nosetreadonly = false;
+
+  bool operator==(const ZnSMBNFSShareConfig&) const = default;
+  // Whether what is known of the share's entries is true under the other record too: what their names stand for, and
+  // who looked.
+  bool SameNames(const ZnSMBNFSShareConfig& other) const {
+    const auto facts = [](const ZnSMBNFSShareConfig& of) {
+      return std::tie(of.password, of.lowercase, of.hashchars, of.hashchar, of.hashmethod, of.linkstring);
+    };
+    return facts(*this) == facts(other);
+  }
 };

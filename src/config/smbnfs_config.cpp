@@ -23,7 +23,9 @@ ZnUniString ZnSMBNFSConfig::userfile_;
 ZnUniString ZnSMBNFSConfig::cmdline_;
 ZnUniString ZnSMBNFSConfig::usercontents_;
 ZnDList<ZnUniString> ZnSMBNFSConfig::warnings_;
-int64_t ZnSMBNFSConfig::lastchanged_ = 0;
+ZnSMBNFSConfig::FileState ZnSMBNFSConfig::profilestate_;
+bool ZnSMBNFSConfig::clientchanged_ = false;
+std::vector<std::pair<ZnUniString, ZnDList<ZnUniString>>> ZnSMBNFSConfig::clientsettings_;
 bool ZnSMBNFSConfig::usecaches_ = false;
 ZnSMBNFSConfig::Records<ZnSMBNFSUserConfig> ZnSMBNFSConfig::usercache_;
 ZnSMBNFSConfig::Records<ZnSMBNFSMachineConfig> ZnSMBNFSConfig::machcache_;
@@ -34,16 +36,7 @@ namespace {
 // Some editors begin a text with it.
 constexpr char16_t kByteOrderMark = 0xFEFF;
 
-// The time of the profile's last modification; a failure gives the reason.
-ZnUniString ReadModificationTime(const ZnUniString& path, int64_t& seconds) {
-  ZnByteBuffer hostpath = path.AsEncoding(ZnSysEncoding::filesystem, ZnSysEncoding::filesystemopt);
-  struct stat facts {};
-  if (stat(reinterpret_cast<const char*>(hostpath.Data()), &facts) != 0) {
-    return "Failed to stat() configuration file: " + path + "\n" + strerror(errno);
-  }
-  seconds = facts.st_mtime;
-  return {};
-}
+int64_t Nanoseconds(const timespec& time) { return int64_t{time.tv_sec} * 1000000000 + time.tv_nsec; }
 
 bool ReadText(const ZnUniString& path, ZnUniString& text) {
   ZnByteBuffer contents;
@@ -62,7 +55,7 @@ ZnUniString ZnSMBNFSConfig::Initialise(const ZnUniString& proffile, const ZnUniS
   userfile_ = userfile;
   cmdline_ = cmdline;
   usecaches_ = useCaches;
-  ZnUniString error = ReadModificationTime(proffile_, lastchanged_);
+  ZnUniString error = LookAtProfile(profilestate_);
   return error.IsEmpty() ? LoadConfig() : error;
 }
 
@@ -70,6 +63,8 @@ ZnUniString ZnSMBNFSConfig::LoadConfig() {
   ZnUniString profile;
   ZnUniString user;
   if (!ReadText(proffile_, profile)) return "Failed to read from config file: " + proffile_;
+  // Whoever writes a file in place empties it first.
+  if (nfsdb_ && profile.IsEmpty()) return "The config file is empty: " + proffile_;
   ReadText(userfile_, user);  // one that isn't there has nothing to say
 
   const struct {
@@ -87,6 +82,8 @@ ZnUniString ZnSMBNFSConfig::LoadConfig() {
     ZnUniString error = AddLayer(*database, layer.text, warnings);
     if (!error.IsEmpty()) return layer.failure + error;
   }
+  for (const auto& [key, values] : clientsettings_) Merge(*database, key, values);
+  if (nfsdb_) ListLaterChanges(*database, warnings);
   nfsdb_ = std::move(database);
   usercontents_ = user;
   warnings_ = warnings;
@@ -108,14 +105,39 @@ ZnUniString ZnSMBNFSConfig::AddLayer(ZnDatabase& database, const ZnUniString& te
   return {};
 }
 
-ZnUniString ZnSMBNFSConfig::Refresh(bool& changed) {
-  changed = false;
-  int64_t modified = 0;
-  ZnUniString error = ReadModificationTime(proffile_, modified);
-  if (!error.IsEmpty()) return error;
-  changed = modified != lastchanged_;
-  lastchanged_ = modified;
+void ZnSMBNFSConfig::ListLaterChanges(const ZnDatabase& next, ZnDList<ZnUniString>& warnings) {
+  for (const ZnKnownKey& known : ZnKnownKeys()) {
+    if (!known.atstart) continue;
+    const ZnUniString key = known.Full();
+    ZnDList<ZnUniString> before;
+    ZnDList<ZnUniString> after;
+    nfsdb_->ListValues(key, before);
+    next.ListValues(key, after);
+    if (!(before == after)) warnings.Append("The change of " + key + " counts from the next start of the daemon on");
+  }
+}
+
+// A failure gives the reason.
+ZnUniString ZnSMBNFSConfig::LookAtProfile(FileState& state) {
+  ZnByteBuffer hostpath = proffile_.AsEncoding(ZnSysEncoding::filesystem, ZnSysEncoding::filesystemopt);
+  struct stat facts {};
+  state = {};
+  if (stat(reinterpret_cast<const char*>(hostpath.Data()), &facts) != 0) {
+    return "Failed to stat() configuration file: " + proffile_ + "\n" + strerror(errno);
+  }
+  state = {facts.st_dev, facts.st_ino, facts.st_size, Nanoseconds(facts.st_mtim), Nanoseconds(facts.st_ctim)};
   return {};
+}
+
+ZnUniString ZnSMBNFSConfig::Refresh(bool& changed, bool anyway) {
+  changed = std::exchange(clientchanged_, false);
+  FileState state;
+  ZnUniString error = LookAtProfile(state);
+  const bool another = std::exchange(profilestate_, state) != state;
+  if (!another && !anyway) return {};
+  if (error.IsEmpty()) error = LoadConfig();
+  if (error.IsEmpty()) changed = true;
+  return error;
 }
 
 const ZnUniString& ZnSMBNFSConfig::UserKeys() {
@@ -131,5 +153,6 @@ void ZnSMBNFSConfig::FlushRecords() {
 
 void ZnSMBNFSConfig::CleanUp() {
   nfsdb_.reset();
+  clientsettings_.clear();
   FlushRecords();
 }

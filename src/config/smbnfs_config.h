@@ -26,11 +26,14 @@ class ZnSMBNFSConfig {
   // in a number is refused as a whole, with the place of the mistake.
   static ZnUniString Initialise(const ZnUniString& proffile, const ZnUniString& userfile, const ZnUniString& cmdline,
                                 bool useCaches);
-  // What whoever wrote the texts should know, a line each: keys that nobody reads.
+  // What whoever wrote the texts should know, a line each: keys that nobody reads, and, once the texts were read again,
+  // changes that count from the next start on.
   static const ZnDList<ZnUniString>& Warnings() { return warnings_; }
-  // Whether the configuration changed since the last look: the profile's time of modification did, or SetClientConfig
-  // was called. Nothing is read: it is the sign for sessions to load their records again.
-  static ZnUniString Refresh(bool& changed);
+  // Reads the texts again if the profile's file isn't what it was at the last look, or `anyway`. `changed` tells
+  // whether the configuration is another one now, by what was read or by SetClientConfig since the last call. A file
+  // that can't be read or has a mistake changes nothing, and its failure is given once. What clients have set stays
+  // set.
+  static ZnUniString Refresh(bool& changed, bool anyway = false);
   // Back to the state before Initialise.
   static void CleanUp();
 
@@ -66,6 +69,8 @@ class ZnSMBNFSConfig {
 
   // The records. Fields are stored as they are read, so that after a failure some of an old record may be left.
   static ZnUniString LoadServer(ZnSMBNFSServerConfig& config);
+  // Brings those fields up to date that count while the daemon runs.
+  static void LoadServerAgain(ZnSMBNFSServerConfig& config);
   static ZnUniString LoadUserConfig(const ZnUniString& user, ZnSMBNFSUserConfig& config);
   static ZnUniString LoadMachineConfig(const ZnUniString& user, const ZnUniString& machine,
                                        ZnSMBNFSMachineConfig& config);
@@ -79,7 +84,8 @@ class ZnSMBNFSConfig {
 
   // The user's own entries of the user file, as text. Gives an empty text.
   static ZnUniString GetClientConfig(const ZnUniString& user, ZnUniString& text);
-  // Merges entries that a user's client sends into the running configuration; files stay as they are. Either all of
+  // Merges entries that a user's client sends into the running configuration, where they stay until the daemon ends;
+  // files stay as they are. Either all of
   // them are taken, and the result is "S:", the user, ":", the user's directory below the mount point, ":", the path of
   // the error file; or none, and the result says why.
   static ZnUniString SetClientConfig(const ZnUniString& user, const ZnUniString& text);
@@ -95,11 +101,23 @@ class ZnSMBNFSConfig {
   template <class Record>
   using Records = std::unordered_map<ZnUniString, Record>;
 
+  // What tells one state of a file from another, as far as that can be told without reading it. All zero: no file.
+  struct FileState {
+    uint64_t device = 0, inode = 0;
+    int64_t size = 0, modified = 0, changed = 0;  // times in nanoseconds
+    bool operator==(const FileState&) const = default;
+  };
+  static ZnUniString LookAtProfile(FileState& state);
+
   // The prefix of all keys of users.
   static const ZnUniString& UserKeys();
   static ZnUniString LoadConfig();
+  // What of a new configuration counts from the next start on only.
+  static void ListLaterChanges(const ZnDatabase& next, ZnDList<ZnUniString>& warnings);
   // Adds the text of a layer; a failure gives the reason and adds nothing of it.
   static ZnUniString AddLayer(ZnDatabase& database, const ZnUniString& text, ZnDList<ZnUniString>& warnings);
+  // Puts what a client has set into a database.
+  static void Merge(ZnDatabase& database, const ZnUniString& key, const ZnDList<ZnUniString>& values);
   static void FlushRecords();
   // Fills `config` from the cache, or by `read`, which gives the reason of a failure.
   template <class Record, class Read>
@@ -120,7 +138,10 @@ class ZnSMBNFSConfig {
   static ZnUniString cmdline_;
   static ZnUniString usercontents_;  // the user file's text
   static ZnDList<ZnUniString> warnings_;
-  static int64_t lastchanged_;  // the profile's time of modification; 0 makes Refresh see a change
+  static FileState profilestate_;  // at the last look
+  static bool clientchanged_;      // SetClientConfig was called since the last Refresh
+  // What clients have set, in order: it is set again on top of texts that were read again.
+  static std::vector<std::pair<ZnUniString, ZnDList<ZnUniString>>> clientsettings_;
 
   // Finished records by the names they are of, joined with slashes; empty without useCaches.
   static bool usecaches_;

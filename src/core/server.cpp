@@ -34,6 +34,7 @@ ZnSMBNFSServer::ZnSMBNFSServer(ZnProcess* process, ZnEventLoopBase* loop, const 
       stop_(this, &ZnSMBNFSServer::SignalCB, 0),
       buserror_(this, &ZnSMBNFSServer::SignalCB, SIGBUS),
       segmentfault_(this, &ZnSMBNFSServer::SignalCB, SIGSEGV),
+      hangup_(this, &ZnSMBNFSServer::HangUpCB),
       cleanup_(this, &ZnSMBNFSServer::TimeoutCallback),
       timer_(loop, &cleanup_) {
   if (config_.roothandle) TakeConfiguredRoot(*config_.roothandle);
@@ -44,7 +45,7 @@ ZnSMBNFSServer::ZnSMBNFSServer(ZnProcess* process, ZnEventLoopBase* loop, const 
 ZnSMBNFSServer::~ZnSMBNFSServer() = default;
 
 void ZnSMBNFSServer::CatchSignals(ZnProcess* process) {
-  process->CatchSignal(SIGHUP, &stop_);
+  process->CatchSignal(SIGHUP, &hangup_);
   process->CatchSignal(SIGTERM, &stop_);
   process->CatchSignal(SIGBUS, &buserror_);
   process->CatchSignal(SIGSEGV, &segmentfault_);
@@ -202,6 +203,11 @@ void ZnSMBNFSServer::CommandEnds(const ZnSMBNFSCommand& command) { duplicates_.E
 
 // --- Signals and the clean-up timer ---
 
+// Whoever sends it has edited the profile, and wants to hear if it can't be used.
+void ZnSMBNFSServer::HangUpCB(ZnCallback<ZnEvent::cbdispatch>*, ZnEvent::cbdispatch) {
+  filesystem_->FollowProfile(true);
+}
+
 void ZnSMBNFSServer::SignalCB(ZnCallback<ZnEvent::cbdispatch>*, ZnEvent::cbdispatch, unsigned code) {
   loop_->ExitEventLoop(static_cast<int>(code));
 }
@@ -212,4 +218,4 @@ void ZnSMBNFSServer::TimeoutCallback(ZnCallback<ZnEvent::cbdispatch>*, ZnEvent::
   ArmCleanUp();
 }
 
-void ZnSMBNFSServer::ArmCleanUp() { timer_.Set(std::chrono::seconds(config_.CleanUpSeconds())); }
+void ZnSMBNFSServer::ArmCleanUp() { timer_.Set(std::chrono::seconds(filesystem_->serverconfig().CleanUpSeconds())); }

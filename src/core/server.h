@@ -67,6 +67,7 @@ class ZnSMBNFSServer : public ZnNFSServer, public ZnSMBNFSCommandHandler {
   void Reply(ZnSMBNFSCommand* command, const ZnSMBNFSProcedure& procedure);
 
   void CatchSignals(ZnProcess* process);
+  void HangUpCB(ZnCallback<ZnEvent::cbdispatch>* callback, ZnEvent::cbdispatch value);
   void SignalCB(ZnCallback<ZnEvent::cbdispatch>* callback, ZnEvent::cbdispatch value, unsigned code);
   void TimeoutCallback(ZnCallback<ZnEvent::cbdispatch>* callback, ZnEvent::cbdispatch value);
   void ArmCleanUp();
@@ -80,6 +81,7 @@ class ZnSMBNFSServer : public ZnNFSServer, public ZnSMBNFSCommandHandler {
   ZnDuplicateCache duplicates_;
   ZnCallKey call_;  // the one that HandleRpcMessage is at
   SignalCallback stop_, buserror_, segmentfault_;
+  ZnSimpleCallback<ZnEvent::cbdispatch, ZnSMBNFSServer> hangup_;
   ZnSimpleCallback<ZnEvent::cbdispatch, ZnSMBNFSServer> cleanup_;
   ZnTimer timer_;
 };

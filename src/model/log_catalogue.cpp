@@ -130,3 +130,10 @@ void Log406(const ZnUniString& reason) {
 }
 
 void Log407(const ZnUniString& warning) { WriteError(kNotice, " config/profile/warning\n", warning); }
+
+void Log408() { WriteError(kNotice, " config/profile/read"); }
+
+void Log409(const ZnUniString& reason) {
+  WriteError(kError, " config/profile/failure\n",
+             "The profile can't be used as it is now; what was read before goes on to count.\n", ZnError(reason));
+}

@@ -49,3 +49,5 @@ void Log404(const ZnUniString& machine, const ZnUniString& reason);
 void Log405(const ZnUniString& share, const ZnUniString& machine, const ZnUniString& reason);
 void Log406(const ZnUniString& reason);
 void Log407(const ZnUniString& warning);  // what looks like a mistake in the profile, and ends nothing
+void Log408();                            // an edited profile counts from now on
+void Log409(const ZnUniString& reason);   // an edited profile can't be used

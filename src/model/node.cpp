@@ -39,10 +39,3 @@ void OutOfDate(ZnSMBNFSNode* node, bool contents) {
 void NeedsUpdate(ZnSMBNFSNode* node) {
   ForEachBelow(node, [](ZnSMBNFSNode* each) { OutOfDate(each, true); });
 }
-
-void ClearNode(ZnSMBNFSNode* node) {
-  ForEachBelow(node, [](ZnSMBNFSNode* each) {
-    each->tree = nullptr;
-    each->file = nullptr;
-  });
-}

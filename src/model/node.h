@@ -83,5 +83,3 @@ class ZnSMBNFSNode : public ZnReferable, public ZnInSlab<ZnSMBNFSNode> {
 void OutOfDate(ZnSMBNFSNode* node, bool contents);
 // The same for a node and everything below it.
 void NeedsUpdate(ZnSMBNFSNode* node);
-// Forgets the open files and trees of a node and everything below it: they went with their connection.
-void ClearNode(ZnSMBNFSNode* node);

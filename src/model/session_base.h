@@ -38,16 +38,9 @@ class ZnSMBNFSSessionBase {
   // connected.
   virtual unsigned serverclass() const = 0;
 
-  // The profile changed: machine and share records are loaded again before their next use.
-  void NeedsConfigReload(bool reload) {
-    needsreload = reload;
-    for (auto& tree : trees) tree->needsreload = reload;
-  }
-
   ZnSMBNFSNode* machinenode = nullptr;  // owns this session
   ZnSMBNFSMachineConfig config;         // a copy
-  bool needsreload = false;
-  ZnMoment lastactivity;  // last command queued or finished, clean-ups excepted
+  ZnMoment lastactivity;                // last command queued or finished, clean-ups excepted
   std::list<std::unique_ptr<ZnSMBNFSTree>> trees;
   std::list<std::unique_ptr<ZnSMBNFSFile>> files;  // open on the server, oldest first
   ZnSMBNFSHandleDictionary handles;                // owns the nodes of level 4 and deeper

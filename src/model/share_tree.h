@@ -8,8 +8,7 @@ class ZnSMBNFSNode;
 
 struct ZnSMBNFSTree : ZnSMBCTreeObject {
   ZnSMBNFSNode* node = nullptr;  // the share node; null once that was pruned
-  ZnSMBNFSShareConfig config;    // a copy: edits of the profile reach it by reload
+  ZnSMBNFSShareConfig config;    // a copy, brought up to date when the profile was read again
   bool connected = false;
-  bool needsreload = false;
   bool closing = false;  // the session disconnects it on its next clean-up
 };

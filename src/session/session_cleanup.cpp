@@ -25,8 +25,7 @@ bool ZnSMBNFSSession::CleanUp() {
   if (IsQuiet() && HasPassed(lastactivity, std::max(config.sessiontimeout, 1))) {
     if (!queue_.IsEmpty()) EndCleanUp(*queue_.Head());
     DropConnection();
-    ClearNode(machinenode);
-    trees.clear();
+    DropClosingTrees();
     return true;
   }
   const bool closing = std::any_of(trees.begin(), trees.end(), [](auto& tree) { return tree->closing; });

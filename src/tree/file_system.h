@@ -64,7 +64,10 @@ class ZnSMBNFSFileSystem : public ZnSMBNFSSessionHost {
   bool ValidateName(ZnSMBNFSNode* directory, const ZnUniString& name, const ZnSMBNFSShareConfig& config,
                     const ZnSMBNFSNode* besides = nullptr);
 
-  // --- Keeping the tree up to date (refresh_*.cpp) ---
+  // --- Keeping the tree up to date (refresh_*.cpp, follow_profile.cpp) ---
+  // Reads the profile again if it was edited, or `anyway`, and brings what is in the tree in line with it. Nodes may
+  // go.
+  void FollowProfile(bool anyway);
   void BUpdateNodeContents(ZnSMBNFSCommand* command);
   void NBUpdateUserList(ZnSMBNFSCommand* command);
   void NBUpdateMachineList(ZnSMBNFSCommand* command);
@@ -158,7 +161,11 @@ class ZnSMBNFSFileSystem : public ZnSMBNFSSessionHost {
   void Ask(ZnSMBNFSCommand* command, ZnSMBNFSEnum::SessionCommand what);
   // Whether the command's attributes go to the server the old way, in two calls.
   bool SetsOldWay(ZnSMBNFSNode* node);
-  void UpdateUser(ZnSMBNFSNode* node, const ZnUniString& name);
+  // False if the record doesn't load.
+  bool UpdateUser(ZnSMBNFSNode* node, const ZnUniString& name);
+  void FollowUser(ZnSMBNFSNode* node);
+  void FollowMachine(ZnSMBNFSNode* node);
+  void FollowShare(ZnSMBNFSNode* node, const ZnSMBNFSMachineConfig& machine);
   void UpdateKnownMachines(ZnSMBNFSNode* usernode);
   void UpdateMachine(ZnSMBNFSNode* usernode, const ZnUniString& name);
   void LimitLookedUpMachines(ZnSMBNFSNode* usernode, const std::unordered_set<ZnUniString>& configured);

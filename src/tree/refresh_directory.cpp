@@ -12,12 +12,6 @@ void ZnSMBNFSFileSystem::BUpdateDirList(ZnSMBNFSCommand* command) {
   if (!node->IsDirectory()) return SendError(command, ZnNFSEnum::NFSERR_NOTDIR);
   ZnSMBNFSTree* tree = GetTree(node.Get());
   if (!tree) return SendError(command, ZnNFSEnum::NFSERR_ACCES);
-  if (tree->needsreload) {
-    // Loaded again at each step from now on: the flag stays. After an error the old record goes on as far as the load
-    // got.
-    ZnUniString error = ZnSMBNFSConfig::LoadShareConfig(node->user, node->machine, node->share, tree->config);
-    if (!error.IsEmpty()) Log405(node->share, node->machine, error);
-  }
   if (ZnIsFresh(node->contentstime, tree->config.contentsttl)) return Continue(command);
   GetSession(node.Get())->Request(command, ZnSMBNFSEnum::SCRequestDirs);
 }

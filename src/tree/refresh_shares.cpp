@@ -14,12 +14,6 @@ void ZnSMBNFSFileSystem::BUpdateShareList(ZnSMBNFSCommand* command) {
     command->sessionstatus = ZnSMBNFSEnum::SSTError;
     return CBUpdateShareList(command);
   }
-  if (session->needsreload) {
-    // Loaded again at each step from now on: the flag stays.
-    ZnUniString error = ZnSMBNFSConfig::LoadMachineConfig(node->user, node->machine, session->config);
-    OutOfDate(node, true);
-    if (!error.IsEmpty()) Log404(node->machine, error);
-  }
   if (ZnIsFresh(node->contentstime, session->config.sharesttl)) return Continue(command);
   session->Request(command, ZnSMBNFSEnum::SCRequestShares);
 }

@@ -1,4 +1,4 @@
-// Level 1: users, from the configuration. This is also where a changed profile is noticed.
+// Level 1: users, from the configuration. An edited profile is noticed here, at the levels that it makes.
 
 #include "config/smbnfs_config.h"
 #include "model/log_catalogue.h"
@@ -6,6 +6,7 @@
 #include "tree/nfs_time.h"
 
 void ZnSMBNFSFileSystem::BUpdateNodeContents(ZnSMBNFSCommand* command) {
+  if (command->node && !command->node->sharenode) FollowProfile(false);
   ZnSMBNFSNode* node = command->node.Get();
   if (!node) return SendError(command, ZnNFSEnum::NFSERR_STALE);
   if (node->IsRoot()) return NBUpdateUserList(command);
@@ -15,21 +16,14 @@ void ZnSMBNFSFileSystem::BUpdateNodeContents(ZnSMBNFSCommand* command) {
 }
 
 void ZnSMBNFSFileSystem::NBUpdateUserList(ZnSMBNFSCommand* command) {
-  bool changed = false;
-  ZnUniString error = ZnSMBNFSConfig::Refresh(changed);
-  if (!error.IsEmpty()) Log400(error);
-  if (changed && error.IsEmpty()) {
-    for (ZnSMBNFSSessionBase* session : sessions()) session->NeedsConfigReload(true);
-  }
-  if (!changed && root_->contentstime != ZnMoment{}) return Continue(command);
+  if (root_->contentstime != ZnMoment{}) return Continue(command);
 
   ZnDList<ZnUniString> users;
-  error = ZnSMBNFSConfig::ListUsers(users);
+  ZnUniString error = ZnSMBNFSConfig::ListUsers(users);
   if (!error.IsEmpty()) Log400(error);
   PruneMissing(root_.get(), {users.begin(), users.end()});
   for (const ZnUniString& name : users) {
-    auto* child = root_->children.Find(name);
-    if (!child || changed) UpdateUser(child ? child->node : nullptr, name);
+    if (!root_->children.Find(name)) UpdateUser(nullptr, name);
   }
   root_->contentstime = ZnSteadyClock::now();
   root_->attribs.mtime = ZnNfsTime(ZnTimeVal::now());
@@ -37,10 +31,13 @@ void ZnSMBNFSFileSystem::NBUpdateUserList(ZnSMBNFSCommand* command) {
 }
 
 // `node` is the user's, or null for one that isn't in the tree yet.
-void ZnSMBNFSFileSystem::UpdateUser(ZnSMBNFSNode* node, const ZnUniString& name) {
+bool ZnSMBNFSFileSystem::UpdateUser(ZnSMBNFSNode* node, const ZnUniString& name) {
   ZnSMBNFSUserConfig config;
   ZnUniString error = ZnSMBNFSConfig::LoadUserConfig(name, config);
-  if (!error.IsEmpty()) return Log401(error);
+  if (!error.IsEmpty()) {
+    Log401(error);
+    return false;
+  }
   if (!node) {
     node = AddTopNode(root_.get(), name);
     node->user = name;
@@ -48,4 +45,5 @@ void ZnSMBNFSFileSystem::UpdateUser(ZnSMBNFSNode* node, const ZnUniString& name)
   }
   SetTopAttributes(node, config.uid, config.gid, config.unixperms);
   node->userinfo->config = std::move(config);
+  return true;
 }

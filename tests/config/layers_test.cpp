@@ -1,8 +1,8 @@
 #include <sys/stat.h>
-#include <utime.h>
 
 #include <array>
 #include <set>
+#include <tuple>
 
 #include "config/config_fixture.h"
 
@@ -92,20 +92,43 @@ TEST_F(Layers, UnknownKeysAreToldWithTheNearestKnownOne) {
   EXPECT_EQ(ZnSMBNFSConfig::Warnings().Count(), 21U);
 }
 
-TEST_F(Layers, RefreshTellsAChangeOnce) {
-  ASSERT_EQ(Load(""), "");
-  const utimbuf earlier{1000, 1000};
-  utime(Path("profile").c_str(), &earlier);
-  for (const bool expected : {true, false}) {
-    bool changed = !expected;
-    EXPECT_TRUE(ZnSMBNFSConfig::Refresh(changed).IsEmpty());
-    EXPECT_EQ(changed, expected);
+// Each edit is taken over whole or not at all, and told once.
+TEST_F(Layers, RefreshReadsAnEditedProfile) {
+  const std::string key = "[nfsserver/mount/mountpoint={(";
+  ASSERT_EQ(Load(key + "/a)}]"), "");
+  ZnSMBNFSConfig::SetClientConfig("fred", "[nfsserver/shares/smb/fred/pc/port={(77)}]");
+  const std::string profile = Path("profile");
+  const std::tuple<const char*, std::string, std::string, const char*> cases[] = {
+      {"good", key + "/bb)}]", "", "/bb"},
+      {"broken", key + "/ccc)}",
+       "Failed to parse contents of config file: " + profile +
+           "\nError: found \"(EOF)\" at character 37 in line 1 whilst looking for \"]\"",
+       "/bb"},
+      {"out of range", key + "/ddd)}]\n[nfsserver/mount/port={(0)}]",
+       "Failed to parse contents of config file: " + profile +
+           "\nError: the value of nfsserver/mount/port at character 1 in line 2 must be one number from 1 to 65535",
+       "/bb"},
+      {"being written", "", "The config file is empty: " + profile, "/bb"},
+      {"gone", "-", "Failed to stat() configuration file: " + profile + "\nNo such file or directory", "/bb"},
+      {"good again", key + "/eeee)}]", "", "/eeee"},
+  };
+  for (const auto& [what, text, error, value] : cases) {
+    std::filesystem::remove(profile);
+    if (text != "-") Write("profile", text);
+    bool changed = false;
+    EXPECT_EQ(ZnSMBNFSConfig::Refresh(changed).AsUtf8(), error) << what;
+    EXPECT_EQ(changed, error.empty() || std::string(what) == "good") << what;
+    EXPECT_EQ(Global("nfsserver/mount/mountpoint"), value) << what;
+    EXPECT_TRUE(ZnSMBNFSConfig::Refresh(changed).IsEmpty()) << what << ", the second time";
+    EXPECT_FALSE(changed);
+    EXPECT_EQ(ZnSMBNFSConfig::Refresh(changed, true).AsUtf8(), error) << what << ", by command";
   }
-  std::filesystem::remove(Path("profile"));
-  bool changed = true;
-  EXPECT_EQ(ZnSMBNFSConfig::Refresh(changed).AsUtf8(),
-            "Failed to stat() configuration file: " + Path("profile") + "\nNo such file or directory");
-  EXPECT_FALSE(changed);
+  EXPECT_EQ(Value("fred", "pc", "", "/port"), "77") << "what clients have set stays";
+  Write("profile", "[nfsserver/mount/port={(1)}]");
+  bool changed = false;
+  ASSERT_TRUE(ZnSMBNFSConfig::Refresh(changed).IsEmpty());
+  EXPECT_EQ(Joined(ZnSMBNFSConfig::Warnings()),
+            "The change of nfsserver/mount/port counts from the next start of the daemon on");
 }
 
 TEST_F(Layers, UsersAndSharesAreWhatHasKeys) {

@@ -47,6 +47,31 @@ def test_a_server_killed_in_the_middle_of_a_large_write():
         assert gateway.errors() != ""
 
 
+def test_an_edited_profile_begins_anew_what_it_touches():
+    with Gateway({"pc": {}, "other": {}}) as gateway:
+        nfs, profile = gateway.nfs, pathlib.Path(gateway.daemon.folder.name) / "profile"
+        touched, other = (nfs.create(gateway.share(machine), "f", mode=0o644).file for machine in ("pc", "other"))
+
+        def edit(text):
+            (profile.parent / "new").write_text(text)
+            (profile.parent / "new").rename(profile)
+            nfs.readdir(gateway.root)
+
+        text = profile.read_text()
+        before = {name: peer.serving() for name, peer in gateway.peers.items()}
+        edit(text + "# nothing new\n")
+        nfs.write(touched, 0, b"one")
+        for account in ("nobody", "tester"):
+            edit(text + f"[nfsserver/shares/smb/{UNIX_USER}/pc/winname={{({account})}}]\n")
+            assert status(nfs.getattr, touched) == 70
+            nfs.write(other, 0, account.encode())
+            assert gateway.peers["other"].serving() == before["other"]
+            assert (status(nfs.lookup, gateway.share(), "f") == 0) == (account == "tester")
+        assert gateway.peers["pc"].serving() != before["pc"]
+        assert (gateway.disk() / "f").read_bytes() == b"one"
+        assert (gateway.disk("other") / "f").read_bytes() == b"tester"
+
+
 def test_a_server_that_stops_for_a_while():
     """Calls to it fail when their time is up, other machines don't notice, and then all is as before."""
     settings = f"[{{user}}/*/smbtimeout={{({TIMEOUT})}}]\n[{{user}}/*/*/attribttl={{(0)}}]\n"

@@ -88,8 +88,7 @@ def test_daemon_leads_its_own_session_and_ignores_some_signals():
         assert exit_code_after(pid, signal.SIGTERM) == 0
 
 
-@pytest.mark.parametrize("number, code", [(signal.SIGTERM, 0), (signal.SIGHUP, 0), (signal.SIGBUS, 7),
-                                          (signal.SIGSEGV, 11)])
+@pytest.mark.parametrize("number, code", [(signal.SIGTERM, 0), (signal.SIGBUS, 7), (signal.SIGSEGV, 11)])
 def test_signals_that_end_it(number, code):
     with Daemon() as daemon:
         assert exit_code_after(daemon.pid, number) == code
@@ -99,6 +98,44 @@ def test_signals_that_end_it(number, code):
     else:
         assert last.startswith("\nHalden(5.60.514) FATAL ERROR: \n")
         assert last.endswith(f" nfssmb/process/exit\nCaught a fatal signal: {code}\n")
+
+
+def test_an_edited_profile_counts_without_a_restart():
+    """When a user lists the mount point, and on SIGHUP; one with a mistake changes nothing and is told."""
+    path = "[nfsserver/shares/smb/{}/unixname={{(root)}}]\n".format
+    with Daemon(path("ann")) as daemon, daemon.client() as client:
+        file = pathlib.Path(daemon.folder.name) / "profile"
+
+        def edit(text):
+            (file.parent / "new").write_text(text)
+            (file.parent / "new").rename(file)
+
+        def users():
+            return {entry.name for entry in client.readdir(root, 0, 4096).entries} - {".", ".."}
+
+        def log_after(wanted):
+            for _ in range(500):
+                if wanted in daemon.log.read_text():
+                    return
+                time.sleep(0.01)
+            pytest.fail(daemon.log.read_text())
+
+        root, start = bytes(32), file.read_text()
+        client.getattr(root)
+        assert users() == {"ann"}
+        edit(start + path("bob"))
+        assert users() == {"ann", "bob"}
+        edit(start + path("cyd") + "[oops\n")
+        assert users() == {"ann", "bob"}
+        log_after('Error: found "(EOF)" at character 1 in line 6 whilst looking for "="')
+        edit(start + path("cyd") + "[nfsserver/shares/smb/cyd/machinename={(pc)}]\n")
+        os.kill(daemon.pid, signal.SIGHUP)
+        log_after("the nearest known one is nfsserver/shares/smb/cyd/machinenames")
+        assert users() == {"ann", "cyd"}
+        edit(start.replace(str(daemon.port), "0"))
+        os.kill(daemon.pid, signal.SIGHUP)
+        log_after("the value of nfsserver/mount/port at character 1 in line 1 must be one number from 1 to 65535")
+        assert users() == {"ann", "cyd"}
 
 
 def test_signal_sent_as_soon_as_the_parent_has_gone_is_not_lost(profile, logs):

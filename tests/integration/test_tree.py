@@ -80,16 +80,17 @@ def test_all_of_it_is_walked_and_its_handles_stay(nfs):
     assert all(nfs.getattr(handle).fileid == fileid for handle, fileid in found.values())
 
 
-def test_a_changed_profile_changes_nothing_that_runs(daemon, nfs):
-    """It makes the daemon go through its lists again, but the text counts from the next start on."""
+def test_what_an_edited_profile_does_not_touch_stays(daemon, nfs):
     found = explore(nfs)
     file = daemon.logs.parent / "profile"
-    for change in (lambda: file.write_text("[nfsserver/shares/smb/new/machinenames={(pc)}]\n"),
-                   lambda: file.write_text("[broken\n"), file.unlink):
-        assert "config" not in daemon.log.read_text()
+    text = file.read_text()
+    for change, said in ((lambda: file.write_text(text + "[nfsserver/server/cleanupdelay={(3)}]\n"), "profile/read"),
+                         (lambda: file.write_text("[broken\n"), "Failed to parse contents of config file: "),
+                         (file.unlink, "Failed to stat() configuration file: ")):
+        assert said not in daemon.log.read_text()
         change()
         assert explore(nfs) == found
-    assert "Failed to stat() configuration file: " in daemon.log.read_text()
+        assert daemon.log.read_text().count(said) == 1
 
 
 def test_a_wildcard_brings_machines_on_look_up(nfs):

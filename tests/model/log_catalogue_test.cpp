@@ -20,7 +20,8 @@ const std::vector<std::pair<const char*, std::vector<std::pair<std::string, void
      {{"nfssmb/process/start", [] { Log001(); }},
       {"nfssmb/process/restart", [] { Log002(); }},
       {"nfssmb/process/stop", [] { Log003(); }},
-      {"config/profile/warning\nW", [] { Log407("W"); }}}},
+      {"config/profile/warning\nW", [] { Log407("W"); }},
+      {"config/profile/read", [] { Log408(); }}}},
     {"2026/11/23 02:18:31.042\tcl42\t\nHalden(5.60.514) ERROR:\n ",
      {{"nfssmb/init/failure\nFailed to initialise the server: R", [] { Log007("R"); }},
       {"nfssmb/initsec/failure\nFailed to initialise the security.\nMake sure the security config key is set to a "
@@ -51,6 +52,8 @@ const std::vector<std::pair<const char*, std::vector<std::pair<std::string, void
        [] { Log404("M\n", "R\nS\r"); }},
       {"config/tree/failure\nFailed to connect to share S on M because of bad configuration.\nR",
        [] { Log405("S", "M", "R"); }},
+      {"config/profile/failure\nThe profile can't be used as it is now; what was read before goes on to count.\nR",
+       [] { Log409("R"); }},
       {"config/controller/failure\nBad configuration for controller: R", [] { Log406("R"); }}}},
     {"2026/11/23 02:18:31.042\tcl42\t\nHalden(5.60.514) FATAL ERROR: \nThe program has encountered an error that means "
      "it cannot continue.\nIt will now exit. A technical description is given below to help\nestablish the cause.\n ",

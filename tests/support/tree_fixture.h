@@ -28,7 +28,11 @@ class TestProfile {
     std::filesystem::remove_all(folder_);
   }
   std::string Path() const { return folder_ + "/profile"; }
-  void Write(const std::string& text) const { std::ofstream(Path()) << text; }
+  // Puts it in place whole, as another file: a clock that ticks slowly doesn't hide the change.
+  void Write(const std::string& text) const {
+    std::ofstream(Path() + ".new") << text;
+    std::filesystem::rename(Path() + ".new", Path());
+  }
 
   // A user's machine with these shares; all accounts are root's.
   static std::string Machine(const std::string& user, const std::string& machine,
