@@ -1,6 +1,6 @@
 #pragma once
-// What is worked out about a directory's children as a whole when a look-up or a listing first asks for it, and thrown
-// away when a child comes or goes.
+// What is worked out about a directory's children as a whole when a look-up first asks for it, and thrown away when a
+// child comes or goes.
 
 #include <optional>
 #include <vector>
@@ -25,8 +25,7 @@ struct ZnSMBNFSDirectoryIndex {
   explicit ZnSMBNFSDirectoryIndex(const ZnSMBNFSChildren& entries);
 
   std::vector<Child> children;  // in the order of the directory
-  // Places among the children; of children with one id or form, the first's. Each is made when it is first asked for.
-  std::optional<ZnPlaceIndex> ids;
+  // Places among the children; of children with one form, the first's. Each is made when it is first asked for.
   std::optional<Matching> matching;  // of the forms
   std::optional<ZnPlaceIndex> shown_forms;
   std::optional<ZnPlaceIndex> long_forms;

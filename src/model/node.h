@@ -8,6 +8,7 @@
 
 #include <memory>
 
+#include "model/children.h"
 #include "model/handle.h"
 #include "runtime/clock.h"
 #include "runtime/dictionary.h"
@@ -24,19 +25,6 @@ struct ZnSMBNFSFile;
 struct ZnSMBNFSTree;
 
 using ZnSMBNFSHandleDictionary = ZnDictionary<ZnSMBNFSHandle, std::unique_ptr<ZnSMBNFSNode>>;
-
-// A directory's reference to a child, with what goes through all children needs: looking into each node would take much
-// longer.
-struct ZnSMBNFSChild {
-  ZnSMBNFSChild(ZnSMBNFSNode* child, uint32_t childid) : node(child), id(childid) {}
-  operator ZnSMBNFSNode*() const { return node; }  // NOLINT(google-explicit-constructor): stands for the node
-  ZnSMBNFSNode* operator->() const { return node; }
-
-  ZnSMBNFSNode* node;
-  uint32_t id;           // the node's file id
-  uint32_t listing = 0;  // number of the last listing that held the entry
-};
-using ZnSMBNFSChildren = ZnDictionary<ZnUniString, ZnSMBNFSChild>;
 
 class ZnSMBNFSNode : public ZnReferable, public ZnInSlab<ZnSMBNFSNode> {
  public:

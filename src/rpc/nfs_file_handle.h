@@ -15,6 +15,4 @@ struct ZnNFSFileHandle : ZnXdrRecord<ZnNFSFileHandle> {
     return io.Raw(bytes.data(), kSize);
   }
   bool operator==(const ZnNFSFileHandle&) const = default;
-  // h = 9 * h + byte, the hash that dictionaries keep their order by.
-  uint32_t HashValue() const { return ZnHashBytes(bytes.data(), kSize); }
 };

@@ -158,12 +158,3 @@ bool ZnByteBuffer::operator==(const ZnByteBuffer& other) const {
 bool ZnByteBuffer::_equal(const ZnByteBuffer& other) const {
   return Length() == 0 || memcmp(Data(), other.Data(), Length()) == 0;
 }
-
-uint32_t ZnByteBuffer::HashValue() const { return ZnHashBytes(Data(), Length()); }
-
-uint32_t ZnHashBytes(const void* bytes, size_t length) {
-  const auto* p = static_cast<const uint8_t*>(bytes);
-  uint32_t hash = 0;
-  for (size_t i = 0; i < length; i++) hash = 9 * hash + p[i];
-  return hash;
-}

@@ -62,11 +62,7 @@ class ZnByteBuffer {
   bool operator==(const ZnByteBuffer& other) const;
   // Compares this buffer's Length() bytes with the other's, which must be at least as long.
   bool _equal(const ZnByteBuffer& other) const;
-  // h = 9 * h + byte over all bytes, from 0.
-  uint32_t HashValue() const;
 
  private:
   ZnByteBufferRep* rep_ = nullptr;
 };
-
-uint32_t ZnHashBytes(const void* bytes, size_t length);

@@ -1,10 +1,7 @@
 #pragma once
-// Contract. Hash table whose order of iteration is part of the daemon's behaviour: buckets in order, and in each bucket
-// the order of insertion. It starts with 4 buckets and a limit of 12 entries; an insertion at the limit first
-// multiplies both by 4 and re-inserts every entry, walking the old buckets in order. It never shrinks.
-//
-// Finding, inserting and removing don't depend on the length of a bucket, so names chosen to collide cost nothing
-// extra.
+// Contract. Hash table that is gone through in the order of insertion, and in which no operation takes long however
+// many entries there are: it grows by one slot with each insertion, dividing one other slot's keys with it (linear
+// hashing), instead of entering everything anew now and then. It never shrinks.
 
 #include <bit>
 #include <cstddef>
@@ -17,15 +14,8 @@
 
 #include "runtime/slab.h"
 
-template <class K>
-struct ZnDictionaryHash {
-  // The order's hash: the key's own HashValue.
-  static uint32_t Order(const K& key) { return key.HashValue(); }
-};
-
-// K has HashValue(), operator== and std::hash. Iterators and pointers to values stay good until their own entry is
-// removed or the table is rebuilt by an insertion. An empty dictionary that never held anything is one null pointer:
-// every file of the tree has one.
+// K has operator== and std::hash. Iterators and pointers to entries stay good until their own entry is removed. An
+// empty dictionary that never held anything is one null pointer: every file of the tree has one.
 template <class K, class V>
 class ZnDictionary {
  public:
@@ -42,76 +32,67 @@ class ZnDictionary {
   ZnDictionary& operator=(ZnDictionary&&) noexcept = default;
   ~ZnDictionary() { Flush(); }
 
-  // False, storing nothing, when an equal key is there. A full table is rebuilt before the key is looked for.
-  bool Insert(K key, V value) {
+  // The new entry; null, storing nothing, when an equal key is there.
+  const Entry* Add(K key, V value) {
     if (!table_) table_ = std::make_unique<Table>();
-    if (table_->count >= Limit()) RebuildTable();
     const uint32_t hash = HashOf(key);
-    if (FindNode(key, hash)) return false;
-    Link(new Node(std::move(key), std::move(value), hash));
+    if (FindNode(key, hash)) return nullptr;
+    if (table_->count >= table_->slots.size()) AddSlot();
+    Node* node = new Node(std::move(key), std::move(value), hash);
+    EnterSlot(node);
+    node->previous = table_->last;
+    (table_->last ? table_->last->next : table_->first) = node;
+    table_->last = node;
     table_->count++;
-    return true;
+    return &node->entry;
+  }
+  bool Insert(K key, V value) { return Add(std::move(key), std::move(value)) != nullptr; }
+  const Entry* FindEntry(const K& key) const {
+    const Node* node = table_ ? FindNode(key, HashOf(key)) : nullptr;
+    return node ? &node->entry : nullptr;
   }
   V* Find(const K& key) {
-    const Node* node = FindNode(key);
-    return node ? &node->entry.value : nullptr;
+    const Entry* entry = FindEntry(key);
+    return entry ? &entry->value : nullptr;
   }
   const V* Find(const K& key) const { return const_cast<ZnDictionary*>(this)->Find(key); }
   bool Remove(const K& key) {
-    Node* node = FindNode(key);
-    if (node) Drop(node);
-    return node != nullptr;
-  }
-  // Removes the entries that `goes` picks, in less time than one by one.
-  template <class Goes>
-  void RemoveIf(Goes goes) {
-    for (size_t bucket = 0; table_ && bucket < table_->buckets.size(); bucket++) {
-      Node* last = table_->buckets[bucket];
-      for (Node* node = last ? last->next : nullptr; node;) {
-        Node* going = std::exchange(node, node == last ? nullptr : node->next);
-        if (goes(std::as_const(going->entry))) Drop(going);
-      }
-    }
+    Node* node = table_ ? FindNode(key, HashOf(key)) : nullptr;
+    if (!node) return false;
+    LeaveSlot(node);
+    (node->previous ? node->previous->next : table_->first) = node->next;
+    (node->next ? node->next->previous : table_->last) = node->previous;
+    table_->count--;
+    delete node;  // the value may look at this dictionary while it dies
+    return true;
   }
   void Flush() {
     if (!table_) return;
-    std::vector<Node*> dying(table_->buckets.size());
-    dying.swap(table_->buckets);
-    table_->slots.assign(table_->slots.size(), nullptr);
-    table_->count = 0;
-    for (Node* last : dying) {
-      if (!last) continue;
-      for (Node* node = std::exchange(last->next, nullptr); node;) delete std::exchange(node, node->next);
-    }
+    Node* dying = table_->first;
+    *table_ = Table();
+    while (dying) delete std::exchange(dying, dying->next);
   }
   size_t Count() const { return table_ ? table_->count : 0; }
   bool IsEmpty() const { return Count() == 0; }
-  size_t BucketCount() const { return table_ ? table_->buckets.size() : kFirstBuckets; }
-  size_t Limit() const { return BucketCount() * kEntriesPerBucket; }
 
-  Iterator begin() const { return Iterator(this, 0); }
-  Iterator end() const { return Iterator(this, BucketCount()); }
+  Iterator begin() const { return Iterator(table_ ? table_->first : nullptr); }
+  Iterator end() const { return Iterator(nullptr); }
 
  private:
-  static constexpr size_t kFirstBuckets = 4, kEntriesPerBucket = 3, kGrowth = 4;
-  static constexpr size_t kAhead = 8;
-  static constexpr size_t kFirstSlots = std::bit_ceil(kFirstBuckets * kEntriesPerBucket);
+  static constexpr size_t kFirstSlots = 8;
 
-  // An entry between its neighbours in the bucket, which are a ring, and before the next in its slot.
   struct Node : ZnInSlab<Node> {
-    Node(K k, V v, uint32_t h)
-        : entry{std::move(k), std::move(v)}, order(ZnDictionaryHash<K>::Order(entry.key)), hash(h) {}
+    Node(K k, V v, uint32_t h) : entry{std::move(k), std::move(v)}, hash(h) {}
     Entry entry;
-    const uint32_t order;
     const uint32_t hash;
-    Node* previous = this;
-    Node* next = this;
-    Node* chain = nullptr;
+    Node* previous = nullptr;  // by insertion
+    Node* next = nullptr;
+    Node* chain = nullptr;  // in the slot
   };
-  // Of a large table each of these is memory of its own to wait for, so they are small: a bucket is its last entry.
   struct Table {
-    std::vector<Node*> buckets = std::vector<Node*>(kFirstBuckets);  // what the order follows
-    std::vector<Node*> slots = std::vector<Node*>(kFirstSlots);      // what finds a key, by a better hash
+    std::vector<Node*> slots = std::vector<Node*>(kFirstSlots);
+    Node* first = nullptr;
+    Node* last = nullptr;
     size_t count = 0;
   };
 
@@ -124,89 +105,48 @@ class ZnDictionary {
     using pointer = const Entry*;
     using reference = const Entry&;
 
-    Iterator(const ZnDictionary* dictionary, size_t bucket) : dictionary_(dictionary), bucket_(bucket) {
-      EnterBucket();
-    }
+    explicit Iterator(const Node* node) : node_(node) {}
     const Entry& operator*() const { return node_->entry; }
     const Entry* operator->() const { return &node_->entry; }
     Iterator& operator++() {
-      if (node_ != dictionary_->table_->buckets[bucket_]) {
-        node_ = node_->next;
-        return *this;
-      }
-      bucket_++;
-      EnterBucket();
+      node_ = node_->next;
       return *this;
     }
     bool operator==(const Iterator& other) const { return node_ == other.node_; }
 
    private:
-    // Null behind the last entry.
-    void EnterBucket() {
-      node_ = nullptr;
-      const Table* table = dictionary_->table_.get();
-      for (; table && bucket_ < table->buckets.size(); bucket_++) {
-        // Of a large table each entry is memory to wait for: those of buckets to come are asked for meanwhile.
-        if (bucket_ + kAhead < table->buckets.size()) __builtin_prefetch(table->buckets[bucket_ + kAhead]);
-        const Node* last = table->buckets[bucket_];
-        if (!last) continue;
-        node_ = last->next;
-        return;
-      }
-    }
-
-    const ZnDictionary* dictionary_;
-    size_t bucket_;
-    const Node* node_ = nullptr;
+    const Node* node_;
   };
 
  private:
   static uint32_t HashOf(const K& key) { return static_cast<uint32_t>(std::hash<K>()(key)); }
-  Node*& BucketOf(const Node* node) { return table_->buckets[node->order % table_->buckets.size()]; }
-  Node*& SlotOf(uint32_t hash) const { return table_->slots[hash & (table_->slots.size() - 1)]; }
 
-  Node* FindNode(const K& key) const { return table_ ? FindNode(key, HashOf(key)) : nullptr; }
-  Node* FindNode(const K& key, uint32_t hash) const {
-    Node* node = SlotOf(hash);
-    while (node && (node->hash != hash || !(node->entry.key == key))) node = node->chain;
-    return node;
+  // By as many bits of the hash as there are slots; a slot that isn't there yet is still one with that of a bit less.
+  Node*& SlotOf(uint32_t hash) const {
+    std::vector<Node*>& slots = table_->slots;
+    const size_t mask = std::bit_ceil(slots.size()) - 1;
+    const size_t slot = hash & mask;
+    return slots[slot < slots.size() ? slot : slot & mask >> 1];
   }
-
-  // At the end of its bucket.
-  void Link(Node* node) {
-    Node*& last = BucketOf(node);
-    node->previous = last ? last : node;
-    node->next = last ? last->next : node;
-    node->previous->next = node;
-    node->next->previous = node;
-    last = node;
+  void AddSlot() {
+    std::vector<Node*>& slots = table_->slots;
+    const size_t divided = slots.size() - std::bit_floor(slots.size());
+    slots.push_back(nullptr);
+    for (Node* node = std::exchange(slots[divided], nullptr); node;) EnterSlot(std::exchange(node, node->chain));
+  }
+  void EnterSlot(Node* node) {
     Node*& slot = SlotOf(node->hash);
     node->chain = std::exchange(slot, node);
   }
-  void Unlink(Node* node) {
-    Node*& last = BucketOf(node);
-    if (last == node) last = node->previous != node ? node->previous : nullptr;
-    node->previous->next = node->next;
-    node->next->previous = node->previous;
+  void LeaveSlot(const Node* node) {
     Node** place = &SlotOf(node->hash);
     while (*place != node) place = &(*place)->chain;
     *place = node->chain;
   }
-
-  void Drop(Node* node) {
-    Unlink(node);
-    table_->count--;
-    delete node;  // the value may look at this dictionary while it dies
-  }
-
-  void RebuildTable() {
-    std::vector<Node*> old(BucketCount() * kGrowth);
-    old.swap(table_->buckets);
-    table_->slots.assign(table_->slots.size() * kGrowth, nullptr);
-    for (Node* last : old) {
-      if (!last) continue;
-      for (Node* node = std::exchange(last->next, nullptr); node;) Link(std::exchange(node, node->next));
-    }
+  Node* FindNode(const K& key, uint32_t hash) const {
+    Node* node = SlotOf(hash);
+    while (node && (node->hash != hash || !(node->entry.key == key))) node = node->chain;
+    return node;
   }
 
   std::unique_ptr<Table> table_;

@@ -61,7 +61,6 @@ class ZnUniString {
   bool operator==(const char* utf8) const { return *this == ZnUniString(utf8); }
   auto operator<=>(const ZnUniString& other) const { return View() <=> other.View(); }
   bool _equal(const ZnUniString& other) const { return bytes_._equal(other.bytes_); }
-  uint32_t HashValue() const { return bytes_.HashValue(); }
 
   ZnUniString SubString(size_t start, size_t count = kToEnd) const;
   // Positions, or kNotFound.

@@ -165,14 +165,10 @@ void ZnSMBNFSFileSystem::PruneMissing(ZnSMBNFSNode* node, const std::unordered_s
 
 void ZnSMBNFSFileSystem::PruneUnlisted(ZnSMBNFSNode* directory, uint32_t listing) {
   std::vector<ZnSMBNFSNode*> going;
-  directory->children.RemoveIf([&](const auto& child) {
-    if (child.value.listing == listing) return false;
-    going.push_back(child.value);
-    return true;
-  });
-  // As they lie in memory: in the directory's order, each would be waited for. No file or directory has a session that
-  // could take another one along.
-  std::ranges::sort(going);
+  for (const auto& child : directory->children) {
+    if (child.value.listing != listing) going.push_back(child.value);
+  }
+  // No file or directory has a session that could take another one along.
   for (ZnSMBNFSNode* child : going) Prune(child);
 }
 

@@ -1,8 +1,5 @@
-// READDIR pages. An entry's cookie is the file id of the entry after it, 1 for the last, so that the removal of entries
-// that were returned already doesn't disturb a client that goes on.
-
-#include <algorithm>
-#include <span>
+// READDIR pages. An entry's cookie is the file id of the entry after it, 1 for the last. Entries stand in the order of
+// falling ids, so that a client whose next entry has gone goes on at the one behind it.
 
 #include "model/directory_index.h"
 #include "tree/file_system.h"
@@ -34,21 +31,6 @@ class Page {
   size_t room_;
 };
 
-using Index = ZnSMBNFSDirectoryIndex;
-
-// Names that are asked for at a time.
-constexpr size_t kTogether = 16;
-
-// Where the first child with this id stands; behind the last when there is none.
-size_t PlaceOf(uint32_t id, Index& index) {
-  const size_t count = index.children.size();
-  if (!index.ids) {
-    index.ids.emplace(count);
-    for (size_t place = count; place-- > 0;) index.ids->Add(index.children[place].id, place);  // the first child last
-  }
-  return std::min(count, index.ids->Find(id, [&](size_t place) { return index.children[place].id == id; }));
-}
-
 }  // namespace
 
 void ZnSMBNFSFileSystem::FillContents(ZnSMBNFSNode* node, uint32_t cookie, uint32_t count,
@@ -58,21 +40,18 @@ void ZnSMBNFSFileSystem::FillContents(ZnSMBNFSNode* node, uint32_t cookie, uint3
   ZnUniString linkstring = tree ? tree->config.linkstring : ZnUniString();
   Page page(list, count);
 
-  Index& index = ZnIndexOf(node);
-  std::span<const Index::Child> children = index.children;
-  bool begun = cookie == 0 || cookie == node->id;
+  // The root is its own parent: the cookie of its "." leads to "..", or it would lead back.
+  bool begun = cookie == 0 || (cookie == node->id && !node->IsRoot());
   if (begun && !page.Add(node->id, ".", node->parent->id)) return;
   begun = begun || cookie == node->parent->id;
-  if (begun && !page.Add(node->parent->id, "..", children.empty() ? kEndCookie : children.front().id)) return;
-  if (!begun) children = children.subspan(PlaceOf(cookie, index));
-
-  for (size_t i = 0; i < children.size(); i++) {
-    // The names of a large directory lie all over memory: asked for together, they are waited for once.
-    for (const Index::Child& next :
-         children.subspan(i, i % kTogether == 0 ? std::min(kTogether, children.size() - i) : 0))
-      __builtin_prefetch(next.name->View().data());
-    uint32_t nextcookie = i + 1 < children.size() ? children[i + 1].id : kEndCookie;
-    if (!page.Add(children[i].id, ZnShownName(children[i], linkstring), nextcookie)) return;
+  ZnSMBNFSChildren::Falling children(node->children, begun ? UINT32_MAX : cookie);
+  const ZnSMBNFSChildren::Entry* next = children.Next();
+  auto cookie_of_next = [&] { return next ? next->value.id : kEndCookie; };
+  if (begun && !page.Add(node->parent->id, "..", cookie_of_next())) return;
+  while (const ZnSMBNFSChildren::Entry* entry = next) {
+    next = children.Next();
+    const ZnUniString name = ZnShownName({entry->value.id, &entry->key, entry->value}, linkstring);
+    if (!page.Add(entry->value.id, name, cookie_of_next())) return;
   }
   eof = 1;
 }
