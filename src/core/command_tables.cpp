@@ -44,10 +44,15 @@ Outcome FindHandle(FS& filesystem, Command& command) {
   return Call<&FS::NBFindByHandle>(filesystem, command);
 }
 
-// The attributes of what the configuration makes are good even where its contents can't be listed.
+// The attributes of what the configuration makes are good even where its contents can't be listed. A share's are listed
+// by its machine, which may be slow or dead: nobody who asks for attributes waits for that.
 Outcome UpdateTopContents(FS& filesystem, Command& command) {
   if (!command.node) return Refuse(command, ZnNFSEnum::NFSERR_STALE);
   if (!filesystem.serverconfig().paranoidupdate || command.node->IsInside()) return Outcome::GoOn;
+  if (command.node->IsShare()) {
+    filesystem.RefreshShareUnasked(command.node.Get());
+    return Outcome::GoOn;
+  }
   command.tolerant = true;
   return Call<&FS::BUpdateNodeContents>(filesystem, command);
 }

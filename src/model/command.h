@@ -75,6 +75,7 @@ class ZnSMBNFSCommand {
   ZnSMBNFSEnum::SessionStatus sessionstatus = ZnSMBNFSEnum::SSTStart;
   ZnDList<ZnSMBCShareObject> shares;
   ZnDList<ZnSMBCFileObject> files;
+  bool alreadylisted = false;                                 // the directory's contents are good: `files` says nothing
   std::unique_ptr<ZnSMBCFileObject> fileobject, fileobject2;  // of the request in progress
   bool retried = false;                                       // begun again after a stale connection
   bool replacedunknown = false;                               // a rename took the place of what isn't in the tree

@@ -59,6 +59,7 @@ class ZnSMBNFSNode : public ZnReferable, public ZnInSlab<ZnSMBNFSNode> {
   std::unique_ptr<ZnSMBNFSSessionBase> session;  // machine nodes, once needed
   ZnSMBNFSTree* tree = nullptr;                  // share nodes, once needed; the session owns it
   ZnSMBNFSFile* file = nullptr;                  // while open; the session owns it
+  bool refreshing = false;                       // shares: a listing that no call waits for is under way
   ZnSMBNFSHandleDictionary* handles = nullptr;   // where this node's handle is entered
   ZnSMBNFSChildren children;
   std::unique_ptr<ZnSMBNFSDirectoryIndex> index;  // of the children; null until asked for

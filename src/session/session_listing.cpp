@@ -1,6 +1,7 @@
 // Listings: of a machine's shares, of a directory, and of the one entry that is a file.
 
 #include "config/smbnfs_config.h"
+#include "model/age.h"
 #include "model/name_mapping.h"
 #include "session/session.h"
 
@@ -19,8 +20,12 @@ void ZnSMBNFSSession::GetShares(Command& command) {
   host_->CompleteRequest(&command);
 }
 
+// While a command waits for its turn, the one before it may list the same directory.
 void ZnSMBNFSSession::GetDirs(Command& command) {
   const ZnSMBNFSNode& node = *command.node.Get();
+  const ZnSMBNFSTree* tree = TreeOf(command);
+  command.alreadylisted = tree && ZnIsFresh(node.contentstime, tree->config.contentsttl);
+  if (command.alreadylisted) return Advance();
   List(command, node.IsShare() ? node.path : node.path + node.name, "*");
 }
 

@@ -2,9 +2,9 @@
 
 #include <limits>
 
+#include "model/age.h"
 #include "model/name_mapping.h"
 #include "runtime/random.h"
-#include "tree/age.h"
 #include "tree/file_system.h"
 #include "tree/nfs_time.h"
 

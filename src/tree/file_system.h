@@ -76,6 +76,8 @@ class ZnSMBNFSFileSystem : public ZnSMBNFSSessionHost {
   void BUpdateShareList(ZnSMBNFSCommand* command);
   void CBUpdateShareList(ZnSMBNFSCommand* command);
   void BUpdateDirList(ZnSMBNFSCommand* command);
+  // Brings a share's contents up to date, some time, if they aren't. One refresh of a share goes on at a time.
+  void RefreshShareUnasked(ZnSMBNFSNode* share);
   void CBUpdateDirList(ZnSMBNFSCommand* command);
   void BUpdateNode(ZnSMBNFSCommand* command);
   void CBUpdateNode(ZnSMBNFSCommand* command);
@@ -151,6 +153,13 @@ class ZnSMBNFSFileSystem : public ZnSMBNFSSessionHost {
   virtual std::unique_ptr<ZnSMBNFSUserBase> MakeUser();
 
  private:
+  // Hears of the end of refreshes that nobody called.
+  class UnaskedRefreshes : public ZnSMBNFSCommandHandler {
+   public:
+    void HandleCommand(ZnSMBNFSCommand*) override {}
+    void CommandEnds(const ZnSMBNFSCommand& command) override;
+  };
+
   // Why an entry `name` can't be made in `directory`; NFS_OK when it can.
   ZnNFSEnum::Status NameStatus(ZnSMBNFSNode* directory, const ZnUniString& name, const ZnSMBNFSNode* besides = nullptr);
   bool WouldBeLink(ZnSMBNFSNode* directory, const ZnUniString& name);
@@ -197,6 +206,7 @@ class ZnSMBNFSFileSystem : public ZnSMBNFSSessionHost {
   static void SetPaths(ZnSMBNFSNode* directory, ZnSMBNFSNode* node, const ZnSMBNFSShareConfig& config);
 
   ZnSMBNFSCommandHandler* server_;
+  UnaskedRefreshes unasked_;
   ZnEventLoopBase* loop_;
   ZnSMBNFSServerConfig config_;
   ZnNFSFattr baseattribs_;     // template of every node's attributes

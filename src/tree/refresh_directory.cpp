@@ -1,9 +1,9 @@
 // Levels 4 and deeper: the merge of a server's listing into the tree.
 
 #include "config/smbnfs_config.h"
+#include "model/age.h"
 #include "model/log_catalogue.h"
 #include "model/name_mapping.h"
-#include "tree/age.h"
 #include "tree/file_system.h"
 #include "tree/safe_name.h"
 
@@ -14,6 +14,21 @@ void ZnSMBNFSFileSystem::BUpdateDirList(ZnSMBNFSCommand* command) {
   if (!tree) return SendError(command, ZnNFSEnum::NFSERR_ACCES);
   if (ZnIsFresh(node->contentstime, tree->config.contentsttl)) return Continue(command);
   GetSession(node.Get())->Request(command, ZnSMBNFSEnum::SCRequestDirs);
+}
+
+// The refresh is a command that nobody called: it ends where the next step of a call would be.
+void ZnSMBNFSFileSystem::RefreshShareUnasked(ZnSMBNFSNode* share) {
+  ZnSMBNFSTree* tree = GetTree(share);
+  if (!tree || share->refreshing) return;
+  if (ZnIsFresh(share->contentstime, tree->config.contentsttl)) return;
+  share->refreshing = true;
+  auto* command = new ZnSMBNFSCommand(ZnInetAddr(), ZnRPCAuthBlock(), 0, &unasked_);  // its own owner from here on
+  command->node = share;
+  BUpdateDirList(command);
+}
+
+void ZnSMBNFSFileSystem::UnaskedRefreshes::CommandEnds(const ZnSMBNFSCommand& command) {
+  if (command.node) command.node->refreshing = false;
 }
 
 // What can't be listed isn't empty: the call fails, and what was known stays, handles and open files with it. Where the
@@ -48,6 +63,7 @@ void ZnSMBNFSFileSystem::CBUpdateDirList(ZnSMBNFSCommand* command) {
   ZnSMBNFSTree* tree = GetTree(node.Get());
   const bool failed = command->sessionstatus == ZnSMBNFSEnum::SSTError && !IsEmptyTop(*command);
   if (failed || !tree) return RefreshFailed(command);
+  if (command->alreadylisted) return Continue(command);
   struct Shown {
     ZnSMBCFileObject* entry;
     ZnSMBNFSNode* child;  // null when it isn't in the tree yet

@@ -1,8 +1,8 @@
 // Level 3: the shares of a machine, from the configuration.
 
 #include "config/smbnfs_config.h"
+#include "model/age.h"
 #include "model/log_catalogue.h"
-#include "tree/age.h"
 #include "tree/file_system.h"
 #include "tree/nfs_time.h"
 #include "tree/safe_name.h"

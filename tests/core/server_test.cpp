@@ -173,6 +173,34 @@ TEST_F(Server, ARepeatedCallIsServedAnewOrGetsTheSameReplyAgain) {
   ZnSteadyClock::SetClock(nullptr);
 }
 
+// Its machine doesn't answer. What is asked for once isn't asked for again meanwhile, and the end makes room for more.
+TEST_F(Server, AttributesOfAShareDontWaitForItsMachine) {
+  ZnSMBNFSServerConfig config = TracedServer::Config({"_"});
+  config.paranoidupdate = true;
+  TracedServer server(&process_, &loop_, config);
+  Getattr(server, 1, root_);
+  caller_.Reply();
+  ZnNFSFileHandle at = root_;
+  uint32_t xid = 2;
+  for (const char* name : {"u", "m", "S"}) {
+    caller_.Call(server, xid++, 4, ZnNFSDiropargs{{}, at, name});
+    const std::vector<uint32_t> reply = caller_.Reply();
+    for (size_t i = 0; i < sizeof at.bytes; i++) {
+      at.bytes[i] = static_cast<uint8_t>(reply.at(kStatusWord + 1 + i / 4) >> (24 - 8 * (i % 4)));
+    }
+  }
+  ASSERT_EQ(server.filesystem->sessions().size(), 1U);
+  auto* session = static_cast<StandInSession*>(server.filesystem->sessions().front());
+  for (int round = 1; round <= 2; round++) {
+    for (int i = 0; i < 3; i++) {
+      Getattr(server, xid++, at);
+      EXPECT_EQ(caller_.Reply().at(kStatusWord), 0U);
+    }
+    EXPECT_EQ(std::count(session->requests.begin(), session->requests.end(), E::SCRequestDirs), round);
+    session->SendErrors();
+  }
+}
+
 TEST_F(Server, FiltersComeBeforeAllElse) {
   struct Case {
     std::vector<const char*> addresses;

@@ -101,6 +101,33 @@ def test_a_server_that_stops_for_a_while():
         assert "The remote server took too long to respond to a request" in gateway.errors()
 
 
+def test_a_dead_machine_holds_up_one_call_only():
+    """All calls that come meanwhile fail with it, later ones at once; attributes of its shares don't wait for it."""
+    settings = f"[{{user}}/pc/smbtimeout={{({TIMEOUT})}}]\n[{{user}}/pc/*/attribttl={{(0)}}]\n[{{user}}/pc/*/contentsttl={{(0)}}]"
+    with Gateway(settings=settings) as gateway:
+        nfs, peer, share = gateway.nfs, gateway.peers["pc"], gateway.share()
+        file = nfs.create(share, "f", mode=0o644).file
+        peer.signal(signal.SIGSTOP)
+        try:
+            with gateway.daemon.client(**gateway.client_options) as second:
+                began = time.monotonic()
+                waiting = [second.start(100003, 2, 6, file + u32(0, 100, 0)) for _ in range(20)]
+                nfs.getattr(share)
+                assert time.monotonic() - began < TIMEOUT / 2
+                assert [second.finish(xid).u32() for xid in waiting] == [5] * 20
+                assert time.monotonic() - began < 2 * TIMEOUT + 2  # one call's, and one attempt to connect
+            told = len(gateway.errors().splitlines())
+            for _ in range(10):
+                began = time.monotonic()
+                assert (status(nfs.read, file), status(nfs.lookup, share, "f"), status(nfs.getattr, share)) == (5, 5, 0)
+                assert time.monotonic() - began < TIMEOUT / 2
+                time.sleep(0.1)
+            assert len(gateway.errors().splitlines()) == told
+        finally:
+            peer.signal(signal.SIGCONT)
+        assert wait_until(lambda: status(nfs.read, file) == 0, 6)
+
+
 def test_a_short_stop_is_only_waited_for():
     with Gateway() as gateway:
         file = gateway.nfs.create(gateway.share(), "f", mode=0o644).file

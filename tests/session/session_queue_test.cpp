@@ -14,6 +14,19 @@ TEST_F(SessionTest, CommandsAreServedOneAtATimeInOrder) {
   EXPECT_THAT(Asked(), ElementsAre(kNegotiate, kSetup, kTree, kTree, kOpen, kRead, kOpen, kRead, kOpen, kRead));
 }
 
+TEST_F(SessionTest, WhoWaitsForTheSameListingGetsItTogether) {
+  share.tree->config.contentsttl = 10;
+  for (int i = 0; i < 3; i++) Ask(&share, {E::SCRequestDirs});
+  whenComplete = [&](ZnSMBNFSCommand* command) {
+    EXPECT_EQ(command->alreadylisted, !ended.empty());
+    share.contentstime = ZnSteadyClock::now();
+    return false;
+  };
+  Wait();
+  EXPECT_THAT(ended, ElementsAre(0, 0, 0));
+  EXPECT_THAT(Asked(), ElementsAre(kNegotiate, kSetup, kTree, kTree, kTrans2));
+}
+
 TEST_F(SessionTest, AFullQueueDropsCallsLikeLostDatagrams) {
   ZnSMBNFSNode* node = Node("f");
   for (size_t i = 0; i < ZnSMBNFSSession::kMostWaiting + 2; i++) AskRead(node);
