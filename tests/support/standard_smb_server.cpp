@@ -28,7 +28,10 @@ Request WithIds(Request request, unsigned tid, unsigned uid) {
 
 std::vector<std::string> StandardSmbServer::operator()(const Request& request) {
   auto other = replaced.find(request.command);
-  if (other != replaced.end()) return other->second(request);
+  if (other != replaced.end()) {
+    const auto script = other->second;  // it may replace itself
+    return script(request);
+  }
   auto size = static_cast<uint32_t>(content.size());
   switch (request.command) {
     case 0x72:
