@@ -12,7 +12,7 @@ struct ZnSMBNFSMachineConfig {
   ZnUniString machine;
   ZnUniString nbtname;          // never "*" or empty; in the case given
   ZnUniString ipaddress = "*";  // name or address; "*" finds it by the machine's name
-  int32_t port = 139;           // TCP, as configured: may be no port number at all
+  int32_t port = 139;           // TCP
   ZnUniString winname = "*";    // user name on the machine; resolved, never "*" in a loaded record
   ZnUniString domain;
   ZnUniString password;                    // in clear
@@ -20,7 +20,7 @@ struct ZnSMBNFSMachineConfig {
   bool hidedollar = false;
   int32_t dnslookup = 0;            // 0 never, 1 by the look of the name, 2 first
   ZnDList<ZnUniString> sharenames;  // "*" stands for the shares of the configuration
-  int32_t smbtimeout = 10;          // seconds, like those below; any number may be configured
+  int32_t smbtimeout = 10;          // seconds, like those below
   int32_t sessiontimeout = 300;
   int32_t sharesttl = 0;
   int32_t maxopenfiles = 100;

@@ -11,11 +11,11 @@
 #include "runtime/uni_string.h"
 
 struct ZnSMBNFSServerConfig {
-  int32_t port = 4444;  // UDP, as configured: may be no port number at all
+  int32_t port = 4444;  // UDP
   int32_t usercachemode = 1;
   std::optional<std::array<uint8_t, 32>> roothandle;  // of the file system's root; without one the first call brings it
   ZnUniString timezone;
-  int32_t cleanupdelay = 10;  // seconds, as configured
+  int32_t cleanupdelay = 10;  // seconds
   bool paranoidupdate = false;
   bool maximiselimits = false;
   ZnDList<ZnUniString> addresses;  // whose calls are accepted; never empty in a loaded record

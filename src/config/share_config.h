@@ -23,7 +23,7 @@ struct ZnSMBNFSShareConfig {
   int32_t hashchar = 0;
   int32_t hashmethod = 0;
   ZnUniString linkstring;
-  int32_t attribttl = 0;  // seconds; any number may be configured
+  int32_t attribttl = 0;  // seconds
   int32_t contentsttl = 0;
   int32_t openfilettl = 0;
   bool syncwrites = false;
