@@ -29,7 +29,10 @@ class ZnDictionary {
   ZnDictionary(const ZnDictionary&) = delete;
   ZnDictionary& operator=(const ZnDictionary&) = delete;
   ZnDictionary(ZnDictionary&&) noexcept = default;
-  ZnDictionary& operator=(ZnDictionary&&) noexcept = default;
+  ZnDictionary& operator=(ZnDictionary&& other) noexcept {
+    std::swap(table_, other.table_);  // what was here ends with `other`
+    return *this;
+  }
   ~ZnDictionary() { Flush(); }
 
   // The new entry; null, storing nothing, when an equal key is there.
