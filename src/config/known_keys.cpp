@@ -57,6 +57,8 @@ constexpr ZnKnownKey kKeys[] = {
     {User, "rootaccess", nullptr, kFlag, &U::rootaccess},
 
     {Machine, "password", nullptr, kText, &M::password},
+    {Machine, "cleartext", "(0)", kFlag, &M::cleartext},
+    {Machine, "minauth", "(ntlm)", kText},
     {Machine, "winname", "(*)", kText, &M::winname},
     {Machine, "domain", "()", kText, &M::domain},
     {Machine, "ipaddress", "(*)", kText, &M::ipaddress},

@@ -7,6 +7,20 @@ namespace {
 
 constexpr int32_t kUsualTimeout = 10;
 
+constexpr struct {
+  const char* name;
+  ZnMinAuth minauth;
+} kMinAuths[] = {{"lm", ZnMinAuth::Lm}, {"ntlm", ZnMinAuth::Ntlm}, {"ntlmv2", ZnMinAuth::Ntlmv2}};
+
+bool ReadMinAuth(const ZnUniString& name, ZnMinAuth& minauth) {
+  for (const auto& row : kMinAuths) {
+    if (!name.MatchCaseless(row.name)) continue;
+    minauth = row.minauth;
+    return true;
+  }
+  return false;
+}
+
 // The name as configured, or the machine's up to its first ".", if that leaves anything.
 ZnUniString NetBiosName(const ZnUniString& configured, const ZnUniString& machine) {
   if (!configured.IsEmpty() && configured != "*") return configured;
@@ -26,6 +40,11 @@ ZnUniString ReadMachine(const ZnUniString& user, const ZnUniString& machine, ZnS
   ZnUniString error = in.Decode(config.password);
   if (!error.IsEmpty()) return error;
   if (config.sharenames.IsEmpty()) return "No shares were specified for " + user + " on " + machine;
+
+  ZnUniString minauth = in.Text("minauth", "ntlm");
+  if (!ReadMinAuth(minauth, config.minauth)) {
+    return "Invalid minauth \"" + minauth + "\" for " + user + " on " + machine + ": it is ntlmv2, ntlm or lm";
+  }
 
   ZnUniString encoding = in.Text("encoding", "CP850");
   config.encoding = ZnEncodingOfName(encoding);

@@ -72,7 +72,7 @@ ZnUniString ZnSMBNFSConfig::DecryptString(ZnUniString& value, const ZnUniString&
   }
   bool fits = plain[0] >= kLengthBase && size_t{plain[0]} - kLengthBase < plain.Length();
   if (fits) value = ZnUniString::CreateFrom(plain.Data() + 1, size_t{plain[0]} - kLengthBase, ZnCodeset::Latin1);
-  plain.Wipe();
+  if (fits) value.MarkSecret();
   return fits ? ZnUniString() : ZnUniString(kRefusal);
 }
 

@@ -108,6 +108,7 @@ ZnByteBuffer ZnDES::ecb_encrypt(const ZnByteBuffer& block, const kf_struct& sche
   ZnEncBasics::ConvertU32ToB_Big(static_cast<uint32_t>(result), bytes + 4);
   ZnByteBuffer output(bytes, sizeof bytes);
   ZnWipe(bytes);
+  output.MarkSecret();  // a key, a hash or a password: whatever it is put together to is one too
   return output;
 }
 

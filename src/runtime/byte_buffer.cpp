@@ -1,5 +1,6 @@
 #include "runtime/byte_buffer.h"
 
+#include <algorithm>
 #include <cstdlib>
 #include <cstring>
 #include <utility>
@@ -16,17 +17,28 @@ void WipeBytes(uint8_t* bytes, size_t length) {
   for (size_t i = 0; i < length; i++) p[i] = 0;
 }
 
+// realloc may leave the bytes behind where they stood.
+void* MoveSecret(uint8_t* bytes, size_t size, size_t newSize) {
+  void* moved = malloc(newSize);
+  if (moved) memcpy(moved, bytes, std::min(size, newSize));
+  WipeBytes(bytes, size);
+  free(bytes);
+  return moved;
+}
+
 }  // namespace
 
 void ZnByteBufferRep::_extend(size_t newLength, bool setLength) {
+  const size_t former = capacity;
   capacity = RoundDown(kGrain + newLength + (setLength ? newLength / 8 : 0));
-  data = static_cast<uint8_t*>(realloc(data, capacity));
+  data = static_cast<uint8_t*>(secret && data ? MoveSecret(data, former, capacity) : realloc(data, capacity));
   if (!data) abort();
   if (setLength) length = newLength;
 }
 
 void ZnByteBufferRep::RefCountSub() {
   if (--references > 0) return;
+  if (secret) WipeBytes(data, capacity);
   free(data);
   delete this;
 }
@@ -80,6 +92,7 @@ void ZnByteBuffer::_Unique() {
   }
   if (rep_->references == 1) return;
   auto* own = new ZnByteBufferRep;
+  own->secret = rep_->secret;
   if (rep_->length > 0) {
     own->_extend(rep_->length, true);
     memcpy(own->data, rep_->data, rep_->length);
@@ -111,6 +124,7 @@ void ZnByteBuffer::Reserve(size_t length) {
 
 void ZnByteBuffer::Append(const ZnByteBuffer& other) {
   if (other.IsEmpty()) return;
+  if (other.IsSecret()) MarkSecret();
   // A buffer may be appended to itself.
   const ZnByteBuffer held(other);  // NOLINT(performance-unnecessary-copy-initialization)
   Append(held.Data(), held.Length());
@@ -143,6 +157,12 @@ void ZnByteBuffer::Insert(size_t position, size_t count, const void* source) {
 void ZnByteBuffer::Clear() {
   if (rep_) rep_->RefCountSub();
   rep_ = nullptr;
+}
+
+void ZnByteBuffer::MarkSecret() {
+  if (IsSecret()) return;
+  if (!rep_) rep_ = new ZnByteBufferRep;
+  rep_->secret = true;
 }
 
 void ZnByteBuffer::Wipe() {

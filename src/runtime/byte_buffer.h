@@ -9,6 +9,7 @@ struct ZnByteBufferRep {
   uint32_t references = 1;
   size_t length = 0;
   size_t capacity = 0;
+  bool secret = false;
   uint8_t* data = nullptr;  // malloc block, null while nothing was allocated
 
   // Makes room for `newLength` bytes; with `setLength` also an eighth more, and the length is stored.
@@ -56,6 +57,10 @@ class ZnByteBuffer {
   void Insert(size_t position, size_t count, const void* source);
   // Forgets the block: the handle becomes null.
   void Clear();
+  // From now on the bytes are overwritten before their memory is given back, when the last handle goes as when the
+  // block grows. What a secret buffer is copied or appended to becomes secret too.
+  void MarkSecret();
+  bool IsSecret() const { return rep_ && rep_->secret; }
   // Overwrites the bytes with zeros in place, then forgets them. For secrets. Other handles of the block see zeros too.
   void Wipe();
 

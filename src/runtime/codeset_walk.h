@@ -4,6 +4,7 @@
 // conversions, dropping, counting and reporting happen here.
 
 #include <concepts>
+#include <cstring>
 #include <utility>
 
 #include "runtime/codeset_converter.h"
@@ -38,6 +39,7 @@ class ZnOutput {
  private:
   void Flush() {
     buffer_.Append(chunk_, used_ * sizeof(T));
+    explicit_bzero(chunk_, used_ * sizeof(T));  // it may have been a password
     used_ = 0;
   }
 

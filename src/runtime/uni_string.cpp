@@ -43,6 +43,7 @@ ZnUniString ZnUniString::CreateFromUnsigned(uint64_t number) { return ZnUniStrin
 
 ZnByteBuffer ZnUniString::AsEncoding(ZnEncoding encoding, unsigned options) const {
   ZnByteBuffer encoded = ZnCodesetConverter::GetConverter(encoding).To(*this, options);
+  if (bytes_.IsSecret()) encoded.MarkSecret();
   size_t length = encoded.Length();
   encoded.SetLength(length + 2);
   encoded.SetLength(length);

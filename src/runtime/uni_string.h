@@ -54,6 +54,8 @@ class ZnUniString {
   void Append(const ZnUniString& text);
   ZnUniString operator+(const ZnUniString& text) const;
   ZnUniString& operator+=(const ZnUniString& text);
+  // From now on the units are overwritten before their memory is given back, and so are copies and encoded forms.
+  void MarkSecret() { bytes_.MarkSecret(); }
   // Overwrites the units in place, then forgets them. For secrets.
   void Wipe() { bytes_.Wipe(); }
 

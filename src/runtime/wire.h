@@ -212,7 +212,11 @@ class ZnWireWriter {
   }
   // Writes what the buffer holds, whatever `count` says: the count is for readers.
   bool Bytes(const ZnByteBuffer& bytes, size_t) { return Rest(bytes); }
-  bool Rest(const ZnByteBuffer& bytes) { return Raw(bytes.Data(), bytes.Length()); }
+  bool Rest(const ZnByteBuffer& bytes) {
+    if (out_) out_->Append(bytes);
+    offset_ += bytes.Length();
+    return true;
+  }
   bool Reserved(size_t count) {
     if (out_) out_->SetLength(out_->Length() + count);
     offset_ += count;

@@ -79,6 +79,8 @@ constexpr ReasonWords kReasons[] = {
     {Values::ErrBind, "The local server failed to bind to a local port"},
     {Values::ErrConnect, "The local server failed to connect to the remote server"},
     {Values::ErrNegprot, "The remote server speaks none of our dialects"},
+    {Values::ErrClearPassword, "The server wants the password unencrypted, and the key cleartext doesn't allow that"},
+    {Values::ErrWeakLogon, "A logon as strong as the key minauth asks for isn't possible with this server"},
 };
 
 constexpr unsigned Key(unsigned errorclass, unsigned code) { return code * 256 + errorclass; }
@@ -143,11 +145,16 @@ const char* Doing(E::SessionStatus step, Values::Command lastrequest) {
 
 bool IsAboutMachine(E::SessionStatus step) { return step == E::SSTConnect || step == E::SSTConnectTree; }
 
+bool IsOwnRefusal(Values::Reason reason) {
+  return reason == Values::ErrClearPassword || reason == Values::ErrWeakLogon;
+}
+
 const char* Sentence(Values::Reason reason) {
   return WordsOf(kReasons, &ReasonWords::reason, reason, &ReasonWords::sentence, "");
 }
 
-const char* Advice(E::SessionStatus step, unsigned refusal, Status status) {
+const char* Advice(E::SessionStatus step, Values::Reason reason, unsigned refusal, Status status) {
+  if (IsOwnRefusal(reason)) return "allow it only where nobody can listen on the way or pretend to be the server";
   if (step == E::SSTGetAddress) return "give its address in the key ipaddress of the machine";
   if (step == E::SSTConnect && refusal == 0) {
     return "check that the machine is on, and its ipaddress and port in the profile";

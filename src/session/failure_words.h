@@ -14,8 +14,11 @@ const char* Doing(ZnSMBNFSEnum::SessionStatus step, ZnSMBClientValues::Command l
 bool IsAboutMachine(ZnSMBNFSEnum::SessionStatus step);
 // A sentence for a failure that isn't the server's refusal; empty for reasons that have none.
 const char* Sentence(ZnSMBClientValues::Reason reason);
+// Whether it is we who refused, by the rules of the logon.
+bool IsOwnRefusal(ZnSMBClientValues::Reason reason);
 // What to do about a failure at `step`: a part of a sentence, empty if there is nothing to say. `refusal` is the
 // server's error as code times 256 plus class, or 0.
-const char* Advice(ZnSMBNFSEnum::SessionStatus step, unsigned refusal, ZnNFSEnum::Status status);
+const char* Advice(ZnSMBNFSEnum::SessionStatus step, ZnSMBClientValues::Reason reason, unsigned refusal,
+                   ZnNFSEnum::Status status);
 
 }  // namespace ZnFailureWords

@@ -1,6 +1,7 @@
 // The client's answers: one way of taking them for all steps, what a failure does to the connection, and when a command
 // gets a second chance.
 
+#include "session/failure_words.h"
 #include "session/session.h"
 
 using E = ZnSMBNFSEnum;
@@ -49,9 +50,10 @@ void ZnSMBNFSSession::CallFailed(bool atonce) {
   SendError(text + WhereItIs(command), command.failure);
 }
 
-// Only after a refusal or a short write does the next request find the two ends of one mind.
+// Only after a refusal, the server's or our own, or a short write does the next request find the two ends of one mind.
 bool ZnSMBNFSSession::ConversationIsOver() const {
-  const bool understood = reason() == Values::ErrSMB || reason() == Values::ErrServer;
+  const bool understood =
+      reason() == Values::ErrSMB || reason() == Values::ErrServer || ZnFailureWords::IsOwnRefusal(reason());
   return OutOfStep() || !understood;
 }
 

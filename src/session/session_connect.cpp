@@ -43,6 +43,7 @@ void ZnSMBNFSSession::CheckConnected(Command&) {
 void ZnSMBNFSSession::ApplySettings() {
   ApplyTimeout();
   workgroup(config.domain);
+  logonrules({config.cleartext, config.minauth});
   encoding(config.encoding);
 }
 

@@ -39,6 +39,7 @@ void ZnSMBNFSSession::NoteFailure(Command& command) const {
   command.refusal = reason() == Values::ErrSMB ? errorkey() : 0;
   command.failure = ZnNFSEnum::NFSERR_IO;
   if (command.refusal != 0) command.failure = StatusOfRefusal(command.refusal, command.sessionstatus);
+  if (ZnFailureWords::IsOwnRefusal(reason())) command.failure = ZnNFSEnum::NFSERR_ACCES;
   if (reason() == Values::ErrServer) command.failure = ZnNFSEnum::NFSERR_NOSPC;  // a disk that fills up shows so
 }
 
@@ -87,7 +88,7 @@ void ZnSMBNFSSession::SendError(const ZnUniString& text, ZnNFSEnum::Status statu
   Command& command = *queue_.FirstWaiting();
   if (E::IsOwn(command.sessioncommand)) return Fail();  // nobody waits for it
   command.failure = status;
-  const ZnUniString advice = ZnFailureWords::Advice(command.sessionstatus, command.refusal, status);
+  const ZnUniString advice = ZnFailureWords::Advice(command.sessionstatus, reason(), command.refusal, status);
   Report(advice.IsEmpty() ? text : text + "; " + advice);
   Fail();
 }

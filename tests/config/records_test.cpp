@@ -92,6 +92,11 @@ TEST_F(Records, OfAMachine) {
   EXPECT_EQ(values(), std::tuple(8139, ZnCodeset::Utf8, "fred", 10, -1, true, 320));
   ASSERT_EQ(LoadRecord("fred/pc", {"encoding={(cp850)}", "hidedollar={(0)}", "winname={()}", "smbtimeout={(0)}"}), "");
   EXPECT_EQ(values(), std::tuple(139, ZnCodeset::Cp850, "", 10, -1, false, 320));
+  EXPECT_TRUE(!machine_.cleartext && machine_.minauth == ZnMinAuth::Ntlm);
+  ASSERT_EQ(LoadRecord("fred/pc", {"cleartext={(1)}", "minauth={(LM)}"}), "");
+  EXPECT_TRUE(machine_.cleartext && machine_.minauth == ZnMinAuth::Lm);
+  EXPECT_NE(LoadRecord("fred/pc", {"minauth={(none)}"}), "");
+  ASSERT_EQ(LoadRecord("fred/pc", {}), "");
   EXPECT_EQ(Joined(machine_.sharenames), "*") << "a second load doesn't add to the first";
 
   const std::tuple<const char*, const char*, const char*> names[] = {{"nbtname={(*)}", "pc1.corp.example", "pc1"},

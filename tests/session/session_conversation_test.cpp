@@ -149,6 +149,21 @@ TEST_F(Conversation, RefusalsAreToldInWordsAndBecomeAStatus) {
   EXPECT_EQ(told->lines.size(), std::size(cases));
 }
 
+TEST_F(Conversation, ALogonThatDoesntComeToPassIsToldWithAddressAndPort) {
+  config.password = "Secret1";
+  server.securityMode = 1;  // unencrypted passwords
+  MakeSession();
+  EXPECT_EQ(Try(&share, E::SCRequestDirs), 13);
+  EXPECT_THAT(told->lines.back(), HasSubstr("logging on to 127.0.0.1 port " + std::to_string(config.port) +
+                                            ": The server wants the password unencrypted"));
+  config.port = 1;  // nobody listens
+  MakeSession();
+  EXPECT_EQ(Try(&share, E::SCRequestDirs), 5);
+  EXPECT_EQ(told->lines.back(),
+            "fred\\\\pc\\S\\: connecting to 127.0.0.1 port 1: The local server failed to connect to the remote server "
+            "(Connection refused); check that the machine is on, and its ipaddress and port in the profile");
+}
+
 TEST_F(Conversation, BothSharesOfARenameAreConnected) {
   ZnSMBNFSNode other;
   other.parent = other.machinenode = &machine;

@@ -53,6 +53,9 @@ class ClientTest : public ScriptedServerTest, private ZnCallback<ZnSMBClient::Re
     return outcome;
   }
 
+  // For servers that are to be spoken to in the ways of old.
+  static constexpr ZnSMBLogonRules kAnyLogon{true, ZnMinAuth::Lm};
+
   ZnSMBClient client{&loop};
   ZnSMBCTreeObject tree;
   ZnDList<ZnSMBCFileObject> listed;

@@ -18,6 +18,7 @@ ScriptedSmbPeer::Script Answer(const std::string& words, const std::string& data
 }
 
 TEST_F(Files, OpensInTheFormOfTheDialect) {
+  client.logonrules(kAnyLogon);
   for (unsigned dialect : {0U, 1U, 2U}) {
     SCOPED_TRACE(dialect);
     server.dialect = dialect;

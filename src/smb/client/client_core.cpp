@@ -116,10 +116,6 @@ void ZnSMBClient::BeginRequest(Command command) {
   header_.unicode = server_.unicode;
 }
 
-bool ZnSMBClient::CarriesPassword(Command command) {
-  return command == Values::CmdSessionSetupX || command == Values::CmdTreeConnect || command == Values::CmdTreeConnectX;
-}
-
 ZnSMBClient::Result ZnSMBClient::Transmit(const ZnPacket& message) {
   size_t words = size_t{2} * message[ZnSMBCHeader::kSize];
   bool fits = message.Length() <= kZnSmbFramingSize + words + 0xFFFF;  // the byte count has 16 bits

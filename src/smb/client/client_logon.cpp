@@ -109,7 +109,9 @@ void ZnSMBClient::TakeNegotiateWords(const ZnSMBCNegotiate_RespWords& words) {
 
 ZnSMBClient::Result ZnSMBClient::SendSessionSetup() {
   const auto& logon = Operation<ZnSMBOperation::Logon>();
-  const ZnSMBPasswordFields passwords(logon.user, logon.password, server_);
+  lastcommand_ = Values::CmdSessionSetupX;
+  if (Reason refused = ZnSMBRefusalToSend(logon.password, server_, logonrules_)) return Fail(refused);
+  const ZnSMBPasswordFields passwords(logon.user, logon.password, server_, logonrules_);
 
   ZnSMBCSessionSetupX_ReqWords words(server_.dialect);
   words.max_buffer = server_.announcedbuffer;  // returned unchanged

@@ -22,7 +22,9 @@ ZnSMBClient::Result ZnSMBClient::SendTreeConnect(const ZnSMBCTreeObject& tree, c
   if (!ZnSMBClientUtils::EncodeUNC(tree.machine.ShortName(), tree.share, "", data.path)) {
     return Fail(Values::ErrInternal);
   }
+  if (Reason refused = ZnSMBRefusalToSend(password, server_, logonrules_)) return Fail(refused);
   data.password = password;
+  data.password.MarkSecret();
   data.service = ZnSMBCTreeObject::ServiceString(tree.service);
   return SendRequest(Values::CmdTreeConnect, ZnSMBCNoWords(), data);
 }
@@ -33,13 +35,14 @@ ZnSMBClient::Result ZnSMBClient::SendTreeConnectX(const ZnSMBCTreeObject& tree, 
     return Fail(Values::ErrInternal);
   }
   if (server_.dialect == Values::DialectCORE) return Fail(Values::ErrNotSupported);
-  data.password = ZnSMBTreePassword(password, server_);
+  if (server_.securitylevel == Values::SecLevelShare) {
+    if (Reason refused = ZnSMBRefusalToSend(password, server_, logonrules_)) return Fail(refused);
+  }
+  data.password = ZnSMBTreePassword(password, server_, logonrules_);
   data.service = ZnSMBCTreeObject::ServiceString(tree.service);
   ZnSMBCTreeConnectX_ReqWords words;
   words.password_length = static_cast<uint16_t>(data.password.Length());
-  Result result = SendRequest(Values::CmdTreeConnectX, words, data);
-  data.password.Wipe();
-  return result;
+  return SendRequest(Values::CmdTreeConnectX, words, data);
 }
 
 ZnSMBClient::Result ZnSMBClient::TreeConnectReply() {

@@ -12,15 +12,13 @@
 
 namespace ZnSMBOperation {
 
-// The password is a copy of our own, so that wiping it leaves the caller's alone.
 struct Logon {
   ZnUniString user;
   ZnUniString password;
 
-  Logon(const ZnUniString& userName, const ZnUniString& secret) : user(userName), password(secret.View()) {}
-  Logon(Logon&&) = default;
-  Logon& operator=(Logon&&) = default;
-  ~Logon() { password.Wipe(); }
+  Logon(const ZnUniString& userName, const ZnUniString& secret) : user(userName), password(secret) {
+    password.MarkSecret();
+  }
 };
 
 struct TreeConnect {

@@ -2,53 +2,73 @@
 
 #include "crypto/encrypt.h"
 
+using Values = ZnSMBClientValues;
+
 namespace {
 
-ZnByteBuffer ClearText(const ZnUniString& password) {
-  ZnByteBuffer text = password.AsEncoding(ZnCodeset::Ascii);
+// Only the newest dialect knows the NT response.
+bool GivesLm(const ZnSMBServerInfo& server, const ZnSMBLogonRules& rules) {
+  return server.dialect != Values::DialectNT || rules.minauth == ZnMinAuth::Lm;
+}
+
+// A handle of a text that leaves nothing behind.
+ZnUniString Secret(const ZnUniString& password) {
+  ZnUniString secret(password);
+  secret.MarkSecret();
+  return secret;
+}
+
+ZnByteBuffer ClearText(const ZnUniString& secret) {
+  ZnByteBuffer text = secret.AsEncoding(ZnCodeset::Ascii);
+  text.MarkSecret();
   text.Append(uint8_t{0});
   return text;
 }
 
-// Answers the challenge with one of the two hashes of `text`. The text and the hashes are overwritten.
-ZnByteBuffer Response(ZnByteBuffer text, const ZnPacket& challenge, bool nt) {
+// Answers the challenge with one of the two hashes of `text`.
+ZnByteBuffer Response(const ZnByteBuffer& text, const ZnPacket& challenge, bool nt) {
   ZnByteBuffer lmhash, nthash, response;
   ZnEncrypt::Password_Hash(text, lmhash, nthash);
   ZnEncrypt::Encrypt_hash(nt ? nthash : lmhash, challenge, response);
-  text.Wipe();
   lmhash.Wipe();
   nthash.Wipe();
   return response;
 }
 
-// A copy of its own, to be overwritten.
-ZnUniString UpperCased(const ZnUniString& password) {
-  ZnUniString upper(password.View());
-  upper.UpperCase();
-  return upper;
+ZnByteBuffer NtResponse(const ZnUniString& secret, const ZnSMBServerInfo& server) {
+  return Response(secret.AsEncoding(ZnCodeset::Utf16Lsb), server.challenge, true);
+}
+
+ZnByteBuffer LmResponse(const ZnUniString& secret, const ZnSMBServerInfo& server) {
+  return Response(secret.AsEncoding(ZnCodeset::Ascii), server.challenge, false);
 }
 
 }  // namespace
 
+Values::Reason ZnSMBRefusalToSend(const ZnUniString& password, const ZnSMBServerInfo& server,
+                                  const ZnSMBLogonRules& rules) {
+  if (password.IsEmpty()) return Values::ErrNone;
+  if (!server.encryptedpasswords) return rules.cleartext ? Values::ErrNone : Values::ErrClearPassword;
+  const ZnMinAuth strongest = server.dialect == Values::DialectNT ? ZnMinAuth::Ntlm : ZnMinAuth::Lm;
+  return strongest < rules.minauth ? Values::ErrWeakLogon : Values::ErrNone;
+}
+
 ZnSMBPasswordFields::ZnSMBPasswordFields(const ZnUniString& user, const ZnUniString& password,
-                                         const ZnSMBServerInfo& server) {
-  ZnUniString upper = UpperCased(password);
+                                         const ZnSMBServerInfo& server, const ZnSMBLogonRules& rules) {
+  const ZnUniString secret = Secret(password);
+  ZnUniString upper = secret;
+  upper.UpperCase();
   if (!server.encryptedpasswords) {
     first = ClearText(upper);
   } else if (!user.IsEmpty() || !password.IsEmpty()) {  // else anonymous: no passwords at all
-    first = Response(upper.AsEncoding(ZnCodeset::Ascii), server.challenge, false);
-    second = Response(password.AsEncoding(ZnCodeset::Utf16Lsb), server.challenge, true);
+    second = NtResponse(secret, server);
+    first = GivesLm(server, rules) ? ZnPacket(LmResponse(upper, server)) : second;
   }
-  upper.Wipe();
 }
 
-ZnSMBPasswordFields::~ZnSMBPasswordFields() {
-  first.Wipe();
-  second.Wipe();
-}
-
-ZnPacket ZnSMBTreePassword(const ZnUniString& password, const ZnSMBServerInfo& server) {
-  if (server.securitylevel == ZnSMBClientValues::SecLevelUser) return ZnPacket("", 1);  // the user is known already
-  if (!server.encryptedpasswords) return ClearText(password);
-  return Response(password.AsEncoding(ZnCodeset::Ascii), server.challenge, false);
+ZnPacket ZnSMBTreePassword(const ZnUniString& password, const ZnSMBServerInfo& server, const ZnSMBLogonRules& rules) {
+  if (server.securitylevel == Values::SecLevelUser) return ZnPacket("", 1);  // the user is known already
+  const ZnUniString secret = Secret(password);
+  if (!server.encryptedpasswords) return ClearText(secret);
+  return GivesLm(server, rules) ? LmResponse(secret, server) : NtResponse(secret, server);
 }

@@ -1,20 +1,30 @@
 #pragma once
-// In which form a password goes on the wire, by what the server wants.
+// In which form a password goes on the wire: by what the server wants, as far as the rules of the logon allow it. Who
+// says that he is the server may be anybody, and keeps what he gets.
 
+#include "config/min_auth.h"
 #include "runtime/packet.h"
 #include "runtime/uni_string.h"
 #include "smb/client/server_info.h"
 
-// The password fields of a session setup. Overwritten when they go.
-struct ZnSMBPasswordFields {
-  ZnPacket first;   // clear text, or the LAN manager response
-  ZnPacket second;  // the NT response; the newest dialect alone sends it
-
-  ZnSMBPasswordFields(const ZnUniString& user, const ZnUniString& password, const ZnSMBServerInfo& server);
-  ZnSMBPasswordFields(const ZnSMBPasswordFields&) = delete;
-  ZnSMBPasswordFields& operator=(const ZnSMBPasswordFields&) = delete;
-  ~ZnSMBPasswordFields();
+struct ZnSMBLogonRules {
+  bool cleartext = false;  // a server that doesn't encrypt passwords gets them as they are
+  ZnMinAuth minauth = ZnMinAuth::Ntlm;
 };
 
-// The password field of a tree connect.
-ZnPacket ZnSMBTreePassword(const ZnUniString& password, const ZnSMBServerInfo& server);
+// ErrNone if `password` may go to this server in a form that it takes; else ErrClearPassword or ErrWeakLogon. An empty
+// password may always go: it tells nothing.
+ZnSMBClientValues::Reason ZnSMBRefusalToSend(const ZnUniString& password, const ZnSMBServerInfo& server,
+                                             const ZnSMBLogonRules& rules);
+
+// The password fields of a session setup. The bytes are secret.
+struct ZnSMBPasswordFields {
+  ZnPacket first;   // clear text, or the LAN manager response; the NT response again where the former is too weak
+  ZnPacket second;  // the NT response; the newest dialect alone sends it
+
+  ZnSMBPasswordFields(const ZnUniString& user, const ZnUniString& password, const ZnSMBServerInfo& server,
+                      const ZnSMBLogonRules& rules);
+};
+
+// The password field of a tree connect, secret as well.
+ZnPacket ZnSMBTreePassword(const ZnUniString& password, const ZnSMBServerInfo& server, const ZnSMBLogonRules& rules);

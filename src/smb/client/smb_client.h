@@ -27,6 +27,7 @@
 #include "runtime/timer.h"
 #include "smb/client/file_object.h"
 #include "smb/client/operations.h"
+#include "smb/client/password_fields.h"
 #include "smb/client/server_info.h"
 #include "smb/client/server_objects.h"
 #include "smb/client/share_object.h"
@@ -62,6 +63,9 @@ class ZnSMBClient : public ZnNBTSession {
   void workgroup(const ZnUniString& domain) { workgroup_ = domain; }
   // Log on to the domain that the server names instead.
   void useserverdomain(bool use) { useserverdomain_ = use; }
+  // In which forms a password may go out. A logon or tree connect that would need another fails with ErrClearPassword
+  // or ErrWeakLogon, and nothing is sent.
+  void logonrules(const ZnSMBLogonRules& rules) { logonrules_ = rules; }
   // Of texts that aren't Unicode on the wire (code page 850).
   void encoding(ZnEncoding eightBit) { encoding_ = eightBit; }
 
@@ -222,14 +226,10 @@ class ZnSMBClient : public ZnNBTSession {
   template <class Words, class Data>
   Result SendRequest(Command command, const Words& words, const Data& data) {
     BeginRequest(command);
-    ZnSMBClientEncode message(header_, words, data);
-    Result result = Transmit(message);
-    if (CarriesPassword(command)) message.Wipe();
-    return result;
+    return Transmit(ZnSMBClientEncode(header_, words, data));
   }
   void BeginRequest(Command command);
   Result Transmit(const ZnPacket& message);
-  static bool CarriesPassword(Command command);
 
   // Reads a section of the last reply; false, with ErrRead, when it can't be.
   template <class Words>
@@ -324,6 +324,7 @@ class ZnSMBClient : public ZnNBTSession {
   uint32_t replytimeout_ = 10;  // seconds
   ZnUniString workgroup_;
   bool useserverdomain_ = false;
+  ZnSMBLogonRules logonrules_;
   ZnEncoding encoding_ = ZnCodeset::Cp850;
 
   // The operation in flight.

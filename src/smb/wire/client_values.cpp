@@ -20,11 +20,11 @@ constexpr ZnEnumName kCommand[] = {
 };
 
 constexpr ZnEnumName kReason[] = {
-    ROW(ErrNone),     ROW(ErrSMB),          ROW(ErrBusy),       ROW(ErrRead),         ROW(ErrWrite),
-    ROW(ErrBlocked),  ROW(ErrConnected),    ROW(ErrConnecting), ROW(ErrNotConnected), ROW(ErrDisconnect),
-    ROW(ErrTimedOut), ROW(ErrNotSupported), ROW(ErrInternal),   ROW(ErrBadValue),     ROW(ErrServer),
-    ROW(ErrBadTID),   ROW(ErrBadFID),       ROW(ErrIPC),        ROW(ErrBadPrinter),   ROW(ErrBind),
-    ROW(ErrConnect),  ROW(ErrNegprot),
+    ROW(ErrNone),     ROW(ErrSMB),          ROW(ErrBusy),          ROW(ErrRead),         ROW(ErrWrite),
+    ROW(ErrBlocked),  ROW(ErrConnected),    ROW(ErrConnecting),    ROW(ErrNotConnected), ROW(ErrDisconnect),
+    ROW(ErrTimedOut), ROW(ErrNotSupported), ROW(ErrInternal),      ROW(ErrBadValue),     ROW(ErrServer),
+    ROW(ErrBadTID),   ROW(ErrBadFID),       ROW(ErrIPC),           ROW(ErrBadPrinter),   ROW(ErrBind),
+    ROW(ErrConnect),  ROW(ErrNegprot),      ROW(ErrClearPassword), ROW(ErrWeakLogon),
 };
 
 constexpr ZnEnumName kState[] = {

@@ -63,6 +63,8 @@ struct ZnSMBClientValues {
     ErrBind = 20,
     ErrConnect = 21,
     ErrNegprot = 22,
+    ErrClearPassword = 23,
+    ErrWeakLogon = 24,
   };
 
   // The operation that a client is in.
