@@ -32,7 +32,7 @@ constexpr ZnEnumName kSessionStatus[] = {
     ZN_ROW(SSTSetTimes),       ZN_ROW(SSTRename),        ZN_ROW(SSTGetTime),
     ZN_ROW(SSTGotTime),        ZN_ROW(SSTReplace),       ZN_ROW(SSTMakeRoom),
     ZN_ROW(SSTRenameAgain),    ZN_ROW(SSTPutBack),       ZN_ROW(SSTMakeWritable),
-    ZN_ROW(SSTProtectAgain)};
+    ZN_ROW(SSTProtectAgain),   ZN_ROW(SSTFlush),         ZN_ROW(SSTCloseWritten)};
 
 constexpr ZnEnumName kAllowedNames[] = {ZN_ROW(ANMustBeLong),  ZN_ROW(ANMustBeShort),  ZN_ROW(ANNoReserved),
                                         ZN_ROW(ANNoMangled),   ZN_ROW(ANNoShortMatch), ZN_ROW(ANNoLongMatch),

@@ -84,6 +84,8 @@ struct ZnSMBNFSEnum {
     SSTPutBack = 47,       // there was, but it didn't help
     SSTMakeWritable = 48,  // what is to be removed was read-only
     SSTProtectAgain = 49,  // and stays, as it was
+    SSTFlush = 50,
+    SSTCloseWritten = 51,
   };
 
   // Restrictions on names that clients create; a mask.

@@ -142,7 +142,7 @@ class ZnSMBNFSSession : public ZnSMBNFSSessionBase, protected ZnSMBClient {
   void CloseNextFile(Command& command);
   void CloseEntry(Command& command);
   ZnSMBNFSFile& AddFile(const ZnSMBCFileObject& opened);
-  std::unique_ptr<ZnSMBNFSFile> TakeFile(std::list<std::unique_ptr<ZnSMBNFSFile>>::iterator position);
+  std::unique_ptr<ZnSMBNFSFile> TakeFile(const ZnSMBNFSFile* file);
   void DropFiles();
 
   // ---- reading and writing (session_io.cpp) ----
@@ -157,12 +157,19 @@ class ZnSMBNFSSession : public ZnSMBNFSSessionBase, protected ZnSMBClient {
   void GetWrite(Command& command);
   bool ProcessWrite(Command& command);
   void NextWrite(Command& command);
-  void GetFlush(Command& command);
   void BeginTransfer(ZnSMBNFSFile& file);
   void EndTransfer();
   void TransferFailed(Command& command);
   void OpenAgain(Command& command, bool read, bool write);
   uint16_t ChunkOf(size_t remaining) const;
+
+  // ---- what is written and not flushed (session_flush.cpp) ----
+
+  void FlushSoon(ZnSMBNFSFile& file);
+  void FlushFirst(Command& command);
+  void Flush(Command& command, ZnSMBNFSFile& file);
+  ZnSMBNFSFile* NextToFlush(const Command& command) const;
+  void FlushTimeout(ZnCallback<ZnEvent::cbdispatch>*, ZnEvent::cbdispatch);
 
   // ---- changes (session_changes.cpp) ----
 
@@ -210,16 +217,19 @@ class ZnSMBNFSSession : public ZnSMBNFSSessionBase, protected ZnSMBClient {
   void SetAllDone(Command& command);
   void CloseBeforeSetAttribs(Command& command);
   void GetSetAttribs(Command& command);
+  void CloseWritten(Command& command);
   void StartSetTimes(Command& command);
   void SetTimesOpened(Command& command);
   void GetSetTimes(Command& command);
   void ProcessSetTimes(Command& command);
-  void CopyAttribs(const Command& command, bool usesattrmode, bool creating, ZnSMBCFileObject& file) const;
+  static ZnSMBCFileAttributes AttribsToSet(const Command& command, const ZnSMBNFSTree& tree,
+                                           const ZnSMBCFileAttributes& present);
   ZnTimeVal ServerLocal(const ZnTimeVal& time) const;
 
   // ---- clean-up (session_cleanup.cpp) ----
 
   bool IsQuiet() const;
+  void QueueCleanUp();
   bool MarkIdleFiles();
   void DropClosingTrees();
   void CloseNextTree(Command& command);
@@ -236,6 +246,9 @@ class ZnSMBNFSSession : public ZnSMBNFSSessionBase, protected ZnSMBClient {
   ZnSimpleCallback<bool, ZnSMBNFSSession> namecallback_{this, &ZnSMBNFSSession::NameLookupCB};
   ZnSimpleCallback<const ZnDNSAnswer&, ZnSMBNFSSession> dnscallback_{this, &ZnSMBNFSSession::DNSLookupCB};
 
+  ZnSimpleCallback<ZnEvent::cbdispatch, ZnSMBNFSSession> flushcallback_{this, &ZnSMBNFSSession::FlushTimeout};
+
+  ZnTimer flushtimer_;
   ZnSMBNFSCommandQueue queue_;
   bool busy_ = false;      // the head has begun
   bool stepping_ = false;  // a step is on the stack

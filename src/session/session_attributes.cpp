@@ -1,25 +1,16 @@
 // Attributes and times that NFS sets.
 //
-// Which clock a time on the wire goes by depends on its form: the 8-byte times of SetFileInfo on an open file are UTC,
-// all others (the 4-byte times of open and close, the dates of SetTimes and of SetFileInfo by path) are the server's
-// local time.
+// Which clock a time on the wire goes by depends on its form: 8-byte times are UTC, all others (the 4-byte times of
+// open and close, the dates of SetTimes and of the old form of SetFileInfo) are the server's local time.
 
-#include "rpc/nfs_enum.h"
+#include "model/mode_attributes.h"
+#include "model/told_attributes.h"
 #include "session/session.h"
 #include "smb/wire/times.h"
 
-using E = ZnSMBNFSEnum;
-
 namespace {
 
-constexpr uint32_t kUnset = ZnNFSEnum::kUnchanged;
-constexpr uint32_t kWriteBits = 0222;
 constexpr uint32_t kDay = 24 * 60 * 60;  // seconds
-
-ZnTimeVal Told(const ZnNFSTimeVal& time) { return time.seconds == kUnset ? ZnTimeVal() : ZnTimeVal{time.seconds, 0}; }
-
-// Whether a mode stands for an attribute that the share ties to some of its bits.
-bool Stands(int32_t mask, uint32_t mode) { return (static_cast<uint32_t>(mask) & mode) != 0; }
 
 // The client works a date out as if its time were UTC, and the time of day by taking off the midnight of that date in
 // the zone of this host. This is the time that comes out as `local` on the wire, whatever that zone is.
@@ -43,48 +34,38 @@ ZnTimeVal ZnSMBNFSSession::ServerLocal(const ZnTimeVal& time) const {
   return {static_cast<uint32_t>(seconds), time.microseconds};
 }
 
-// Attributes and times, in UTC, of a file that NFS sets or creates. What isn't told stays zero, which servers leave
-// alone; `usesattrmode` false takes the mode from the node.
-void ZnSMBNFSSession::CopyAttribs(const Command& command, bool usesattrmode, bool creating,
-                                  ZnSMBCFileObject& file) const {
-  const ZnSMBNFSTree* tree = TreeOf(command);
-  if (!tree) return;
-  const ZnSMBNFSShareConfig& share = tree->config;
-  const bool told = command.sattr && command.sattr->mode != kUnset;
-  uint32_t mode = command.node->attribs.mode;
-  if (usesattrmode || creating) mode = told ? command.sattr->mode : static_cast<uint32_t>(share.unixperms);
-
-  file.attribs = ZnSMBCFileAttributes();
-  file.attribs.read_only = !share.nosetreadonly && (mode & kWriteBits) == 0;
-  file.attribs.hidden = Stands(share.hidden, mode);
-  file.attribs.system = Stands(share.system, mode);
-  file.attribs.archive = Stands(share.archive, mode);
-  file.attribs.directory = creating ? command.sessioncommand == E::SCRequestMkdir : command.node->IsDirectory();
-
-  file.created = ZnTimeVal();
-  file.accessed = command.sattr ? Told(command.sattr->atime) : ZnTimeVal();
-  file.modified = command.sattr ? Told(command.sattr->mtime) : ZnTimeVal();
+// A new file whose mode isn't told has the share's.
+ZnSMBCFileAttributes ZnSMBNFSSession::AttribsToSet(const Command& command, const ZnSMBNFSTree& tree,
+                                                   const ZnSMBCFileAttributes& present) {
+  const auto mode = ZnToldMode(command.sattr).value_or(static_cast<uint32_t>(tree.config.unixperms));
+  return ZnAttributesOfMode(mode, present, tree.config);
 }
 
 // ---- all in one request ---------------------------------------------------------------------------------------------
 
-// A file that is open for reading only can't be set through its id.
+// The modification time of a file that is open for writing goes through its id: servers set the time that they hold
+// for it again at its close, whatever came by path. Everything else goes by path. Set through the id of a file that was
+// written, they take it for the moment to date the writing, and a file that is open for reading only can't be set
+// through its id at all.
 void ZnSMBNFSSession::GetSetAllAttribs(Command& command) {
   const ZnSMBNFSTree* tree = TreeOf(command);
   if (!tree) return Fail();
-  const ZnSMBNFSFile* file = command.node->file;
-  const bool told = command.sattr && command.sattr->mode != kUnset;
-  command.fileobject = FileObject(*tree, command.node->path + command.node->name);
-  ZnSMBCFileObject& object = *command.fileobject;
-  CopyAttribs(command, told, false, object);
-  if (file && file->writable) {
-    object.fid = file->fid;
-    object.isopen = true;
-  } else {
-    object.accessed = ForDateByPath(ServerLocal(object.accessed));
-    object.modified = ForDateByPath(ServerLocal(object.modified));
+  ZnSMBCFileChange change;
+  if (ZnToldMode(command.sattr)) change.attribs = AttribsToSet(command, *tree, command.node->fileobject.attribs);
+  change.accessed = ZnToldAccess(command.sattr);
+  change.modified = ZnToldModification(command.sattr);
+  if (!SetsLongTimes()) {
+    for (auto* time : {&change.accessed, &change.modified}) {
+      if (*time) *time = ForDateByPath(ServerLocal(**time));
+    }
   }
-  Called(SetFileInfo(object, &callback_));
+  command.fileobject = FileObject(*tree, command.node->path + command.node->name);
+  const ZnSMBNFSFile* file = command.node->file;
+  if (file && file->writable && change.modified) {
+    command.fileobject->fid = file->fid;
+    command.fileobject->isopen = true;
+  }
+  Called(SetFileInfo(*command.fileobject, change, &callback_));
 }
 
 // Once the time of an open file was set, servers let no write change it any more, and set it again when the file is
@@ -92,10 +73,11 @@ void ZnSMBNFSSession::GetSetAllAttribs(Command& command) {
 // The time stands already: the close needn't carry it.
 void ZnSMBNFSSession::SetAllDone(Command& command) {
   ZnSMBNFSFile* file = command.node->file;
-  if (!file || !command.fileobject->isopen || command.fileobject->modified.IsZero()) return Complete(command);
+  if (!file || !ZnToldModification(command.sattr)) return Complete(command);
   file->closetime = ZnTimeVal();
+  file->unflushed = false;  // a flush would date it once more
   file->close = true;
-  command.sessionstatus = E::SSTCloseFiles;
+  command.sessionstatus = ZnSMBNFSEnum::SSTCloseFiles;
   CloseNextFile(command);
 }
 
@@ -104,7 +86,7 @@ void ZnSMBNFSSession::SetAllDone(Command& command) {
 void ZnSMBNFSSession::CloseBeforeSetAttribs(Command& command) {
   if (!command.node->file) return GetSetAttribs(command);
   command.node->file->close = true;
-  command.sessionstatus = E::SSTCloseFiles;
+  command.sessionstatus = ZnSMBNFSEnum::SSTCloseFiles;
   CloseNextFile(command);
 }
 
@@ -112,11 +94,20 @@ void ZnSMBNFSSession::GetSetAttribs(Command& command) {
   const ZnSMBNFSTree* tree = TreeOf(command);
   if (!tree) return Fail();
   command.fileobject = FileObject(*tree, command.node->path + command.node->name);
-  CopyAttribs(command, true, false, *command.fileobject);
+  command.fileobject->attribs = AttribsToSet(command, *tree, command.node->fileobject.attribs);
   Called(SetAttributes(*command.fileobject, &callback_));
 }
 
 // ---- times alone, of an open file -----------------------------------------------------------------------------------
+
+// Setting the access time alone through an id that was written through makes servers date the writing anew.
+void ZnSMBNFSSession::CloseWritten(Command& command) {
+  ZnSMBNFSFile* file = command.node->file;
+  if (!file || file->fresh || !file->writable || ZnToldModification(command.sattr)) return Advance();
+  const auto closed = TakeFile(file);
+  command.fileobject = std::make_unique<ZnSMBCFileObject>(*closed);
+  Called(CloseFile(command.fileobject.get(), closed->closetime, &callback_));
+}
 
 void ZnSMBNFSSession::StartSetTimes(Command& command) {
   command.node->file ? GetSetTimes(command) : OpenAgain(command, false, true);
@@ -132,9 +123,9 @@ void ZnSMBNFSSession::GetSetTimes(Command& command) {
   ZnSMBNFSFile& file = *command.node->file;
   command.fileobject = std::make_unique<ZnSMBCFileObject>(file);
   ZnSMBCFileObject& object = *command.fileobject;
-  CopyAttribs(command, false, false, object);
-  object.accessed = ServerLocal(object.accessed);
-  object.modified = ServerLocal(object.modified);
+  object.created = ZnTimeVal();  // as it is, like the others that aren't told
+  object.accessed = ServerLocal(ZnToldAccess(command.sattr).value_or(ZnTimeVal()));
+  object.modified = ServerLocal(ZnToldModification(command.sattr).value_or(ZnTimeVal()));
   file.closetime = object.modified;
   BeginTransfer(file);
   Called(SetTimes(object, &callback_));

@@ -62,8 +62,8 @@ bool ZnSMBNFSSession::ConversationIsOver() const {
 //  - if the request couldn't be written, or the server hung up before it had all of it, it wasn't acted on: any command
 //    begins again;
 //  - else, if the connection ended before anything was answered to the command, only a request that changes nothing on
-//    the server is sent again: a tree connect, a listing, an open of an existing file, a read, a close (which isn't
-//    sent again: the file went with the connection).
+//    the server is sent again: a tree connect, a listing, an open of an existing file, a read, a close or
+//    flush (which isn't sent again: the file went with the connection).
 // A time-out isn't an idle server's: it isn't tried again.
 bool ZnSMBNFSSession::MayRetry(const Command& command, bool atonce) const {
   if (command.retried || answered_ || E::IsOwn(command.sessioncommand)) return false;
@@ -78,6 +78,8 @@ bool ZnSMBNFSSession::MayRetry(const Command& command, bool atonce) const {
     case E::SSTOpenFile:
     case E::SSTRead:
     case E::SSTCloseFiles:
+    case E::SSTFlush:
+    case E::SSTCloseWritten:
       return true;
     default:
       return false;

@@ -29,10 +29,14 @@ bool ZnSMBNFSSession::CleanUp() {
     return true;
   }
   const bool closing = std::any_of(trees.begin(), trees.end(), [](auto& tree) { return tree->closing; });
-  if ((!MarkIdleFiles() && !closing) || cleanupqueued_) return false;
+  if (MarkIdleFiles() || closing) QueueCleanUp();
+  return false;
+}
+
+void ZnSMBNFSSession::QueueCleanUp() {
+  if (cleanupqueued_) return;
   cleanupqueued_ = true;
   Request(new Command(ZnInetAddr(), ZnRPCAuthBlock(), 0, nullptr), E::SCCleanUp);
-  return false;
 }
 
 // True if any file is to be closed.

@@ -5,6 +5,7 @@
 
 #include "model/entries.h"
 #include "model/name_mapping.h"
+#include "model/told_attributes.h"
 #include "session/session.h"
 
 using E = ZnSMBNFSEnum;
@@ -98,8 +99,8 @@ void ZnSMBNFSSession::GetCreateFile(Command& command) {
   const ZnSMBNFSTree* tree = TreeOf(command);
   if (!tree) return Fail();
   command.fileobject = FileObject(*tree, command.node->PathInside() + command.name);
-  CopyAttribs(command, true, true, *command.fileobject);
-  command.fileobject->modified = ServerLocal(command.fileobject->modified);
+  command.fileobject->attribs = AttribsToSet(command, *tree, ZnSMBCFileAttributes());
+  command.fileobject->modified = ServerLocal(ZnToldModification(command.sattr).value_or(ZnTimeVal()));
   command.fileobject->access = Values::AccessWrite;
   const auto existing = command.exclusive ? Values::OFFail : Values::OFOpen;
   Called(OpenFile(command.fileobject.get(), Values::DenyWrite, true, existing, &callback_));
@@ -108,15 +109,10 @@ void ZnSMBNFSSession::GetCreateFile(Command& command) {
 // A created file isn't left open: its node isn't known yet. Servers ignore the time in the request that creates it, so
 // the close carries it again.
 void ZnSMBNFSSession::ProcessCreateFile(Command& command) {
-  const ZnSMBNFSTree* tree = TreeOf(command);
   ZnSMBNFSFile& file = AddFile(*command.fileobject);
   file.writable = true;
   file.close = true;
-  if (tree) {
-    ZnSMBCFileObject told;
-    CopyAttribs(command, true, true, told);
-    file.closetime = ServerLocal(told.modified);
-  }
+  file.closetime = ServerLocal(ZnToldModification(command.sattr).value_or(ZnTimeVal()));
   CloseNextFile(command);
 }
 
@@ -136,12 +132,13 @@ void ZnSMBNFSSession::CloseEntry(Command& command) {
 // A close carries a modification time only if NFS has told us one: our own idea of "now" would make the file older than
 // what another machine wrote in between, and servers take the time from every close, even of a file that was only read.
 void ZnSMBNFSSession::CloseNextFile(Command& command) {
+  if (ZnSMBNFSFile* file = NextToFlush(command)) return Flush(command, *file);
   auto position = std::find_if(files.begin(), files.end(), [](auto& file) { return file->close && !file->inuse; });
   if (position == files.end()) {
     command.sessionstatus = E::SSTClosedAllFiles;
     return Advance();
   }
-  const auto file = TakeFile(position);
+  const auto file = TakeFile(position->get());
   command.fileobject = std::make_unique<ZnSMBCFileObject>(*file);
   const Result result = CloseFile(command.fileobject.get(), file->closetime, &callback_);
   if (result != ResultFailure || ConversationIsOver()) return Called(result);
@@ -149,7 +146,8 @@ void ZnSMBNFSSession::CloseNextFile(Command& command) {
   Advance();
 }
 
-std::unique_ptr<ZnSMBNFSFile> ZnSMBNFSSession::TakeFile(std::list<std::unique_ptr<ZnSMBNFSFile>>::iterator position) {
+std::unique_ptr<ZnSMBNFSFile> ZnSMBNFSSession::TakeFile(const ZnSMBNFSFile* wanted) {
+  auto position = std::find_if(files.begin(), files.end(), [wanted](auto& file) { return file.get() == wanted; });
   auto file = std::move(*position);
   files.erase(position);
   if (file->node && file->node->file == file.get()) file->node->file = nullptr;
@@ -160,7 +158,7 @@ std::unique_ptr<ZnSMBNFSFile> ZnSMBNFSSession::TakeFile(std::list<std::unique_pt
 // asked for again.
 void ZnSMBNFSSession::DropFiles() {
   while (!files.empty()) {
-    const auto file = TakeFile(files.begin());
+    const auto file = TakeFile(files.front().get());
     if (file->node) OutOfDate(file->node.Get(), false);
   }
 }

@@ -120,13 +120,13 @@ void ZnSMBNFSSession::NextWrite(Command& command) {
   if (ProcessWrite(command)) return GetWrite(command);
   command.sessionstatus = E::SSTCloseFiles;
   const ZnSMBNFSTree* tree = TreeOf(command);
-  const ZnSMBNFSFile* file = command.node->file;
-  const bool flush = tree && tree->config.syncwrites && file && !file->close;
-  flush ? GetFlush(command) : CloseNextFile(command);
+  ZnSMBNFSFile* file = command.node->file;
+  if (!file) return CloseNextFile(command);
+  // NFS promises that what was answered with success is on the disk.
+  if (tree && tree->config.syncwrites) return Flush(command, *file);
+  FlushSoon(*file);
+  CloseNextFile(command);
 }
-
-// NFS promises that what was answered with success is on the disk.
-void ZnSMBNFSSession::GetFlush(Command& command) { Called(FlushFile(*command.node->file, &callback_)); }
 
 // ---- failure --------------------------------------------------------------------------------------------------------
 

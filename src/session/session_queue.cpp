@@ -6,7 +6,10 @@ using E = ZnSMBNFSEnum;
 
 ZnSMBNFSSession::ZnSMBNFSSession(ZnSMBNFSNode* machine, ZnSMBNFSSessionHost* host,
                                  const ZnSMBNFSMachineConfig& machineConfig)
-    : ZnSMBClient(host->eventloop()), host_(host), probetimer_(host->eventloop(), &probecallback_) {
+    : ZnSMBClient(host->eventloop()),
+      host_(host),
+      flushtimer_(host->eventloop(), &flushcallback_),
+      probetimer_(host->eventloop(), &probecallback_) {
   machinenode = machine;
   config = machineConfig;
   lastactivity = ZnSteadyClock::now();

@@ -37,7 +37,8 @@ const ZnSMBNFSSession::Row ZnSMBNFSSession::kRows[] = {
     {E::SCRequestMkdir, E::SSTConnectTree, E::SSTMkdir, DO(GetMkdir)},
     {E::SCRequestMkdir, E::SSTMkdir, E::SSTMkdir, DO(Complete)},
 
-    {E::SCRequestSetAllAttribs, E::SSTConnectTree, E::SSTGetSetAttribs, DO(GetSetAllAttribs)},
+    {E::SCRequestSetAllAttribs, E::SSTConnectTree, E::SSTFlush, DO(FlushFirst)},
+    {E::SCRequestSetAllAttribs, E::SSTFlush, E::SSTGetSetAttribs, DO(GetSetAllAttribs)},
     {E::SCRequestSetAllAttribs, E::SSTGetSetAttribs, E::SSTGetSetAttribs, DO(SetAllDone)},
     {E::SCRequestSetAllAttribs, E::SSTCloseFiles, E::SSTCloseFiles, DO(CloseNextFile)},
     {E::SCRequestSetAllAttribs, E::SSTClosedAllFiles, E::SSTClosedAllFiles, DO(Complete)},
@@ -81,7 +82,9 @@ const ZnSMBNFSSession::Row ZnSMBNFSSession::kRows[] = {
     {E::SCRequestSetAttribs, E::SSTClosedAllFiles, E::SSTGetSetAttribs, DO(GetSetAttribs)},
     {E::SCRequestSetAttribs, E::SSTGetSetAttribs, E::SSTGetSetAttribs, DO(Complete)},
 
-    {E::SCRequestSetTimes, E::SSTConnectTree, E::SSTSetTimes, DO(StartSetTimes)},
+    {E::SCRequestSetTimes, E::SSTConnectTree, E::SSTFlush, DO(FlushFirst)},
+    {E::SCRequestSetTimes, E::SSTFlush, E::SSTCloseWritten, DO(CloseWritten)},
+    {E::SCRequestSetTimes, E::SSTCloseWritten, E::SSTSetTimes, DO(StartSetTimes)},
     {E::SCRequestSetTimes, E::SSTOpenFile, E::SSTSetTimes, DO(SetTimesOpened), false},
     {E::SCRequestSetTimes, E::SSTSetTimes, E::SSTCloseFiles, DO(ProcessSetTimes)},
     {E::SCRequestSetTimes, E::SSTCloseFiles, E::SSTCloseFiles, DO(CloseNextFile)},

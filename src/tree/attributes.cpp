@@ -1,8 +1,10 @@
 // Attributes: when they are fetched, and what a server's entry becomes for NFS.
 
+#include <cstdlib>
 #include <limits>
 
 #include "model/age.h"
+#include "model/mode_attributes.h"
 #include "model/name_mapping.h"
 #include "runtime/random.h"
 #include "tree/file_system.h"
@@ -13,39 +15,31 @@ namespace {
 constexpr uint32_t kDirectoryBit = 0040000;
 constexpr uint32_t kRegularBit = 0100000;
 constexpr uint32_t kLinkBits = 0120000;
-constexpr uint32_t kWriteBits = 0222;
 constexpr uint32_t kBlockSize = 512;
 constexpr uint32_t kMicroseconds = 1000000;
 
 uint32_t BlocksOf(uint32_t size) { return size / kBlockSize + (size % kBlockSize != 0 ? 1 : 0); }
 
-void SetType(ZnNFSFattr& attribs, ZnNFSEnum::FileType type, uint32_t bits, int32_t unixperms) {
-  attribs.type = type;
-  attribs.mode = bits | static_cast<uint32_t>(unixperms);
-}
-
-// An attribute that stands for mode bits: set, they show; clear, they don't.
-void ShowAttribute(ZnNFSFattr& attribs, bool set, int32_t mask) {
-  if (set) {
-    attribs.mode |= static_cast<uint32_t>(mask);
-  } else {
-    attribs.mode &= ~static_cast<uint32_t>(mask);
-  }
-}
-
 void SetMode(ZnNFSFattr& attribs, const ZnUniString& name, const ZnSMBCFileAttributes& entry,
              const ZnSMBNFSShareConfig& config) {
+  attribs.mode = ZnModeOfAttributes(entry, config);
   if (entry.directory) {
-    SetType(attribs, ZnNFSEnum::NFDIR, kDirectoryBit, config.unixperms);
+    attribs.type = ZnNFSEnum::NFDIR;
+    attribs.mode |= kDirectoryBit;
   } else if (IsLinkName(name, config.linkstring)) {
-    SetType(attribs, ZnNFSEnum::NFLNK, kLinkBits, config.unixperms);
+    attribs.type = ZnNFSEnum::NFLNK;
+    attribs.mode |= kLinkBits;
   } else {
-    SetType(attribs, ZnNFSEnum::NFREG, kRegularBit, config.unixperms);
+    attribs.type = ZnNFSEnum::NFREG;
+    attribs.mode |= kRegularBit;
   }
-  if (entry.read_only) attribs.mode &= ~kWriteBits;
-  ShowAttribute(attribs, entry.hidden, config.hidden);
-  ShowAttribute(attribs, entry.system, config.system);
-  ShowAttribute(attribs, entry.archive, config.archive);
+}
+
+// Whether a directory that was changed at `modified` may change once more in the same step of a server that counts in
+// two seconds, clocks being a little apart.
+bool MayChangeUnseen(const ZnTimeVal& modified) {
+  constexpr int64_t kSeconds = 5;
+  return std::abs(int64_t{ZnTimeVal::now().seconds} - modified.seconds) <= kSeconds;
 }
 
 // Another fraction of a second than the last one, never 0: servers that keep whole seconds would hide a change within
@@ -101,7 +95,8 @@ void ZnSMBNFSFileSystem::UpdateNode(ZnSMBNFSNode* node, const ZnSMBCFileObject& 
   attribs.atime = ZnNfsTime(entry.accessed);
   attribs.mtime = ZnNfsTime(entry.modified);
   attribs.ctime = ZnNfsTime(entry.created);
-  if (entry.attribs.directory && attribs.mtime.useconds == 0)
+  // A time that somebody set may well be a whole second, and stays one; older servers can't set a directory's.
+  if (entry.attribs.directory && attribs.mtime.useconds == 0 && (SetsOldWay(node) || MayChangeUnseen(entry.modified)))
     attribs.mtime.useconds = OtherMicroseconds(lastmicroseconds);
   node->attribtime = ZnSteadyClock::now();
 }

@@ -170,6 +170,9 @@ class ZnSMBNFSFileSystem : public ZnSMBNFSSessionHost {
   void Ask(ZnSMBNFSCommand* command, ZnSMBNFSEnum::SessionCommand what);
   // Whether the command's attributes go to the server the old way, in two calls.
   bool SetsOldWay(ZnSMBNFSNode* node);
+  // Whether the command's mode has anything to say to the server.
+  bool SetsMode(const ZnSMBNFSCommand& command);
+  void SetMadeUp(ZnSMBNFSCommand* command);
   // False if the record doesn't load.
   bool UpdateUser(ZnSMBNFSNode* node, const ZnUniString& name);
   void FollowUser(ZnSMBNFSNode* node);

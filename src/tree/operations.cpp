@@ -1,18 +1,17 @@
 // Steps that hand the command to its session, and the few that answer by themselves.
 
+#include "model/mode_attributes.h"
+#include "model/told_attributes.h"
 #include "tree/file_system.h"
 
 namespace {
 
 using E = ZnSMBNFSEnum;
 
-constexpr uint32_t kUnset = ZnNFSEnum::kUnchanged;
 constexpr unsigned kSetsAllAtOnce = 2;  // the lowest server class that takes all attributes in one call
 
-bool SetsMode(const ZnSMBNFSCommand& command) { return command.sattr->mode != kUnset; }
-
 bool SetsTimes(const ZnSMBNFSCommand& command) {
-  return command.sattr->atime.seconds != kUnset || command.sattr->mtime.seconds != kUnset;
+  return ZnToldAccess(command.sattr) || ZnToldModification(command.sattr);
 }
 
 // New entries are made in a share's top as well as below it; everything else needs an entry that the server stores.
@@ -52,6 +51,13 @@ bool ZnSMBNFSFileSystem::SetsOldWay(ZnSMBNFSNode* node) {
   return session && (session->config.oldsetattr || session->serverclass() < kSetsAllAtOnce);
 }
 
+// A mode that no attribute of Windows can hold isn't worth a request: the attributes in the reply show what holds.
+bool ZnSMBNFSFileSystem::SetsMode(const ZnSMBNFSCommand& command) {
+  ZnSMBNFSNode* node = command.node.Get();
+  const ZnSMBNFSTree* tree = GetTree(node);
+  return ZnToldMode(command.sattr) && tree && node->IsInside() && ZnModeCounts(node->fileobject.attribs, tree->config);
+}
+
 void ZnSMBNFSFileSystem::BSetAllAttributes(ZnSMBNFSCommand* command) {
   ZnSMBNFSNode* node = command->node.Get();
   bool needed = !node || (!SetsOldWay(node) && (SetsMode(*command) || SetsTimes(*command)));
@@ -60,9 +66,16 @@ void ZnSMBNFSFileSystem::BSetAllAttributes(ZnSMBNFSCommand* command) {
 
 void ZnSMBNFSFileSystem::BSetAttributes(ZnSMBNFSCommand* command) {
   ZnSMBNFSNode* node = command->node.Get();
-  bool made_up = node && !node->IsInside();
-  bool needed = !node || made_up || (!node->IsDirectory() && SetsOldWay(node) && SetsMode(*command));
+  if (node && !node->IsInside()) return SetMadeUp(command);
+  bool needed = !node || (!node->IsDirectory() && SetsOldWay(node) && SetsMode(*command));
   needed ? Ask(command, E::SCRequestSetAttribs) : Continue(command);
+}
+
+// Users, machines and shares have the modes and owners that the configuration gives them: others have no effect, and
+// are no error, for copying programs set them on whatever they meet.
+void ZnSMBNFSFileSystem::SetMadeUp(ZnSMBNFSCommand* command) {
+  const bool refused = SetsTimes(*command) || SetAttrNeedTruncate(command);
+  refused ? SendError(command, ZnNFSEnum::NFSERR_ACCES) : Continue(command);
 }
 
 void ZnSMBNFSFileSystem::BSetTimes(ZnSMBNFSCommand* command) {

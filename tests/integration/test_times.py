@@ -14,7 +14,9 @@ from gateway import Gateway, wait_until  # noqa: E402
 PLACES = [("UTC", "UTC", 0), ("America/New_York", "Asia/Kolkata", 0), ("Asia/Kolkata", "America/New_York", 0),
           ("America/New_York", "UTC", 1), ("Asia/Kolkata", "America/New_York", 1)]
 LONG_AGO = 1_000_000_000  # summer
-WINTER = 1_262_304_001  # odd: forms of two seconds' steps show one less
+# Odd seconds of a winter, before the first date of the old forms, the beginning of all dates, the last one of 31 bits.
+MOMENTS = [(LONG_AGO + 4, 0), (1_262_304_001, 123456), (100_000_001, 7), (0, 0), (2**31 - 1, 999999)]
+OLD_MOMENTS = [(LONG_AGO + 4, 0), (1_262_304_001, 0)]  # of servers that count in steps of two seconds
 FUTURE = 2_000_000_000
 SETTINGS = """
 [{user}/*/oldsetattr={(%d)}]
@@ -29,6 +31,7 @@ SETTINGS = """
 def gateway(request):
     server, daemon, old = request.param
     with Gateway(machines={"pc": {"tz": server}}, settings=SETTINGS % old, environment={"TZ": daemon}) as running:
+        running.old = old
         yield running
 
 
@@ -41,6 +44,11 @@ def aged_file(gateway, name):
 
 def modified(path):
     return int(path.stat().st_mtime)
+
+
+def exactly(nanoseconds):
+    """As NFS tells it."""
+    return divmod(nanoseconds // 1000, 1_000_000)
 
 
 def is_open(folder):
@@ -84,28 +92,77 @@ def test_writing_counts_from_the_write(gateway):
 
 def test_a_time_that_is_set_stays(gateway):
     paths = {}
-    for opened in ("closed", "read", "written"):
-        for when in (LONG_AGO + 4, WINTER):
-            path, file = aged_file(gateway, f"set {opened} {when}")
+    for opened in ("closed", "read", "written") if gateway.old else ("closed", "read", "written", "directory"):
+        for when in OLD_MOMENTS if gateway.old else MOMENTS:
+            name = f"set {opened} {when}"
+            if opened == "directory":
+                file, path = gateway.nfs.mkdir(gateway.share(), name).file, gateway.disk() / name
+            else:
+                path, file = aged_file(gateway, name)
             if opened == "read":
                 gateway.nfs.read(file)
             if opened == "written":
                 gateway.nfs.write(file, 0, b"new")
-            gateway.nfs.setattr(file, mtime=(when, 0), atime=(when, 0))
-            at_once = modified(path)
-            assert 0 <= when - at_once <= 1, opened
-            assert 0 <= when - int(path.stat().st_atime) <= 1, opened
-            assert gateway.nfs.getattr(file).mtime.seconds == at_once
-            paths[path] = at_once
+            shown = gateway.nfs.setattr(file, mtime=when, atime=when)
+            disk = path.stat()
+            if gateway.old:
+                assert 0 <= when[0] - shown.mtime.seconds <= 1 and 0 <= when[0] - shown.atime.seconds <= 1, name
+            else:
+                assert exactly(disk.st_mtime_ns) == exactly(disk.st_atime_ns) == when, name
+            assert tuple(shown.mtime) == exactly(disk.st_mtime_ns), name
+            paths[path] = disk.st_mtime_ns
     wait_until_closed(gateway)
-    assert {path: modified(path) for path in paths} == paths
+    assert {path: path.stat().st_mtime_ns for path in paths} == paths
+
+
+def test_what_else_is_set_of_an_open_file_leaves_its_time(gateway):
+    for name, change in (("mode", {"mode": 0o400}), ("access", {"atime": (LONG_AGO + 2, 0)}),
+                         ("both", {"mode": 0o600, "atime": (LONG_AGO + 2, 0)})):
+        path, file = aged_file(gateway, f"else {name}")
+        gateway.nfs.write(file, 0, b"new")
+        written = path.stat().st_mtime_ns
+        time.sleep(0.1)
+        gateway.nfs.setattr(file, **change)
+        wait_until_closed(gateway)
+        assert path.stat().st_mtime_ns == written, name
+        assert "atime" not in change or int(path.stat().st_atime) == LONG_AGO + 2
+
+
+def test_times_on_the_disk_are_shown_as_they_are(gateway):
+    for make in (pathlib.Path.touch, pathlib.Path.mkdir):
+        for when, shown in (((LONG_AGO, 123456789), (LONG_AGO, 123456)), ((LONG_AGO, 0), (LONG_AGO, 0)),
+                            ((100_000_001, 999999999), (100_000_001, 999999)), ((-86400, 500), (0, 0))):
+            path = gateway.disk() / f"{make.__name__} {when}"
+            make(path)
+            os.utime(path, ns=(when[0] * 10**9 + when[1],) * 2)
+            found = gateway.nfs.lookup(gateway.share(), path.name).attributes
+            if not (gateway.old and path.is_dir()):
+                assert (tuple(found.atime), tuple(found.mtime)) == (shown, shown)
+
+
+def test_unflushed_writes_count_from_the_write():
+    """On a server that dates writes as servers do by default: at a flush, else late, and once more at the close."""
+    settings = SETTINGS % 0 + "[{user}/*/*/syncwrites={(0)}]\n[{user}/*/*/openfilettl={(4)}]\n"
+    with Gateway(machines={"pc": {"shares": {"SHARE": {"smbd:writetimeupdatedelay": "2000000"}}}},
+                 settings=settings) as gateway:
+        path, file = aged_file(gateway, "f")
+        kept_path, kept = aged_file(gateway, "kept")
+        for each in (file, kept):
+            gateway.nfs.write(each, 0, b"new")
+        written = time.time()
+        gateway.nfs.setattr(kept, atime=(LONG_AGO, 0))
+        wait_until_closed(gateway)
+        assert time.time() - written > 3
+        assert written - 1 < path.stat().st_mtime < written + 1.8
+        assert written - 1 < kept_path.stat().st_mtime < written + 1.8
+        assert int(kept_path.stat().st_atime) == LONG_AGO
 
 
 def test_our_close_doesn_t_age_what_others_wrote(gateway):
     paths = {}
-    for opened in ("read", "written", "set", "set and written"):
+    for opened in ("read", "written", "set", "read and set", "set and written"):
         path, file = aged_file(gateway, f"shared {opened}")
-        if opened == "read":
+        if "read" in opened:
             gateway.nfs.read(file)
         else:
             gateway.nfs.write(file, 0, b"ours")

@@ -55,7 +55,7 @@ class HostileBytes : public ClientTest {
         [&] { return client.MoveFile(File(), File(), nullptr); },
         [&] { return List(); },
         [&] { return client.GetFileInfo(&file, Values::FileInfoSize, nullptr); },
-        [&] { return client.SetFileInfo(file, nullptr); },
+        [&] { return client.SetFileInfo(file, {}, nullptr); },
         [&] { return client.ListShares(&shares, nullptr, false); },
         [&] { return client.GetUserInfo(&user, nullptr); },
     };

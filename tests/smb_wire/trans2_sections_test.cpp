@@ -72,7 +72,7 @@ TEST(Trans2Sections, InformationAboutOneFile) {
                           "02000000 | 5c6600",
               [](auto& s) {
                 s.create_time.value = 1, s.last_access_time.value = 2, s.last_write_time.value = 3;
-                s.last_change_time.value = 4, s.attribs.archive = true, s.allocation_size = 0x100000;
+                s.last_change_time.value = 4, s.xattribs.attribs.archive = true, s.allocation_size = 0x100000;
                 s.end_of_file = 5, s.link_count = 1, s.delete_pending = s.directory = true, s.index_number = 6;
                 s.ea_size = 7, s.access_flags = 8, s.file_index = 9, s.position = 10, s.mode = 11, s.alignment = 12;
                 s.filename = "\\f";

@@ -69,6 +69,9 @@ TEST_F(Directory, AttributesFollowTheEntry) {
     EXPECT_EQ(attribs.size, c.size) << c.name;
     EXPECT_EQ(attribs.blocks, c.blocks) << c.name;
   }
+  EXPECT_EQ(Child(share, "d")->attribs.mtime.useconds, 0U) << "a whole second of long ago is one that was set";
+  directory.modified = {ZnTimeVal::now().seconds, 0};
+  List(share, {directory});
   uint32_t first = Child(share, "d")->attribs.mtime.useconds;
   EXPECT_NE(first, 0U);
   List(share, {directory});

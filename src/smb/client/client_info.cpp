@@ -18,14 +18,34 @@ void SplitOldTime(const ZnTimeVal& time, ZnSMBCDate& date, ZnSMBCTime& timeOfDay
   timeOfDay.FromTimeVal(sinceMidnight);
 }
 
-ZnSMBCTimeDCE LongTime(const ZnTimeVal& time) {
-  ZnSMBCTimeDCE encoded;
-  encoded.FromTimeVal(time);
+// 0 leaves the server's time.
+ZnSMBCTimeDCE LongTime(const std::optional<ZnTimeVal>& time) {
+  return time ? ZnSMBCTimeDCE::At(*time) : ZnSMBCTimeDCE();
+}
+
+// No bit at all would leave the server's attributes: a plain file has one of its own.
+ZnSMBCFileXAttributes LongAttribs(const std::optional<ZnSMBCFileAttributes>& attribs) {
+  ZnSMBCFileXAttributes encoded;
+  if (!attribs) return encoded;
+  encoded.attribs = *attribs;
+  encoded.normal = *attribs == ZnSMBCFileAttributes();
   return encoded;
 }
 
+void FillIn(ZnSMBCTrans2_FILEINFO& info, const ZnSMBCFileChange& change) {
+  if (info.level == Values::FileInfoAttribs) {
+    info.xattribs = LongAttribs(change.attribs);
+    info.last_access_time = LongTime(change.accessed);
+    info.last_write_time = LongTime(change.modified);
+    return;
+  }
+  info.attribs = change.attribs.value_or(ZnSMBCFileAttributes());
+  SplitOldTime(change.accessed.value_or(ZnTimeVal()), info.old_access_date, info.old_access_time);
+  SplitOldTime(change.modified.value_or(ZnTimeVal()), info.old_change_date, info.old_change_time);
+}
+
 void TakeAttribs(const ZnSMBCTrans2_FILEINFO& info, ZnSMBCFileObject& file) {
-  file.attribs = info.attribs;
+  file.attribs = info.xattribs.attribs;
   file.created = info.create_time.AsTimeVal();
   file.accessed = info.last_access_time.AsTimeVal();
   file.modified = info.last_write_time.AsTimeVal();
@@ -87,10 +107,11 @@ ZnSMBClient::Result ZnSMBClient::FileInfoReply() {
   return ResultSuccess;
 }
 
-ZnSMBClient::Result ZnSMBClient::SetFileInfo(const ZnSMBCFileObject& file, Completion* callback) {
+ZnSMBClient::Result ZnSMBClient::SetFileInfo(const ZnSMBCFileObject& file, const ZnSMBCFileChange& change,
+                                             Completion* callback) {
   if (!Ready(file.tid)) return ResultFailure;
   auto command = file.isopen ? Values::Trans2SetFileInfo : Values::Trans2SetPathInfo;
-  auto level = file.isopen ? Values::FileInfoAttribs : Values::FileInfoOldAttribs;
+  auto level = SetsLongTimes() ? Values::FileInfoAttribs : Values::FileInfoOldAttribs;
   storage_ = ZnSMBOperation::SetFileInfo{command};
 
   ZnSMBCTrans2_ReqParams params(command, RequestEncoding());
@@ -99,13 +120,7 @@ ZnSMBClient::Result ZnSMBClient::SetFileInfo(const ZnSMBCFileObject& file, Compl
   params.filename = file.path;
 
   ZnSMBCTrans2_FILEINFO info(RequestEncoding(), level);
-  info.attribs = file.attribs;
-  info.create_time = LongTime(file.created);
-  info.last_access_time = LongTime(file.accessed);
-  info.last_write_time = info.last_change_time = LongTime(file.modified);
-  SplitOldTime(file.created, info.old_create_date, info.old_create_time);
-  SplitOldTime(file.accessed, info.old_access_date, info.old_access_time);
-  SplitOldTime(file.modified, info.old_change_date, info.old_change_time);
+  FillIn(info, change);
   return Start(Values::StateSetFileInfo, SendTrans2(params, info.Pack()), callback);
 }
 

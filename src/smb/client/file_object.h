@@ -2,6 +2,8 @@
 // Files and directories as the client's operations take them and fill them. Plain values, owned by the caller and
 // copied freely: a copy of a file object shares its texts with the original, so a tree of many nodes can keep one each.
 
+#include <optional>
+
 #include "runtime/time_val.h"
 #include "smb/client/tree_object.h"
 #include "smb/wire/encodings.h"
@@ -30,6 +32,13 @@ struct ZnSMBCFileObject : ZnSMBCBaseFileObject {
   ZnSMBCFileObject() : ZnSMBCFileObject(ZnSMBCTreeObject(), ZnUniString()) {}
   ZnSMBCFileObject(const ZnSMBCTreeObject& tree, const ZnUniString& pathInShare)
       : ZnSMBCBaseFileObject(tree, pathInShare), created(modified), accessed(modified) {}
+};
+
+// What is to be set of a file or directory. What isn't told is left as it is.
+struct ZnSMBCFileChange {
+  std::optional<ZnSMBCFileAttributes> attribs;  // all of them
+  std::optional<ZnTimeVal> accessed;
+  std::optional<ZnTimeVal> modified;
 };
 
 // A directory whose contents are to be listed.

@@ -134,8 +134,11 @@ class ZnSMBClient : public ZnNBTSession {
                        const ZnUniString& pattern, Completion* callback);
   // Fills in what the level tells of file->path.
   Result GetFileInfo(ZnSMBCFileObject* file, ZnSMBClientValues::FileInfoLevel level, Completion* callback);
-  // Attributes and times of an open file by its fid, of another by its path.
-  Result SetFileInfo(const ZnSMBCFileObject& file, Completion* callback);
+  // Of an open file by its fid, of another, or of a directory, by its path. With SetsLongTimes the times are UTC, in
+  // units of 100 ns, and attributes are set too; else they are the server's local time, in steps of two seconds from
+  // 1980 on, and a server may leave the attributes alone.
+  Result SetFileInfo(const ZnSMBCFileObject& file, const ZnSMBCFileChange& change, Completion* callback);
+  bool SetsLongTimes() const { return server_.dialect == ZnSMBClientValues::DialectNT; }
   // A transaction of the caller's own; the three parts of the reply replace the out buffers.
   Result Transaction(const ZnSMBCTreeObject& tree, const ZnUniString& name, const ZnByteBuffer& setup,
                      const ZnByteBuffer& params, const ZnByteBuffer& data, ZnByteBuffer* outSetup,

@@ -63,6 +63,10 @@ ZnTimeVal ZnSMBCTimeDCE::AsTimeVal() const {
   return {static_cast<uint32_t>(seconds), static_cast<uint32_t>(units / 10 % 1000000)};
 }
 
-void ZnSMBCTimeDCE::FromTimeVal(const ZnTimeVal& time) {
-  value = time.IsZero() ? 0 : time.seconds * kUnitsASecond + kUnitsTo1970 + time.microseconds * uint64_t{10};
+void ZnSMBCTimeDCE::FromTimeVal(const ZnTimeVal& time) { value = time.IsZero() ? 0 : At(time).value; }
+
+ZnSMBCTimeDCE ZnSMBCTimeDCE::At(const ZnTimeVal& time) {
+  ZnSMBCTimeDCE encoded;
+  encoded.value = time.seconds * kUnitsASecond + kUnitsTo1970 + time.microseconds * uint64_t{10};
+  return encoded;
 }

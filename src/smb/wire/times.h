@@ -59,5 +59,7 @@ struct ZnSMBCTimeDCE : ZnSMBCLongTimeEncoding {
   // The zero time for a moment before 1970, the last second for one behind the range of ZnTimeVal.
   ZnTimeVal AsTimeVal() const;
   void FromTimeVal(const ZnTimeVal& time);
+  // The same, but the beginning of 1970 is a time like any other.
+  static ZnSMBCTimeDCE At(const ZnTimeVal& time);
   bool operator==(const ZnSMBCTimeDCE&) const = default;
 };

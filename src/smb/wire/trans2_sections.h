@@ -140,8 +140,8 @@ struct ZnSMBCTrans2_DIRENTRY : ZnSmbRecord<ZnSMBCTrans2_DIRENTRY> {
 struct ZnSMBCTrans2_FILEINFO : ZnSmbRecord<ZnSMBCTrans2_FILEINFO> {
   ZnEncoding encoding;
   uint16_t level;
-  ZnSMBCFileAttributes attribs;
   // Level 1
+  ZnSMBCFileAttributes attribs;
   ZnSMBCDate old_create_date;
   ZnSMBCTime old_create_time;
   ZnSMBCDate old_access_date;
@@ -151,6 +151,7 @@ struct ZnSMBCTrans2_FILEINFO : ZnSmbRecord<ZnSMBCTrans2_FILEINFO> {
   uint32_t old_size = 0;
   uint32_t old_allocation_size = 0;
   // The others
+  ZnSMBCFileXAttributes xattribs;
   ZnSMBCTimeDCE create_time;
   ZnSMBCTimeDCE last_access_time;
   ZnSMBCTimeDCE last_write_time;
@@ -200,7 +201,7 @@ struct ZnSMBCTrans2_FILEINFO : ZnSmbRecord<ZnSMBCTrans2_FILEINFO> {
   template <class Io>
   bool Attribs(Io& io) {
     return io.Record(create_time) && io.Record(last_access_time) && io.Record(last_write_time) &&
-           io.Record(last_change_time) && io.Record(attribs) && io.Reserved(2);
+           io.Record(last_change_time) && io.Record(xattribs);
   }
   template <class Io>
   bool Size(Io& io) {
