@@ -504,7 +504,7 @@ constexpr ZnSMBNFSStep kReaddir[] = {
 
 constexpr ZnSMBNFSStep kStatfs[] = {
     kStart,
-    {E::STLookup, "NBStatFileSystem", Call<&FS::NBStatFileSystem>, E::STStatfs},
+    {E::STLookup, "BStatFileSystem", Call<&FS::BStatFileSystem>, E::STStatfs},
     {E::STStatfs, "reply", Done, E::STStatfs},
 };
 

@@ -12,6 +12,7 @@
 #include "runtime/inet_addr.h"
 #include "runtime/list.h"
 #include "runtime/weak_ref.h"
+#include "smb/client/disk_space.h"
 #include "smb/client/share_object.h"
 
 class ZnSMBNFSCommandHandler;
@@ -68,6 +69,7 @@ class ZnSMBNFSCommand {
   bool openread = false;
   bool openwrite = false;
   ZnNFSStatfsres statfs;
+  ZnSMBDiskSpace space;  // as the server told it
 
   // The session's part.
   ZnSMBNFSSessionBase* session = nullptr;  // in whose queue the command stands; it outlives that

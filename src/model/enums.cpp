@@ -15,11 +15,23 @@ constexpr ZnEnumName kStatus[] = {ZN_ROW(STStart),   ZN_ROW(STError),   ZN_ROW(S
                                   ZN_ROW(STClose),   ZN_ROW(STRemove),  ZN_ROW(STRename),   ZN_ROW(STStatfs),
                                   ZN_ROW(STUpdate2), ZN_ROW(STUpdate3), ZN_ROW(STSetTimes), ZN_ROW(STSetAllAttribs)};
 
-constexpr ZnEnumName kSessionCommand[] = {
-    ZN_ROW(SCRequestShares),        ZN_ROW(SCRequestDirs),   ZN_ROW(SCRequestAttribs),    ZN_ROW(SCRequestMkdir),
-    ZN_ROW(SCRequestSetAllAttribs), ZN_ROW(SCRequestRmdir),  ZN_ROW(SCRequestCreateFile), ZN_ROW(SCRequestOpenFile),
-    ZN_ROW(SCRequestWrite),         ZN_ROW(SCRequestRead),   ZN_ROW(SCRequestRm),         ZN_ROW(SCRequestSetAttribs),
-    ZN_ROW(SCRequestSetTimes),      ZN_ROW(SCRequestRename), ZN_ROW(SCCleanUp),           ZN_ROW(SCProbe)};
+constexpr ZnEnumName kSessionCommand[] = {ZN_ROW(SCRequestShares),
+                                          ZN_ROW(SCRequestDirs),
+                                          ZN_ROW(SCRequestAttribs),
+                                          ZN_ROW(SCRequestMkdir),
+                                          ZN_ROW(SCRequestSetAllAttribs),
+                                          ZN_ROW(SCRequestRmdir),
+                                          ZN_ROW(SCRequestCreateFile),
+                                          ZN_ROW(SCRequestOpenFile),
+                                          ZN_ROW(SCRequestWrite),
+                                          ZN_ROW(SCRequestRead),
+                                          ZN_ROW(SCRequestRm),
+                                          ZN_ROW(SCRequestSetAttribs),
+                                          ZN_ROW(SCRequestSetTimes),
+                                          ZN_ROW(SCRequestRename),
+                                          ZN_ROW(SCRequestSpace),
+                                          ZN_ROW(SCCleanUp),
+                                          ZN_ROW(SCProbe)};
 
 constexpr ZnEnumName kSessionStatus[] = {
     ZN_ROW(SSTStart),          ZN_ROW(SSTError),         ZN_ROW(SSTGetAddress),
@@ -32,7 +44,8 @@ constexpr ZnEnumName kSessionStatus[] = {
     ZN_ROW(SSTSetTimes),       ZN_ROW(SSTRename),        ZN_ROW(SSTGetTime),
     ZN_ROW(SSTGotTime),        ZN_ROW(SSTReplace),       ZN_ROW(SSTMakeRoom),
     ZN_ROW(SSTRenameAgain),    ZN_ROW(SSTPutBack),       ZN_ROW(SSTMakeWritable),
-    ZN_ROW(SSTProtectAgain),   ZN_ROW(SSTFlush),         ZN_ROW(SSTCloseWritten)};
+    ZN_ROW(SSTProtectAgain),   ZN_ROW(SSTFlush),         ZN_ROW(SSTCloseWritten),
+    ZN_ROW(SSTGetSpace)};
 
 constexpr ZnEnumName kAllowedNames[] = {ZN_ROW(ANMustBeLong),  ZN_ROW(ANMustBeShort),  ZN_ROW(ANNoReserved),
                                         ZN_ROW(ANNoMangled),   ZN_ROW(ANNoShortMatch), ZN_ROW(ANNoLongMatch),

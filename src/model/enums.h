@@ -45,6 +45,7 @@ struct ZnSMBNFSEnum {
     SCRequestSetAttribs = 11,
     SCRequestSetTimes = 12,
     SCRequestRename = 13,
+    SCRequestSpace = 14,
     SCCleanUp = 20,
     SCProbe = 21,
   };
@@ -86,6 +87,7 @@ struct ZnSMBNFSEnum {
     SSTProtectAgain = 49,  // and stays, as it was
     SSTFlush = 50,
     SSTCloseWritten = 51,
+    SSTGetSpace = 52,
   };
 
   // Restrictions on names that clients create; a mask.

@@ -129,6 +129,7 @@ class ZnSMBNFSSession : public ZnSMBNFSSessionBase, protected ZnSMBClient {
   void GetShares(Command& command);
   void GetDirs(Command& command);
   void GetAttribs(Command& command);
+  void GetSpace(Command& command);
   void List(Command& command, const ZnUniString& directory, const ZnUniString& pattern);
 
   // ---- open files (session_files.cpp) ----

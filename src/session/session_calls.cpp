@@ -75,6 +75,7 @@ bool ZnSMBNFSSession::MayRetry(const Command& command, bool atonce) const {
     case E::SSTConnectTree:
     case E::SSTGetDirs:
     case E::SSTGetAttribs:
+    case E::SSTGetSpace:
     case E::SSTOpenFile:
     case E::SSTRead:
     case E::SSTCloseFiles:

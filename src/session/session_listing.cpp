@@ -1,4 +1,4 @@
-// Listings: of a machine's shares, of a directory, and of the one entry that is a file.
+// Listings: of a machine's shares, of a directory, and of the one entry that is a file. And the size of a share's disk.
 
 #include "config/smbnfs_config.h"
 #include "model/age.h"
@@ -34,6 +34,12 @@ void ZnSMBNFSSession::GetAttribs(Command& command) {
   const ZnSMBNFSTree* tree = TreeOf(command);
   if (!tree) return Fail();
   List(command, node.path, InternalToWindowsName(node.name, tree->config));
+}
+
+void ZnSMBNFSSession::GetSpace(Command& command) {
+  const ZnSMBNFSTree* tree = TreeOf(command);
+  if (!tree) return Fail();
+  Called(GetDiskSpace(*tree, &command.space, &callback_));
 }
 
 void ZnSMBNFSSession::List(Command& command, const ZnUniString& directory, const ZnUniString& pattern) {

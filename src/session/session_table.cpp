@@ -103,6 +103,9 @@ const ZnSMBNFSSession::Row ZnSMBNFSSession::kRows[] = {
     {E::SCRequestRename, E::SSTMakeWritable, E::SSTRm, DO(RemoveDoomed)},
     {E::SCRequestRename, E::SSTProtectAgain, E::SSTRm, DO(Complete)},
 
+    {E::SCRequestSpace, E::SSTConnectTree, E::SSTGetSpace, DO(GetSpace)},
+    {E::SCRequestSpace, E::SSTGetSpace, E::SSTGetSpace, DO(Complete)},
+
     {E::SCCleanUp, E::SSTStart, E::SSTStart, DO(CloseNextFile), false},
     {E::SCCleanUp, E::SSTClosedAllFiles, E::SSTClosedAllTrees, DO(CloseNextTree), false},
     {E::SCCleanUp, E::SSTClosedAllTrees, E::SSTClosedAllTrees, DO(EndCleanUp), false},

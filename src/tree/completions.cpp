@@ -27,6 +27,7 @@ constexpr Completion kCompletions[] = {
     {E::SCRequestSetAttribs, &FS::CBSetAttributes},
     {E::SCRequestSetTimes, &FS::CBSetTimes},
     {E::SCRequestRename, &FS::CBRename},
+    {E::SCRequestSpace, &FS::CBStatFileSystem},
 };
 
 bool Failed(const ZnSMBNFSCommand* command) { return command->sessionstatus == E::SSTError; }

@@ -120,6 +120,7 @@ class ZnSMBNFSFileSystem : public ZnSMBNFSSessionHost {
   void NBCreateLink(ZnSMBNFSCommand* command);
   void NBCreateSymLink(ZnSMBNFSCommand* command);
   void NBGetLinkPath(ZnSMBNFSCommand* command);
+  void BStatFileSystem(ZnSMBNFSCommand* command);
   void NBStatFileSystem(ZnSMBNFSCommand* command);
 
   // --- Completions (completions.cpp) ---
@@ -134,6 +135,7 @@ class ZnSMBNFSFileSystem : public ZnSMBNFSSessionHost {
   void CBSetAttributes(ZnSMBNFSCommand* command);
   void CBSetAllAttributes(ZnSMBNFSCommand* command);
   void CBSetTimes(ZnSMBNFSCommand* command);
+  void CBStatFileSystem(ZnSMBNFSCommand* command);
 
   // --- What sessions ask of us ---
   void CompleteRequest(ZnSMBNFSCommand* command) override;

@@ -94,13 +94,3 @@ void ZnSMBNFSFileSystem::NBGetLinkPath(ZnSMBNFSCommand* command) {
   command->linkpath = command->node->name;
   Continue(command);
 }
-
-// Shares differ, and the protocol has one answer for the mount: half of a gibibyte is free.
-void ZnSMBNFSFileSystem::NBStatFileSystem(ZnSMBNFSCommand* command) {
-  command->statfs.tsize = 4096;
-  command->statfs.bsize = 512;
-  command->statfs.blocks = 2097152;
-  command->statfs.bfree = 1048576;
-  command->statfs.bavail = 1048576;
-  Continue(command);
-}

@@ -37,6 +37,8 @@ const ZnSMBClient::Step ZnSMBClient::kSteps[] = {
      &ZnSMBClient::ListDirectoryRefused},
     {Values::StateFileInfo, Values::CmdTrans2, &ZnSMBClient::FileInfoReply},
     {Values::StateSetFileInfo, Values::CmdTrans2, &ZnSMBClient::SetFileInfoReply},
+    {Values::StateDiskSpace, Values::CmdTrans2, &ZnSMBClient::FSInfoReply, &ZnSMBClient::FSInfoRefused},
+    {Values::StateDiskSpace, Values::CmdQueryDisk, &ZnSMBClient::DiskReply},
     {Values::StateTransaction, Values::CmdTrans, &ZnSMBClient::TransactionReply},
 
     {Values::StateListShares, Values::CmdTrans, &ZnSMBClient::ListSharesReply},

@@ -6,6 +6,7 @@
 
 #include "runtime/byte_buffer.h"
 #include "runtime/list.h"
+#include "smb/client/disk_space.h"
 #include "smb/client/file_object.h"
 #include "smb/client/server_objects.h"
 #include "smb/client/share_object.h"
@@ -68,6 +69,10 @@ struct SetFileInfo {
   ZnSMBClientValues::Trans2Command command;
 };
 
+struct DiskSpace {
+  ZnSMBDiskSpace* space;
+};
+
 struct Transaction {
   ZnByteBuffer* setup;
   ZnByteBuffer* params;
@@ -95,6 +100,6 @@ struct Clock {
 };
 
 using Storage = std::variant<std::monostate, Logon, TreeConnect, Open, Read, Download, Write, Listing, FileInfo,
-                             SetFileInfo, Transaction, Shares, Servers, User, Clock>;
+                             SetFileInfo, DiskSpace, Transaction, Shares, Servers, User, Clock>;
 
 }  // namespace ZnSMBOperation

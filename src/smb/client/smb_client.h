@@ -139,6 +139,8 @@ class ZnSMBClient : public ZnNBTSession {
   // 1980 on, and a server may leave the attributes alone.
   Result SetFileInfo(const ZnSMBCFileObject& file, const ZnSMBCFileChange& change, Completion* callback);
   bool SetsLongTimes() const { return server_.dialect == ZnSMBClientValues::DialectNT; }
+  // Of the disk behind a connected share, in every dialect. Older servers tell at most a few gibibytes.
+  Result GetDiskSpace(const ZnSMBCTreeObject& tree, ZnSMBDiskSpace* space, Completion* callback);
   // A transaction of the caller's own; the three parts of the reply replace the out buffers.
   Result Transaction(const ZnSMBCTreeObject& tree, const ZnUniString& name, const ZnByteBuffer& setup,
                      const ZnByteBuffer& params, const ZnByteBuffer& data, ZnByteBuffer* outSetup,
@@ -292,7 +294,7 @@ class ZnSMBClient : public ZnNBTSession {
   Result WriteReply();
 
   // ---- transactions (client_transactions.cpp) and what runs over them (client_listing.cpp, client_info.cpp,
-  // client_ipc.cpp) ----
+  // client_space.cpp, client_ipc.cpp) ----
 
   Result SendTrans(const ZnUniString& name, const ZnByteBuffer& setup, const ZnByteBuffer& params,
                    const ZnByteBuffer& data);
@@ -308,6 +310,11 @@ class ZnSMBClient : public ZnNBTSession {
   Result SendFindNext();
   Result FileInfoReply();
   Result SetFileInfoReply();
+  Result SendQueryFSInfo();
+  Result FSInfoReply();
+  Result FSInfoRefused();
+  Result SendQueryDisk();
+  Result DiskReply();
   bool ReadyForIPC();
   Result SendLanman(const ZnSMBCLanman_ReqParams& params);
   Result RecvLanman(ZnSMBCLanman_RespParams& params);

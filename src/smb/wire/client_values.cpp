@@ -16,7 +16,8 @@ constexpr ZnEnumName kCommand[] = {
     ROW(CmdWrite),        ROW(CmdSetTimes),       ROW(CmdTrans),     ROW(CmdTranss),        ROW(CmdIoctl),
     ROW(CmdIoctls),       ROW(CmdMove),           ROW(CmdOpenX),     ROW(CmdTrans2),        ROW(CmdTrans2s),
     ROW(CmdTreeConnect),  ROW(CmdTreeDisconnect), ROW(CmdNegotiate), ROW(CmdSessionSetupX), ROW(CmdLogoffX),
-    ROW(CmdTreeConnectX), ROW(CmdNTCreateX),      ROW(CmdOpenPrint), ROW(CmdPrintQueue),    ROW(CmdNone),
+    ROW(CmdTreeConnectX), ROW(CmdQueryDisk),      ROW(CmdNTCreateX), ROW(CmdOpenPrint),     ROW(CmdPrintQueue),
+    ROW(CmdNone),
 };
 
 constexpr ZnEnumName kReason[] = {
@@ -59,6 +60,7 @@ constexpr ZnEnumName kState[] = {
     ROW(StateNTAuthConnect),
     ROW(StateNTAuthValidate),
     ROW(StateNTAuthLookup),
+    ROW(StateDiskSpace),
 };
 
 constexpr ZnEnumName kDialect[] = {

@@ -33,6 +33,7 @@ struct ZnSMBClientValues {
     CmdSessionSetupX = 115,
     CmdLogoffX = 116,
     CmdTreeConnectX = 117,
+    CmdQueryDisk = 128,
     CmdNTCreateX = 162,
     CmdOpenPrint = 192,
     CmdPrintQueue = 195,
@@ -100,6 +101,7 @@ struct ZnSMBClientValues {
     StateNTAuthConnect = 28,
     StateNTAuthValidate = 29,
     StateNTAuthLookup = 30,
+    StateDiskSpace = 31,
   };
 
   // The index in the list of dialects that the client offers.

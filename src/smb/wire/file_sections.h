@@ -380,3 +380,18 @@ struct ZnSMBCNTCreateX_RespWords : ZnSmbRecord<ZnSMBCNTCreateX_RespWords> {
   }
   bool operator==(const ZnSMBCNTCreateX_RespWords&) const = default;
 };
+
+// Query disk information, command 128 (MS-CIFS 2.2.4.57)
+
+struct ZnSMBCQueryDisk_RespWords : ZnSmbRecord<ZnSMBCQueryDisk_RespWords> {
+  uint16_t units = 0;
+  uint16_t blocks_per_unit = 0;
+  uint16_t block_size = 0;  // bytes
+  uint16_t free_units = 0;
+  template <class Io>
+  bool Fields(Io& io) {
+    return io.U16le(units) && io.U16le(blocks_per_unit) && io.U16le(block_size) && io.U16le(free_units) &&
+           io.Reserved(2);
+  }
+  bool operator==(const ZnSMBCQueryDisk_RespWords&) const = default;
+};

@@ -235,7 +235,7 @@ struct ZnSMBCTrans2_RENAMEINFO : ZnSmbRecord<ZnSMBCTrans2_RENAMEINFO> {
   bool operator==(const ZnSMBCTrans2_RENAMEINFO&) const = default;
 };
 
-// Information about a file system, at level 1 or 2. (MS-CIFS 2.2.8.2)
+// Information about a file system, at level 1, 2 or 259. (MS-CIFS 2.2.8.2)
 struct ZnSMBCTrans2_FSINFO : ZnSmbRecord<ZnSMBCTrans2_FSINFO> {
   ZnEncoding encoding;
   uint16_t level;
@@ -246,10 +246,18 @@ struct ZnSMBCTrans2_FSINFO : ZnSmbRecord<ZnSMBCTrans2_FSINFO> {
   uint32_t bytes_per_sector = 0;
   uint32_t serial_number = 0;  // level 2, with the label
   ZnUniString label;
+  uint64_t long_units = 0;  // level 259, in place of the short ones
+  uint64_t long_available_units = 0;
+
+  static constexpr uint16_t kSizeLevel = 259;
 
   ZnSMBCTrans2_FSINFO(ZnEncoding strings, uint16_t infoLevel) : encoding(strings), level(infoLevel) {}
   template <class Io>
   bool Fields(Io& io) {
+    if (level == kSizeLevel) {
+      return io.U64le(long_units) && io.U64le(long_available_units) && io.U32le(sectors_per_unit) &&
+             io.U32le(bytes_per_sector);
+    }
     if (level != 1 && level != 2) return io.Fail();
     return io.U32le(filesystem_id) && io.U32le(sectors_per_unit) && io.U32le(units) && io.U32le(available_units) &&
            io.U32le(bytes_per_sector) && (level == 1 || Label(io));
