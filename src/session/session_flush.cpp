@@ -30,9 +30,12 @@ void ZnSMBNFSSession::FlushTimeout(ZnCallback<ZnEvent::cbdispatch>*, ZnEvent::cb
   }
 }
 
+// What is to be removed goes unflushed.
 ZnSMBNFSFile* ZnSMBNFSSession::NextToFlush(const Command& command) const {
   const bool cleaning = command.sessioncommand == ZnSMBNFSEnum::SCCleanUp;
+  const bool removing = command.sessioncommand == ZnSMBNFSEnum::SCRequestRm;
   const auto found = std::find_if(files.begin(), files.end(), [&](auto& file) {
+    if (removing && file->node.Get() == command.node.Get()) return false;
     return file->unflushed && !file->inuse && (file->close || (cleaning && HasRested(*file)));
   });
   return found == files.end() ? nullptr : found->get();

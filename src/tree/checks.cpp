@@ -2,12 +2,15 @@
 
 #include "model/entries.h"
 #include "model/name_mapping.h"
+#include "model/told_attributes.h"
 #include "tree/file_system.h"
 #include "tree/safe_name.h"
 
 namespace {
 
 constexpr uint32_t kUnset = ZnNFSEnum::kUnchanged;
+constexpr uint32_t kTypeBits = 0170000;
+constexpr uint32_t kRegularFile = 0100000;
 
 void RefuseDirectory(ZnSMBNFSCommand* command) {
   if (!command->node) {
@@ -42,7 +45,13 @@ bool ZnSMBNFSFileSystem::WouldBeLink(ZnSMBNFSNode* directory, const ZnUniString&
   return tree && IsLinkName(name, tree->config.linkstring);
 }
 
+// Shares hold files only. A client that makes a FIFO, a socket or a device says so in the type bits of the mode.
 void ZnSMBNFSFileSystem::CheckCreateFile(ZnSMBNFSCommand* command) {
+  const uint32_t type = ZnToldMode(command->sattr).value_or(0) & kTypeBits;
+  if (type != 0 && type != kRegularFile) {
+    command->error = ZnNFSEnum::NFSERR_PERM;
+    return;
+  }
   ZnSMBNFSNode* directory = command->node.Get();
   command->error = NewNameStatus(directory, command->name);
   const bool exists = command->error == ZnNFSEnum::NFSERR_EXIST;

@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "tree/age.h"
+#include "model/age.h"
 #include "tree/file_system.h"
 
 namespace {

@@ -207,6 +207,43 @@ def test_a_similar_name_is_never_changed(matchlong):
         assert (folder / "a;3Fb").read_bytes() == b"keep"
 
 
+def test_special_files_are_refused_and_nothing_is_made(nfs, place):
+    directory, folder = place
+    (folder / "there").write_bytes(b"kept")
+    for mode in (0o010644, 0o020644, 0o060644, 0o140644, 0o120777):  # a FIFO comes as a character device, too
+        for name in ("special", "there"):
+            assert status(nfs.create, directory, name, mode=mode, size=0) == 1, oct(mode)
+    assert nfs.create(directory, "plain", mode=0o100644).attributes.mode == 0o100700
+    assert sorted(path.name for path in folder.iterdir()) == ["plain", "there"]
+    assert (folder / "there").read_bytes() == b"kept"
+
+
+def test_modes_without_effect_and_the_size_of_disks():
+    """What the server doesn't hold is neither an error nor shown; the disk is the server's, in each dialect."""
+    with Gateway({"pc": {"shares": {"SHARE": {}, "FIXED": {"read only": "yes"}}},
+                  "old": {"options": {"server max protocol": "LANMAN2"}}}, EAGER) as gateway:
+        nfs = gateway.nfs
+        (gateway.disk(share="FIXED") / "f").touch()
+        shares = gateway.share(), gateway.share(share="FIXED")
+        file, fixed = nfs.create(shares[0], "f").file, nfs.lookup(shares[1], "f").file
+        above = gateway.root, nfs.lookup(gateway.root, UNIX_USER).file
+        for handle in (file, fixed, *shares, *above):
+            shown = nfs.getattr(handle)
+            for mode in (0o777, 0):
+                kept = nfs.setattr(handle, mode=mode, uid=4711, gid=4711)
+                assert (kept.mode, kept.uid, kept.gid) == (shown.mode, shown.uid, shown.gid)
+        for handle in above:
+            assert nfs.statfs(handle)[1:] == (512, 2097152, 1048576, 1048576)
+        disk = os.statvfs(gateway.disk())
+        for handle in (file, *shares):
+            told = nfs.statfs(handle)
+            assert abs(told.blocks * told.bsize - disk.f_blocks * disk.f_frsize) <= told.bsize
+            assert abs(told.bavail * told.bsize - disk.f_bavail * disk.f_frsize) < 1 << 30  # others write, too
+        told = nfs.statfs(gateway.share("old"))  # what the old form can say
+        assert told.blocks * told.bsize >= min(disk.f_blocks * disk.f_frsize, 1 << 31) // 2
+        assert told.bfree <= told.blocks
+
+
 def test_many_calls_in_flight(nfs, place):
     directory, folder = place
     data = random.Random(3).randbytes(64 * 8192)

@@ -30,7 +30,8 @@ def encoded(password, user=UNIX_USER):
 def gateway():
     # The machine is logged on to with what haldenctl makes of its password, another one with what is no password of it.
     settings = (f"[{{user}}/pc/password={{({encoded(SMB_PASSWORD)})}}]\n"
-                f"[{{user}}/wrong/password={{({encoded('wrong')})}}]\n[{{user}}/*/*/contentsttl={{(0)}}]\n")
+                f"[{{user}}/wrong/password={{({encoded('wrong')})}}]\n[{{user}}/*/*/contentsttl={{(0)}}]\n"
+                "[{user}/pc/SHARE/bannedchars={(!)}]\n")
     with Gateway(machines={"pc": {}, "wrong": {}}, settings=settings) as running:
         yield running
 
@@ -141,6 +142,7 @@ def test_refusals_say_why_and_change_nothing(gateway, ctl, tmp_path):
         ("regular file", "put", tmp_path / "fifo", f"{SHARE}/full/f"),
         ("No such file", "put", tmp_path / "none", f"{SHARE}/full/f"),
         ("that is its name", "mv", f"{SHARE}/full/f", f"{SHARE}/full/f"),
+        ("permission denied", "put", tmp_path / "kept", f"{SHARE}/full/a name that is refused!"),
         ("permission denied", "mkdir", f"/{UNIX_USER}/pc/new"),
         ("directory", "get", f"{SHARE}/full/f", tmp_path / "taken"),
     ]:

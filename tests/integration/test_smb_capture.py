@@ -11,6 +11,8 @@ from gateway import Gateway  # noqa: E402
 from smb_peer import PORT, Capture, enter_private_network  # noqa: E402
 
 # Requests that the run has to contain, else it proves nothing about them.
+# A mode is told to the server only where an attribute stands for it.
+OLD = "[{user}/pc/oldsetattr={(1)}]\n[{user}/*/*/hidden={(1)}]"
 COMMANDS = {
     "create directory": 0x00, "delete directory": 0x01, "close": 0x04, "flush": 0x05, "delete": 0x06, "rename": 0x07,
     "set attributes": 0x09, "read": 0x0A, "write": 0x0B, "set times": 0x22, "open": 0x2D, "transaction 2": 0x32,
@@ -42,7 +44,7 @@ def capture(tmp_path_factory):
     with Capture(file, PORT), Gateway({"pc": {"port": PORT}}) as new:
         everyday_work(new.nfs, new.share())
     second = file.with_name("old.pcapng")
-    with Capture(second, PORT), Gateway({"pc": {"port": PORT}}, "[{user}/pc/oldsetattr={(1)}]") as old:
+    with Capture(second, PORT), Gateway({"pc": {"port": PORT}}, OLD) as old:
         everyday_work(old.nfs, old.share())
     return file, second
 

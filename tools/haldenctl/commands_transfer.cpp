@@ -46,8 +46,11 @@ Error CreateTemporary(NfsClient& nfs, const RemoteFile& directory, const std::st
   for (int i = 0; i < kMostTries; i++) {
     name = TemporaryName(target);
     Error error = nfs.Lookup(directory, name, file);
-    if (error.status == ZnNFSEnum::NFSERR_NOENT) return nfs.Create(directory, name, mode | kOwnerReadsAndWrites, file);
-    if (error) return error;
+    if (!error) continue;
+    if (error.status != ZnNFSEnum::NFSERR_NOENT) return error;
+    error = nfs.Create(directory, name, mode | kOwnerReadsAndWrites, file);
+    if (error) nfs.Remove(directory, name);  // it may have been made before something else was refused
+    return error;
   }
   return {.text = directory.path + ": no temporary name is free; remove the old put files in it"};
 }
@@ -65,12 +68,13 @@ Error Fill(NfsClient& nfs, const LocalSource& local, RemoteFile& file, const std
                   std::to_string(local.Size())};
 }
 
-// The daemon removes what has the name before it renames. If only that succeeded, the temporary file is all there is.
-Error TakePlace(NfsClient& nfs, const RemoteFile& directory, const std::string& temporary, const std::string& name) {
+// A refused rename leaves nothing behind, unless what had the name has gone: then the temporary file is all there is.
+Error TakePlace(NfsClient& nfs, const RemoteFile& directory, const std::string& temporary, const std::string& name,
+                bool replaces) {
   Error error = nfs.Rename(directory, temporary, directory, name);
   if (!error) return {};
   RemoteFile old;
-  if (nfs.Lookup(directory, name, old)) {
+  if (replaces && nfs.Lookup(directory, name, old)) {
     error.text += ". All the data is in " + JoinPath(directory.path, temporary);
     return error;
   }
@@ -138,11 +142,12 @@ Error Put(NfsClient& nfs, const Request& request) {
   if (local.Size() > NfsClient::kLargestFile)
     return {.text = request.paths[0] + ": larger than 2147483647 bytes, which is beyond NFS version 2"};
   if (Error error = FindTarget(nfs, request, directory, name)) return error;
-  if (!nfs.Lookup(directory, name, file) && file.IsDirectory()) return NfsError(ZnNFSEnum::NFSERR_ISDIR, file.path);
+  const bool replaces = !nfs.Lookup(directory, name, file);
+  if (replaces && file.IsDirectory()) return NfsError(ZnNFSEnum::NFSERR_ISDIR, file.path);
   if (Error error = CreateTemporary(nfs, directory, name, local.Mode(), temporary, file)) return error;
   if (Error error = Fill(nfs, local, file, name)) {
     nfs.Remove(directory, temporary);
     return error;
   }
-  return TakePlace(nfs, directory, temporary, name);
+  return TakePlace(nfs, directory, temporary, name, replaces);
 }
