@@ -53,13 +53,12 @@ def exactly(nanoseconds):
 
 def is_open(folder):
     """Whether the server has any file of the folder open."""
-    for link in pathlib.Path("/proc").glob("[0-9]*/fd/*"):
+    for process in pathlib.Path("/proc").glob("[0-9]*"):
         try:
-            target = os.readlink(link)
-        except OSError:
+            if any(os.readlink(link).startswith(f"{folder}/") for link in (process / "fd").iterdir()):
+                return True
+        except OSError:  # it has closed the file or ended meanwhile
             continue
-        if target.startswith(f"{folder}/"):
-            return True
     return False
 
 
