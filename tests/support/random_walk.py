@@ -103,11 +103,17 @@ class RandomWalk:
         path = self.pick([path for path in self.model if path])
         directory = self.pick(self.directories())
         name = self.free_name(directory)
+        if path and self.model[path] is not None and self.random.random() < 0.3:  # a file takes the place of another
+            name = self.pick(each for each in self.children(directory)
+                             if self.model[posixpath.join(directory, each)] is not None)
         if not path or not name or (directory + "/").startswith(path + "/"):
             return
         self.call(self.nfs.rename, self.handle(posixpath.dirname(path)), posixpath.basename(path),
                   self.handle(directory), name)
         to = posixpath.join(directory, name)
+        if to == path:
+            return
+        self.handles.pop(to, None)
         for old in [old for old in self.model if old == path or old.startswith(path + "/")]:
             self.model[to + old[len(path):]] = self.model.pop(old)
             if old in self.handles:
