@@ -2,7 +2,9 @@
 
 #include <algorithm>
 #include <limits>
+#include <optional>
 
+#include "model/link_target.h"
 #include "rpc/rpc_server.h"
 #include "tree/file_system.h"
 #include "tree/nfs_time.h"
@@ -39,7 +41,17 @@ Outcome CheckThen(FS& filesystem, Command& command) {
   return Call<Step>(filesystem, command);
 }
 
+bool NamesAreWellFormed(const ZnSMBNFSArguments& arguments) {
+  return std::visit(
+      [](const auto& args) {
+        if constexpr (requires { args.WellFormed(); }) return args.WellFormed();
+        return true;
+      },
+      arguments);
+}
+
 Outcome FindHandle(FS& filesystem, Command& command) {
+  if (!NamesAreWellFormed(command.args)) return Refuse(command, ZnNFSEnum::NFSERR_ACCES);
   command.handle = ZnSMBNFSHandle(ZnFindProcedure(command.command)->handle(command));
   return Call<&FS::NBFindByHandle>(filesystem, command);
 }
@@ -256,7 +268,9 @@ Outcome ListForLink(FS& filesystem, Command& command) {
   return Call<&FS::BUpdateNodeContents>(filesystem, command);
 }
 
+// A target that can't be kept isn't cut: nothing is made.
 Outcome CreateLinkFile(FS& filesystem, Command& command) {
+  if (!ZnLinkContents(command.As<ZnNFSSymlinkargs>().to)) return Refuse(command, ZnNFSEnum::NFSERR_ACCES);
   command.name = command.As<ZnNFSSymlinkargs>().from.name;
   return CheckThen<&FS::CheckCreateSymLink, &FS::BCreateFile>(filesystem, command);
 }
@@ -274,7 +288,7 @@ Outcome OpenLinkFile(FS& filesystem, Command& command) {
 
 Outcome WriteLinkFile(FS& filesystem, Command& command) {
   command.offset = 0;
-  command.data = command.As<ZnNFSSymlinkargs>().to.AsEncoding(ZnCodeset::Latin1);
+  command.data = ZnLinkContents(command.As<ZnNFSSymlinkargs>().to).value_or(ZnByteBuffer());
   return Call<&FS::BWriteToFile>(filesystem, command);
 }
 
@@ -320,9 +334,13 @@ void NodeReply(ZnRPCServer& server, FS&, Command& command) {
   Send(server, command, result);
 }
 
+// What is no path, or none that the protocol can carry, is never shown shortened.
 void LinkReply(ZnRPCServer& server, FS&, Command& command) {
+  const std::optional<ZnUniString> target = ZnLinkTarget(command.data);
+  const bool fits = target && ZnEncodeRpcName(*target).Length() <= ZnNFSEnum::kMaxPath;
+  if (command.error == ZnNFSEnum::NFS_OK && !fits) command.error = ZnNFSEnum::NFSERR_IO;
   auto result = WithStatus<ZnNFSReadlinkres>(command, false);
-  result.data = ZnUniString::CreateFrom(command.data, ZnCodeset::Latin1);
+  if (result.status == ZnNFSEnum::NFS_OK) result.data = *target;
   Send(server, command, result);
 }
 

@@ -8,6 +8,8 @@ namespace ZnNFSEnum {
 
 // Largest READ and WRITE, in bytes of file data.
 inline constexpr uint32_t kMaxData = 8192;
+// Longest path of a link, in bytes.
+inline constexpr uint32_t kMaxPath = 1024;
 // In ZnNFSSattr: leave this attribute as it is.
 inline constexpr uint32_t kUnchanged = 0xFFFFFFFF;
 

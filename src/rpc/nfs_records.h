@@ -105,11 +105,11 @@ struct ZnNFSDiropres : ZnXdrRecord<ZnNFSDiropres> {
 
 struct ZnNFSReadlinkres : ZnXdrRecord<ZnNFSReadlinkres> {
   ZnNFSEnum::Status status = ZnNFSEnum::NFS_OK;
-  ZnUniString data;
+  ZnRPCName data;
 
   template <class Io>
   bool Fields(Io& io) {
-    return io.U32(status) && (status != ZnNFSEnum::NFS_OK || io.String(data));
+    return io.U32(status) && (status != ZnNFSEnum::NFS_OK || io.Name(data));
   }
   bool operator==(const ZnNFSReadlinkres&) const = default;
 };
@@ -128,12 +128,12 @@ struct ZnNFSReadres : ZnXdrRecord<ZnNFSReadres> {
 
 struct ZnNFSDirEntry : ZnXdrRecord<ZnNFSDirEntry> {
   uint32_t fileid = 0;
-  ZnUniString name;
+  ZnRPCName name;
   uint32_t cookie = 0;
 
   template <class Io>
   bool Fields(Io& io) {
-    return io.U32(fileid) && io.String(name) && io.U32(cookie);
+    return io.U32(fileid) && io.Name(name) && io.U32(cookie);
   }
   bool operator==(const ZnNFSDirEntry&) const = default;
 };
@@ -166,16 +166,17 @@ struct ZnNFSStatfsres : ZnXdrRecord<ZnNFSStatfsres> {
   bool operator==(const ZnNFSStatfsres&) const = default;
 };
 
-// Arguments.
+// Arguments. Those with names say whether all of them are well-formed.
 
 struct ZnNFSDiropargs : ZnXdrRecord<ZnNFSDiropargs> {
   ZnNFSFileHandle dir;
-  ZnUniString name;
+  ZnRPCName name;
 
   template <class Io>
   bool Fields(Io& io) {
-    return io.Record(dir) && io.String(name);
+    return io.Record(dir) && io.Name(name);
   }
+  bool WellFormed() const { return name.wellformed; }
   bool operator==(const ZnNFSDiropargs&) const = default;
 };
 
@@ -225,6 +226,7 @@ struct ZnNFSCreateargs : ZnXdrRecord<ZnNFSCreateargs> {
   bool Fields(Io& io) {
     return io.Record(where) && io.Record(attributes);
   }
+  bool WellFormed() const { return where.WellFormed(); }
   bool operator==(const ZnNFSCreateargs&) const = default;
 };
 
@@ -236,6 +238,7 @@ struct ZnNFSRenameargs : ZnXdrRecord<ZnNFSRenameargs> {
   bool Fields(Io& io) {
     return io.Record(from) && io.Record(to);
   }
+  bool WellFormed() const { return from.WellFormed() && to.WellFormed(); }
   bool operator==(const ZnNFSRenameargs&) const = default;
 };
 
@@ -247,18 +250,20 @@ struct ZnNFSLinkargs : ZnXdrRecord<ZnNFSLinkargs> {
   bool Fields(Io& io) {
     return io.Record(from) && io.Record(to);
   }
+  bool WellFormed() const { return to.WellFormed(); }
   bool operator==(const ZnNFSLinkargs&) const = default;
 };
 
 struct ZnNFSSymlinkargs : ZnXdrRecord<ZnNFSSymlinkargs> {
   ZnNFSDiropargs from;
-  ZnUniString to;
+  ZnRPCName to;
   ZnNFSSattr attributes;
 
   template <class Io>
   bool Fields(Io& io) {
-    return io.Record(from) && io.String(to) && io.Record(attributes);
+    return io.Record(from) && io.Name(to) && io.Record(attributes);
   }
+  bool WellFormed() const { return from.WellFormed() && to.wellformed; }
   bool operator==(const ZnNFSSymlinkargs&) const = default;
 };
 

@@ -2,6 +2,7 @@
 // External data representation (RFC 1014): every field is a multiple of four bytes, big-endian. The visitors of all
 // records of this folder, over those of runtime/wire.h.
 
+#include "rpc/name_encoding.h"
 #include "runtime/struct_list.h"
 #include "runtime/uni_string.h"
 #include "runtime/wire.h"
@@ -16,6 +17,15 @@ struct ZnRPCString {
 
   // Bytes that a text takes on the wire: length word, encoded text, padding.
   static size_t HowBig(const ZnUniString& text);
+};
+
+// A name or a link's target; the form is io.Name's.
+struct ZnRPCName : ZnUniString {
+  using ZnUniString::ZnUniString;
+  using ZnUniString::operator=;
+
+  bool wellformed = true;  // false for one that came as bytes that are no text, and stands empty here
+  bool operator==(const ZnRPCName&) const = default;
 };
 
 // Bytes of zero padding behind `length` opaque bytes.
@@ -36,8 +46,11 @@ class ZnXdrReader : public ZnWireReader {
     value = number != 0;
     return true;
   }
-  // A text in ZnRPCString::rpcenc. Fails unless all bytes that the length word promises are there, padding included.
+  // A text in ZnRPCString::rpcenc, in which what can't be read is dropped. Fails unless all bytes that the length word
+  // promises are there, padding included.
   bool String(ZnUniString& text);
+  // A name in its form of ZnEncodeRpcName. Fails like String, but not for bytes that are no text.
+  bool Name(ZnRPCName& name);
   // Fails like String.
   bool Opaque(ZnByteBuffer& bytes) {
     uint32_t length = 0;
@@ -54,6 +67,10 @@ class ZnXdrReader : public ZnWireReader {
   bool Record(R& record) {
     return record.Read(*this) || Fail();
   }
+
+ private:
+  // The bytes behind a length word, with their padding; null when they aren't all there.
+  const uint8_t* Text(uint32_t& length);
 };
 
 class ZnXdrWriter : public ZnWireWriter {
@@ -66,6 +83,7 @@ class ZnXdrWriter : public ZnWireWriter {
   }
   bool Bool(bool value) { return U32be(value); }
   bool String(const ZnUniString& text) { return Opaque(text.AsEncoding(ZnRPCString::rpcenc, ZnRPCString::rpcopt)); }
+  bool Name(const ZnUniString& name) { return Opaque(ZnEncodeRpcName(name)); }
   bool Opaque(const ZnByteBuffer& bytes) {
     return U32be(static_cast<uint32_t>(bytes.Length())) && Rest(bytes) && Reserved(ZnXdrPadding(bytes.Length()));
   }

@@ -50,6 +50,7 @@ bool IsEmptyTop(const ZnSMBNFSCommand& command) {
 // Turns the server's name of an entry into the tree's. False for an entry that isn't shown.
 bool TakeName(ZnSMBCFileObject& entry, const ZnSMBNFSShareConfig& config) {
   if (!config.showhidden && entry.attribs.hidden) return false;
+  if (ZnLeavesDirectory(entry.path)) return false;
   entry.path = WindowsToInternalName(entry.path, config);
   if (config.lowercase) entry.path.LowerCase();
   return ZnIsSafeName(FromLinkName(entry.path, config.linkstring));

@@ -171,7 +171,33 @@ def test_every_name_comes_back_as_it_was_given(nfs, place):
     assert list(folder.iterdir()) == []
 
 
-@pytest.mark.parametrize("name, stored", [("Grüße ☺", None), ("what?", "what;3F"), ("a;b", "a;;b"), ("x" * 255, None)])
+def test_a_name_that_is_no_utf_8_is_refused(nfs, place):
+    directory, folder = place
+    for name in (b"a\xff", b"\xc0\xae\xc0\xae", b"\xed\xa0\x80", b"cut\xe2\x82", b"\xf8\x88\x80\x80\x80"):
+        calls = [(nfs.lookup, name), (nfs.create, name), (nfs.mkdir, name), (nfs.symlink, name, "to"), (nfs.remove, name),
+                 (nfs.rmdir, name), (nfs.rename, name, directory, "new"), (nfs.rename, "old", directory, name)]
+        assert [status(call, directory, *more) for call, *more in calls] == [13] * len(calls)
+    assert list(folder.iterdir()) == []
+
+
+def test_names_that_latin_1_cannot_hold_are_shown_as_escapes():
+    """Each in a way of its own, by which it is found again."""
+    with Gateway(settings=EAGER, client={"encoding": "iso-8859-1"}, rpc="ISO-8859-1") as gateway:
+        nfs, share, folder = gateway.nfs, gateway.share(), gateway.disk()
+        shown = {"日本": "#65E5#672C", "日.": "#65E5.;;", "日.日.txt": "#65E5.#65E5.txt", "😀": "#D83D#DE00", "é#1": "é#1",
+                 "#65E5": "##65E5"}
+        for name in shown:
+            (folder / name).write_text(name)
+        assert names(nfs, share) == sorted(shown.values())
+        for name, form in shown.items():
+            assert nfs.read_all(nfs.lookup(share, form).file).decode() == name
+        nfs.create(share, "new #672C")
+        nfs.rename(share, "#65E5.;;", share, "#65E5x")
+        nfs.remove(share, "##65E5")
+        assert {path.name for path in folder.iterdir()} == {*shown, "日x", "new 本"} - {"日.", "#65E5"}
+
+
+@pytest.mark.parametrize("name, stored", [("Grüße ☺", None), ("😀 beyond", None), ("what?", "what;3F"), ("a;b", "a;;b"), ("x" * 255, None)])
 def test_names(nfs, place, name, stored):
     directory, folder = place
     file = nfs.create(directory, name, mode=0o644).file

@@ -147,16 +147,23 @@ def test_links_dont_look_like_directories_themselves(nfs, place):
 
 def test_links(nfs, place):
     directory, folder = place
-    targets = {"short": "x", "way": "../some/where else", "日本": "für/ünï", "long": "t" * 1000}
+    targets = {"short": "x", "way": "../some/where else", "日本": "für/ünï", "long": "t" * 1000, "wide": "日本/😀", "look-alike": "Ã©"}
     for name, target in targets.items():
         nfs.symlink(directory, name, target)
-    assert {path.name: path.read_text("iso-8859-1") for path in folder.iterdir()} == {
-        f"-){name}": target for name, target in targets.items()}
+    assert {path.name: path.read_bytes() for path in folder.iterdir()} == {
+        f"-){name}": target.encode("utf-8" if name in ("wide", "look-alike") else "iso-8859-1")
+        for name, target in targets.items()}
     for name, target in targets.items():
         link = nfs.lookup(directory, name)
-        assert (link.attributes.type, link.attributes.size) == (5, len(target))
+        assert (link.attributes.type, link.attributes.size) == (5, (folder / f"-){name}").stat().st_size)
         assert nfs.readlink(link.file) == target
     assert status(nfs.symlink, directory, "short", "again") == 17
+    assert status(nfs.symlink, directory, "bad", b"a\xff") == status(nfs.symlink, directory, "bad", b"a\0b") == 13
+    (folder / "-)no path").write_bytes(b"a\0b")
+    nfs.mkdir(directory, "new")  # lists the directory again
+    nfs.rmdir(directory, "new")
+    assert status(nfs.readlink, nfs.lookup(directory, "no path").file) == 5
+    nfs.remove(directory, "no path")
     nfs.rename(directory, "short", directory, "renamed")
     assert sorted(names(nfs, directory)) == sorted(["renamed", *list(targets)[1:]])
 

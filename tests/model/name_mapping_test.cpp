@@ -22,33 +22,17 @@ TEST(NameMapping, Table) {
   const struct {
     const char *client, *share;
   } cases[] = {
-      {"a?b", "a;3Fb"},
-      {"a;b", "a;;b"},
-      {"", ""},
-      {"\n", ";0A"},
-      {"end.", "end;2E"},
-      {"end ", "end;20"},
-      {"a. .", "a. ;2E"},
-      {" a .b", " a .b"},
-      {"con", ";63on"},
-      {"Aux.c.d", ";41ux.c.d"},
-      {"LPT9", ";4CPT9"},
-      {"nul .x", ";6Eul .x"},
-      {"com0", "com0"},
-      {"CONSOLE", "CONSOLE"},
-      {"x.con", "x.con"},
-      {"COM¹", ";43OM¹"},
-      {"a;41b", "a;41b"},  // no escape of ours
-      {"a;", "a;"},
-      {"a;3B b", "a; b"},  // made by others: the escape would be that of "a;b"
-      {"a;3B;3B41b", "a;;41b"},
-      {";3F", ";;3F"},
-      {"\x7F", "\x7F"},
+      {"a?b", "a;3Fb"},   {"a;b", "a;;b"},        {"", ""},           {"\n", ";0A"},          {"end.", "end;2E"},
+      {"end ", "end;20"}, {"a. .", "a. ;2E"},     {" a .b", " a .b"}, {"con", ";63on"},       {"Aux.c.d", ";41ux.c.d"},
+      {"LPT9", ";4CPT9"}, {"nul .x", ";6Eul .x"}, {"com0", "com0"},   {"CONSOLE", "CONSOLE"}, {"x.con", "x.con"},
+      {"COM¹", ";43OM¹"}, {";3F", ";;3F"},        {"\x7F", "\x7F"},
   };
   for (const auto& c : cases) {
     EXPECT_EQ(InternalToWindowsName(c.client, Config()), c.share) << c.client;
     EXPECT_EQ(WindowsToInternalName(c.share, Config()), c.client) << c.share;
   }
+  for (const char* others : {"a;41b", "a; b", "a;", "end.", "aux.c", ";2Ea", "x;43on"})
+    EXPECT_EQ(WindowsToInternalName(others, Config()), others);
   EXPECT_EQ(InternalToWindowsName("a?", Config(1)), "a;003F");
   EXPECT_EQ(WindowsToInternalName("a;003F", Config(1)), "a?");
   EXPECT_EQ(InternalToWindowsPath("\\a.\\con\\b?\\", Config()), "\\a;2E\\;63on\\b;3F\\");
@@ -61,14 +45,14 @@ TEST(NameMapping, Table) {
             InternalToWindowsName("CON", lowercase).AsUtf8().replace(3, 2, "on"));
 }
 
-bool IsFitForWindows(const std::string& name) {
+bool IsFit(const std::string& name) {
   static const std::regex kUnfit("[\\x01-\\x1F?\"<>*|:]|[. ]$|^(con|prn|aux|nul|com[1-9]|lpt[1-9]) *(\\.|$)",
                                  std::regex::icase);
   return !std::regex_search(name, kUnfit);
 }
 
-// Both directions over all short names of characters that matter and many long ones: every client's name comes back, no
-// two share one name, all are fit; and every fit name of a share is shown as a name that leads to it.
+// Over all short names of characters that matter and many long ones: every client's name comes back, no two share one
+// name, all are fit.
 TEST(NameMapping, NoTwoNamesBecomeOne) {
   const unsigned seed = std::random_device()();
   std::mt19937 random(seed);
@@ -79,12 +63,9 @@ TEST(NameMapping, NoTwoNamesBecomeOne) {
     auto check = [&](const std::string& name) {
       const std::string share = InternalToWindowsName(name, config).AsUtf8();
       ASSERT_EQ(WindowsToInternalName(share, config), name.c_str()) << share << " seed " << seed;
-      ASSERT_TRUE(IsFitForWindows(share)) << name << " becomes " << share;
+      ASSERT_TRUE(IsFit(share)) << name << " becomes " << share;
       auto [owner, isnew] = owners.emplace(share, name);
       ASSERT_TRUE(isnew || owner->second == name) << share << " is " << owner->second << " and " << name;
-      if (!IsFitForWindows(name)) return;
-      const ZnUniString shown = WindowsToInternalName(name, config);
-      ASSERT_EQ(InternalToWindowsName(shown, config), name.c_str()) << shown.AsUtf8() << " seed " << seed;
     };
     for (size_t number = 1; number < 14 * 14 * 14 * 14; number++) {
       std::string name;

@@ -30,12 +30,24 @@ TEST(Utf8, ReadsLatin1WhereThereIsNoSequence) {
       {"\xE2\x82"sv, u"\u00E2"},  // and then the 0x82 is the end
       {"\xE2\x82z"sv, u"\u00E2\u0082z"},
       {"\xC3\xFF"sv, u"\u00FF"},  // any byte with the top bit follows a lead
-      {"\xF0\x9F\x98\x80"sv, u"\u00F0\u009F\u0098"},
+      {"\xF0\x9F\x98\x80z"sv, u"\U0001F600z"},
+      {"\xF0\x80\x80\x80z"sv, u"\u00F0\u0080\u0080\u0080z"},  // overlong
+      {"\xF4\x90\x80\x80z"sv, u"\u00F4\u0090\u0080\u0080z"},  // beyond the last character
       {"\xC0\x80z"sv, u"\0z"sv},
       {"\xED\xA0\x80"sv, std::u16string_view(u"\xD800", 1)},
   };
   for (const auto& [bytes, text] : kCases)
     EXPECT_EQ(Text(bytes, ZnCodeset::Utf8), ZnUniString(text)) << testing::PrintToString(bytes);
+}
+
+TEST(Utf8, PairsAreOneSequenceAndSurrogatesAloneHaveNone) {
+  EXPECT_EQ(Code(u"a\U0001F600\U0010FFFF", ZnCodeset::Utf8), "a\xF0\x9F\x98\x80\xF4\x8F\xBF\xBF");
+  const std::u16string alone = {u'#', 0xDE00, 0xD83D, u'z', 0xD83D};
+  EXPECT_EQ(Code(alone, ZnCodeset::Utf8), "#z");
+  EXPECT_EQ(Code(alone, ZnCodeset::Utf8, ZnCodeset::Recoverable), "###DE00#D83Dz#D83D");
+  for (std::string_view bad : {"\xC0\x80"sv, "\xE0\x80\xAF"sv, "\xED\xA0\x80"sv, "\xF0\x80\x80\xAF"sv,
+                               "\xF4\x90\x80\x80"sv, "\xF8\x88\x80\x80\x80"sv, "\xE2\x82"sv, "\xFF"sv, "\x80"sv})
+    EXPECT_FALSE(ZnUniString::IsValid(ZnByteBuffer(bad.data(), bad.size()), ZnCodeset::Utf8, 0)) << bad;
 }
 
 TEST(Utf16, MarksOfTheOtherOrderTurnTheReading) {

@@ -62,18 +62,22 @@ class Gateway:
     of the profile besides those that lead to the servers, as text lines; a line may hold {user}. environment: of the
     daemon, over this process's own.
 
+    rpc: the encoding of names on the NFS side.
+
     users: whoever has all the machines; the first one is UNIX_USER, and what is said of `the user` is said of him.
 
     nfs: an NfsClient whose root is `root`. peers: name -> SmbPeer. daemon: the Daemon. errors(): what the user was told.
     """
 
-    def __init__(self, machines=None, settings="", environment=None, client=None, users=(UNIX_USER,)):
+    def __init__(self, machines=None, settings="", environment=None, client=None, users=(UNIX_USER,),
+                 rpc="UTF-8"):
         self.users = users
         self.machines = machines or {"pc": {}}
         self.settings = settings
         self.environment = environment
         self.client_options = {"uid": pwd.getpwnam(UNIX_USER).pw_uid, "timeout": 30, "encoding": "utf-8",
                                **(client or {})}
+        self.rpc = rpc
         self.root = ROOT
 
     def __enter__(self):
@@ -106,7 +110,7 @@ class Gateway:
 
     def profile(self):
         settings = self.settings.replace("{user}", f"nfsserver/shares/smb/{UNIX_USER}")
-        return "\n".join(["[nfsserver/server/encoding/rpc={(UTF-8)}]", *map(self._of_user, self.users), settings])
+        return "\n".join([f"[nfsserver/server/encoding/rpc={{({self.rpc})}}]", *map(self._of_user, self.users), settings])
 
     def _of_user(self, name):
         user = f"nfsserver/shares/smb/{name}"
