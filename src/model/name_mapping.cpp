@@ -9,6 +9,7 @@ namespace {
 
 using Name = std::u16string_view;
 
+constexpr char16_t kAsItStands = 0;  // no name holds it
 constexpr Name kDigits = u"0123456789ABCDEF";
 
 // The digit's value, or -1. Only the low byte counts, so a character whose low byte is a digit passes as that digit.
@@ -26,7 +27,7 @@ class Escapes {
         digits_(config.hashmethod == 0 ? 2 : 4),
         lowercase_(config.lowercase) {}
 
-  ZnUniString Escape(Name name) const;
+  ZnUniString Escape(const ZnUniString& text) const;
   ZnUniString Unescape(Name name) const;
 
  private:
@@ -54,8 +55,12 @@ void Escapes::AppendEscape(ZnUniString& to, char16_t unit) const {
 }
 
 // A share whose names are shown in lower case can't tell in which the server has a device's letter.
-ZnUniString Escapes::Escape(Name name) const {
+ZnUniString Escapes::Escape(const ZnUniString& text) const {
+  const Name name = text.View();
   const bool device = ZnIsDeviceName(name);
+  size_t plain = 0;
+  while (plain < name.size() && name[plain] != mark_ && !IsEscaped(name, plain, device)) plain++;
+  if (plain == name.size()) return text;
   ZnUniString result;
   for (size_t i = 0; i < name.size(); i++) {
     if (IsEscaped(name, i, device)) {
@@ -100,7 +105,6 @@ ZnUniString Escapes::UnescapeFrom(Name name, size_t position) const {
 }
 
 ZnUniString Escapes::Unescape(Name name) const {
-  if (name.find(mark_) == Name::npos) return ZnUniString(name);
   const int value = name.empty() || name[0] != mark_ ? -1 : EscapedValue(name, 0);
   if (value > 0) {
     const auto letter = static_cast<char16_t>(value);
@@ -113,11 +117,16 @@ ZnUniString Escapes::Unescape(Name name) const {
 }  // namespace
 
 ZnUniString InternalToWindowsName(const ZnUniString& name, const ZnSMBNFSShareConfig& config) {
-  return config.hashchars.IsEmpty() ? name : Escapes(config).Escape(name.View());
+  if (!name.IsEmpty() && name[0] == kAsItStands) return name.SubString(1);
+  return config.hashchars.IsEmpty() ? name : Escapes(config).Escape(name);
 }
 
+ZnUniString AsItStands(const ZnUniString& name) { return ZnUniString(Name(&kAsItStands, 1)) + name; }
+
 ZnUniString WindowsToInternalName(const ZnUniString& name, const ZnSMBNFSShareConfig& config) {
-  return config.hashchars.IsEmpty() ? name : Escapes(config).Unescape(name.View());
+  if (config.hashchars.IsEmpty() || name.Search(static_cast<char16_t>(config.hashchar)) == ZnUniString::kNotFound)
+    return name;
+  return Escapes(config).Unescape(name.View());
 }
 
 ZnUniString InternalToWindowsPath(const ZnUniString& path, const ZnSMBNFSShareConfig& config) {

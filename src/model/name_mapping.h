@@ -11,6 +11,8 @@ struct ZnSMBNFSShareConfig;
 // first letter of a device's name (CON, also in CON.txt), and the escape character itself is doubled. So every name
 // comes back, no two names become one, and all of them are fit for Windows. Unchanged with empty hashchars.
 ZnUniString InternalToWindowsName(const ZnUniString& name, const ZnSMBNFSShareConfig& config);
+// What InternalToWindowsName makes this name of the share of again.
+ZnUniString AsItStands(const ZnUniString& name);
 // The same for each part of a path between backslashes.
 ZnUniString InternalToWindowsPath(const ZnUniString& path, const ZnSMBNFSShareConfig& config);
 

@@ -3,6 +3,7 @@
 #include <vector>
 
 #include "model/directory_index.h"
+#include "model/name_mapping.h"
 #include "model/session_base.h"
 #include "model/user_base.h"
 
@@ -29,7 +30,9 @@ ZnSMBNFSNode::~ZnSMBNFSNode() = default;
 
 bool ZnSMBNFSNode::IsDirectory() const { return attribs.type == kDirectoryType; }
 
-ZnUniString ZnSMBNFSNode::PathInside() const { return IsInside() ? path + name + "\\" : ZnUniString("\\"); }
+ZnUniString ZnSMBNFSNode::PathInside() const { return IsInside() ? Path() + "\\" : ZnUniString("\\"); }
+
+ZnUniString ZnSMBNFSNode::NameInPath() const { return stored.IsEmpty() ? name : AsItStands(stored); }
 
 void OutOfDate(ZnSMBNFSNode* node, bool contents) {
   node->attribtime = {};

@@ -41,10 +41,15 @@ class ZnSMBNFSNode : public ZnReferable, public ZnInSlab<ZnSMBNFSNode> {
   // Levels 4 and deeper: what a server stores.
   bool IsInside() const { return !IsRoot() && !handle.InTop(); }
   bool IsDirectory() const;
+  // Of this entry of a share, in a path that InternalToWindowsPath takes.
+  ZnUniString NameInPath() const;
+  ZnUniString Path() const { return path + NameInPath(); }
   // The Windows path of what lies in this directory of a share, with "\" at both ends.
   ZnUniString PathInside() const;
 
   ZnUniString name;  // as clients see it, apart from a link's prefix; key in the parent's children
+  // Its name on the share where the mapping of `name` gives another, null else: others made it, by rules of their own.
+  ZnUniString stored;
   // Windows path of the directory that holds this entry, relative to the share, with "\" at both ends.
   ZnUniString path;
   ZnNFSFattr attribs;                            // as handed to clients

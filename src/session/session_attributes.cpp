@@ -59,7 +59,7 @@ void ZnSMBNFSSession::GetSetAllAttribs(Command& command) {
       if (*time) *time = ForDateByPath(ServerLocal(**time));
     }
   }
-  command.fileobject = FileObject(*tree, command.node->path + command.node->name);
+  command.fileobject = FileObject(*tree, command.node->Path());
   const ZnSMBNFSFile* file = command.node->file;
   if (file && file->writable && change.modified) {
     command.fileobject->fid = file->fid;
@@ -93,7 +93,7 @@ void ZnSMBNFSSession::CloseBeforeSetAttribs(Command& command) {
 void ZnSMBNFSSession::GetSetAttribs(Command& command) {
   const ZnSMBNFSTree* tree = TreeOf(command);
   if (!tree) return Fail();
-  command.fileobject = FileObject(*tree, command.node->path + command.node->name);
+  command.fileobject = FileObject(*tree, command.node->Path());
   command.fileobject->attribs = AttribsToSet(command, *tree, command.node->fileobject.attribs);
   Called(SetAttributes(*command.fileobject, &callback_));
 }

@@ -15,7 +15,7 @@ void ZnSMBNFSSession::GetMkdir(Command& command) {
 void ZnSMBNFSSession::GetRmdir(Command& command) {
   const ZnSMBNFSTree* tree = TreeOf(command);
   if (!tree) return Fail();
-  command.fileobject = FileObject(*tree, command.node->path + command.node->name);
+  command.fileobject = FileObject(*tree, command.node->Path());
   Called(DeleteDir(*command.fileobject, &callback_));
 }
 

@@ -64,8 +64,7 @@ void ZnSMBNFSSession::Place(const Command& command, ZnOSStream& line) {
   if (command.fileobject) {
     line << "\\" << command.fileobject->share << command.fileobject->path;
   } else if (tree) {
-    line << "\\" << tree->share
-         << InternalToWindowsName(node->IsShare() ? node->path : node->path + node->name, tree->config);
+    line << "\\" << tree->share << InternalToWindowsPath(node->IsShare() ? node->path : node->Path(), tree->config);
   }
   if (command.fileobject2) line << "->" << command.fileobject2->path;
 }

@@ -62,7 +62,7 @@ void ZnSMBNFSSession::GetOpenFile(Command& command) {
   const ZnSMBNFSTree* tree = TreeOf(command);
   if (!tree) return Fail();
   const Mode mode = ModeOf(command);
-  command.fileobject = FileObject(*tree, command.node->path + command.node->name);
+  command.fileobject = FileObject(*tree, command.node->Path());
   command.fileobject->access = mode.access;
   Called(OpenFile(command.fileobject.get(), mode.sharing, false, Values::OFOpen, &callback_));
 }

@@ -26,14 +26,14 @@ void ZnSMBNFSSession::GetDirs(Command& command) {
   const ZnSMBNFSTree* tree = TreeOf(command);
   command.alreadylisted = tree && ZnIsFresh(node.contentstime, tree->config.contentsttl);
   if (command.alreadylisted) return Advance();
-  List(command, node.IsShare() ? node.path : node.path + node.name, "*");
+  List(command, node.IsShare() ? node.path : node.Path(), "*");
 }
 
 void ZnSMBNFSSession::GetAttribs(Command& command) {
   const ZnSMBNFSNode& node = *command.node.Get();
   const ZnSMBNFSTree* tree = TreeOf(command);
   if (!tree) return Fail();
-  List(command, node.path, InternalToWindowsName(node.name, tree->config));
+  List(command, node.path, InternalToWindowsName(node.NameInPath(), tree->config));
 }
 
 void ZnSMBNFSSession::GetSpace(Command& command) {

@@ -14,7 +14,7 @@ constexpr unsigned kDenied = 5 * 256 + 1;
 void ZnSMBNFSSession::GetRm(Command& command) {
   const ZnSMBNFSTree* tree = TreeOf(command);
   if (!tree) return Fail();
-  command.fileobject = FileObject(*tree, command.node->path + command.node->name);
+  command.fileobject = FileObject(*tree, command.node->Path());
   Doom(*command.fileobject, command.node.Get());
   RemoveDoomed(command);
 }

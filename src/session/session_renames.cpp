@@ -50,15 +50,15 @@ void ZnSMBNFSSession::GetRename(Command& command) {
   const ZnSMBNFSTree* from = TreeOf(command);
   const ZnSMBNFSTree* to = TreeOf(directory);
   if (!from || !to) return Fail();
-  command.fileobject = FileObject(*from, command.node->path + command.node->name);
+  command.fileobject = FileObject(*from, command.node->Path());
   command.fileobject->attribs = command.node->fileobject.attribs;
-  command.fileobject2 = FileObject(*to, directory->PathInside() + command.name);
-  doomed_.reset();
-  madewritable_ = replacetried_ = false;
   const ZnSMBNFSNode* target = RenameTarget(command);
   const bool taken = target && target->name == command.name;
+  command.fileobject2 = FileObject(*to, taken ? target->Path() : directory->PathInside() + command.name);
+  doomed_.reset();
+  madewritable_ = replacetried_ = false;
   // A link and a file that clients see under one name have two on the share.
-  if (target && !taken) Doom(*FileObject(*to, target->path + target->name), target);
+  if (target && !taken) Doom(*FileObject(*to, target->Path()), target);
   taken&& MayReplace(command) ? Replace(command) : MoveOrRename(command);
 }
 
@@ -122,7 +122,7 @@ void ZnSMBNFSSession::MakeRoom(Command& command) {
   if (taken && taken->name != command.name) {
     // Whose case it will be after that is the server's choice, but for this one.
     command.name = taken->name;
-    command.fileobject2 = FileObject(*TreeOf(taken), taken->path + taken->name);
+    command.fileobject2 = FileObject(*TreeOf(taken), taken->Path());
   }
   if (MayReplace(command)) return Replace(command);
   if (!taken || taken->IsDirectory() != command.node->IsDirectory()) return SendError(FailureText(), command.failure);

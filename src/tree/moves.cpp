@@ -18,10 +18,12 @@ void ZnSMBNFSFileSystem::Move(ZnSMBNFSNode* node, ZnSMBNFSNode* directory, ZnUni
   if (!tree || ZnIsAtOrBelow(directory, node)) return;
   if (tree->config.lowercase) name.LowerCase();
   ZnSMBNFSNode* replaced = ZnEntryShownAs(*directory, name, tree->config.linkstring);
+  const ZnUniString stored = replaced && replaced != node ? replaced->stored : ZnUniString();
   if (replaced && replaced != node) TakeOut(replaced);
   OutOfDate(node->parent, false);
   RemoveFromParent(node);
   node->name = name;
+  node->stored = stored;
   node->parent = directory;
   AddChild(directory, node);
   OutOfDate(node, false);

@@ -1,5 +1,7 @@
 // Levels 4 and deeper: the merge of a server's listing into the tree.
 
+#include <algorithm>
+
 #include "config/smbnfs_config.h"
 #include "model/age.h"
 #include "model/log_catalogue.h"
@@ -47,13 +49,42 @@ bool IsEmptyTop(const ZnSMBNFSCommand& command) {
   return command.node->IsShare() && command.refusal == kFileNotFound;
 }
 
+// An entry of a listing on its way into the tree.
+struct Shown {
+  ZnSMBCFileObject* entry;
+  ZnUniString stored;             // as of the node
+  ZnSMBNFSNode* child = nullptr;  // null when it isn't in the tree yet
+  bool doubled = false;           // it stood in the listing before
+
+  bool Is(const ZnSMBNFSNode& node) const { return node.stored == stored; }
+};
+
 // Turns the server's name of an entry into the tree's. False for an entry that isn't shown.
-bool TakeName(ZnSMBCFileObject& entry, const ZnSMBNFSShareConfig& config) {
-  if (!config.showhidden && entry.attribs.hidden) return false;
-  if (ZnLeavesDirectory(entry.path)) return false;
-  entry.path = WindowsToInternalName(entry.path, config);
+bool TakeName(Shown& shown, const ZnSMBNFSShareConfig& config) {
+  ZnSMBCFileObject& entry = *shown.entry;
+  if ((!config.showhidden && entry.attribs.hidden) || ZnLeavesDirectory(entry.path)) return false;
+  const ZnUniString listed = entry.path;
+  entry.path = WindowsToInternalName(listed, config);
   if (config.lowercase) entry.path.LowerCase();
+  const ZnUniString ours = InternalToWindowsName(entry.path, config);
+  if (config.lowercase ? !ours.MatchCaseless(listed) : ours != listed) shown.stored = listed;
   return ZnIsSafeName(FromLinkName(entry.path, config.linkstring));
+}
+
+// Where another entry has the name already, this one gets two escape characters more, and keeps them when the other
+// goes. Gives the entry's node, if it is there.
+ZnSMBNFSChild* TakePlace(Shown& shown, ZnSMBNFSNode& directory, const ZnSMBNFSShareConfig& config) {
+  const ZnUniString listed = shown.stored.IsEmpty() ? InternalToWindowsName(shown.entry->path, config) : shown.stored;
+  const ZnUniString more(std::u16string(2, static_cast<char16_t>(config.hashchar)));
+  while (true) {
+    ZnSMBNFSChild* child = directory.children.Find(shown.entry->path);
+    if (child && shown.Is(*child->node)) return child;
+    if (!child && shown.stored.IsEmpty()) return nullptr;
+    ZnSMBNFSChild* aside = child ? nullptr : directory.children.Find(shown.entry->path + more);
+    if (!child && !(aside && shown.Is(*aside->node))) return nullptr;
+    shown.stored = listed;
+    shown.entry->path += more;
+  }
 }
 
 }  // namespace
@@ -65,29 +96,32 @@ void ZnSMBNFSFileSystem::CBUpdateDirList(ZnSMBNFSCommand* command) {
   const bool failed = command->sessionstatus == ZnSMBNFSEnum::SSTError && !IsEmptyTop(*command);
   if (failed || !tree) return RefreshFailed(command);
   if (command->alreadylisted) return Continue(command);
-  struct Shown {
-    ZnSMBCFileObject* entry;
-    ZnSMBNFSNode* child;  // null when it isn't in the tree yet
-  };
   std::vector<Shown> shown;
   shown.reserve(command->files.Count());
+  for (ZnSMBCFileObject& entry : command->files) {
+    Shown each{&entry, {}};
+    if (TakeName(each, tree->config)) shown.push_back(std::move(each));
+  }
+  // Names that others made come last: where ours stands beside them, they make way.
+  std::ranges::stable_partition(shown, &ZnUniString::IsEmpty, &Shown::stored);
   const uint32_t listing = ++listings_;
   size_t known = 0;
-  for (ZnSMBCFileObject& entry : command->files) {
-    if (!TakeName(entry, tree->config)) continue;
-    ZnSMBNFSChild* child = node->children.Find(entry.path);
-    if (child && std::exchange(child->listing, listing) == listing) continue;  // twice in the listing
-    shown.push_back({&entry, child ? child->node : nullptr});
-    if (child) known++;
+  for (Shown& each : shown) {
+    ZnSMBNFSChild* child = TakePlace(each, *node.Get(), tree->config);
+    if (!child) continue;
+    each.child = child->node;
+    each.doubled = std::exchange(child->listing, listing) == listing;
+    if (!each.doubled) known++;
   }
   if (known < node->children.Count()) PruneUnlisted(node.Get(), listing);
 
   ZnUniString path = EntriesPath(*node.Get(), tree->config);
-  for (const Shown& each : shown) {
+  for (Shown& each : shown) {
+    if (each.doubled) continue;
     if (each.child) {
       UpdateNode(each.child, *each.entry, false);
-    } else if (!node->children.Find(each.entry->path)) {
-      AddNode(node.Get(), *each.entry, path);
+    } else if (!TakePlace(each, *node.Get(), tree->config) && ZnIsSafeName(each.entry->path)) {
+      AddNode(node.Get(), *each.entry, path)->stored = each.stored;
     }
   }
   command->files.Flush();
