@@ -59,22 +59,6 @@ TEST(DatabaseText, ValuesAndKeysAreTakenToTheLetter) {
   EXPECT_TRUE(database.KeyExists("none") && ValuesOf(database, "none").empty());
 }
 
-TEST(DatabaseText, LaterTextReplacesKeysAndFailureKeepsWhatCameBefore) {
-  ZnDatabase database;
-  EXPECT_TRUE(database.FromString("[a={(1)(2)}][b={(1)}]", 0));
-  EXPECT_FALSE(database.FromString("[a={(3)}][c={(4)}]oops[d={(5)}]", 7));
-  EXPECT_EQ(database.ToString(-1).AsUtf8(), "[a={(3)}]\n[b={(1)}]\n[c={(4)}]\n");
-  EXPECT_EQ(database.ToString(0).AsUtf8(), "[b={(1)}]\n");
-  EXPECT_EQ(database.Tag("d"), -1);
-}
-
-TEST(DatabaseText, CommentsStayWithTheEntryBehindThemAndHeadersGo) {
-  ZnDatabase database;
-  ASSERT_EQ(Parsed(database, "## header\n\n\n# one\n\n## header\n # two\n[a={(\\\\)(\\=)}] # of b\n[b={}][c={}]# lost"),
-            "Success");
-  EXPECT_EQ(database.ToString(-1).AsUtf8(), "# one\n # two\n[a={(\\\\)(\\=)}]\n # of b\n[b={}]\n[c={}]\n");
-}
-
 class RandomTexts : public testing::Test {
  protected:
   unsigned seed_ = std::random_device()();

@@ -55,20 +55,6 @@ TEST_F(Records, EveryRefusalHasItsWords) {
   EXPECT_EQ(ZnSMBNFSConfig::LoadMachineConfig("fred", "pc", machine_).AsUtf8(), "") << "a closed share alone";
 }
 
-TEST_F(Records, OfTheServer) {
-  const auto values = [this] {
-    return std::tuple(server_.port, server_.usercachemode, server_.cleanupdelay, server_.rpcencoding,
-                      server_.paranoidupdate, server_.maximiselimits, server_.winsservers.Count());
-  };
-  ASSERT_EQ(LoadRecord("", {"server/winsservers={(127.0.0.2)(10.0.0.1)}"}), "");
-  EXPECT_EQ(values(), std::tuple(4242, 2, 10, ZnCodeset::Latin1, true, false, 2U));
-  EXPECT_EQ(Joined(server_.addresses), "_");
-  ASSERT_EQ(LoadRecord("", {"mount/port={(65535)}", "server/encoding/rpc={(utf-8)}", "server/cleanupdelay={(3)}",
-                            "server/paranoidupdate={(0)}", "server/maximiselimits={(1)}"}),
-            "");
-  EXPECT_EQ(values(), std::tuple(65535, 2, 3, ZnCodeset::Utf8, false, true, 0U));
-}
-
 TEST_F(Records, OfAUserWhoseAccountServesUnlessToldOtherwise) {
   const auto values = [this] { return std::tuple(user_.uid, user_.gid, user_.unixperms, user_.rootaccess); };
   ASSERT_EQ(LoadRecord("fred", {"logfile={(/tmp/%%USERNAME%%/%%USERNAME%%.log)}"}), "");
@@ -107,15 +93,6 @@ TEST_F(Records, OfAMachine) {
     ASSERT_EQ(LoadRecord(std::string("fred/") + machine, {setting}), "");
     EXPECT_EQ(machine_.nbtname.AsUtf8(), name) << setting;
   }
-}
-
-TEST_F(Records, OfAShare) {
-  ASSERT_EQ(LoadRecord("fred/pc/c", {"winname={(*)}", "allowednames={(12)}"}), "");
-  EXPECT_EQ(std::tuple(share_.winname.AsUtf8(), share_.allowednames, share_.unixperms, share_.uid, share_.manglechar,
-                       share_.hashchar, share_.attribttl, share_.openfilettl),
-            std::tuple("fred", 12, 448, 1, '~', ';', 10, 15));
-  EXPECT_TRUE(!share_.matchlong && share_.matchcase && share_.syncwrites && share_.rootaccess && share_.nosetreadonly);
-  EXPECT_FALSE(share_.matchshort || share_.lowercase);
 }
 
 TEST_F(Records, CachedRecordsLastUntilTheConfigurationChanges) {

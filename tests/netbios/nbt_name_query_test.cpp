@@ -166,12 +166,6 @@ TEST_F(NameQuery, NodeStatusAsksForAllNames) {
   EXPECT_EQ(machines, (ZnDList<ZnMachine>{ZnMachine("FRED", 0x20)}));
 }
 
-TEST_F(NameQuery, CannotStart) {
-  query_->SetNamePort(0);  // the host doesn't send there
-  EXPECT_FALSE(Lookup(0, kSoon));
-  EXPECT_FALSE(query_->IsRunning());
-}
-
 TEST_F(NameQuery, OwnerMayDeleteTheQueryInTheCallback) {
   deleteInCallback_ = true;
   ASSERT_TRUE(Lookup(0, kSoon));

@@ -101,14 +101,4 @@ TEST(NameServicePacket, RefusesDataThatContradictsItself) {
   }
 }
 
-TEST(DatagramServicePacket, PartsByType) {
-  auto message = CheckLayout(ZnNBTDatagram(), "11 0A 0007 C0A80001 008A 0046 0000" FRED_HEX FRED_HEX "| FF534D42");
-  EXPECT_EQ(message.nodeType, 2);
-  EXPECT_TRUE(message.first && !message.more);
-  EXPECT_EQ(message.source.AsString(true), "192.168.0.1:138");
-  EXPECT_EQ(ToHex(message.data.bytes), "ff534d42");
-  CheckLayout(ZnNBTDatagram(), "14 02 0007 C0A80001 008A 0000 0000" FRED_HEX);
-  CheckLayout(ZnNBTDatagram(), "13 02 0007 C0A80001 008A 0000 0000");
-}
-
 }  // namespace

@@ -278,18 +278,4 @@ TEST_F(Session, OwnerMayDoAnythingInACallback) {
   }
 }
 
-TEST_F(Session, BrokenConnectionIsToldByTheWriteThatFindsIt) {
-  for (bool deleted : {false, true}) {
-    Establish();
-    peer_.HangUp(true);
-    onEvent_ = [&](ZnNBTSession::cbdispatch) {
-      EXPECT_TRUE(session_->WasEstablished());
-      if (deleted) session_.reset();
-    };
-    EXPECT_FALSE(session_->WriteMessage(Hex("41")));
-    EXPECT_THAT(events_, ElementsAre(SessionDisconnected));
-    onEvent_ = nullptr;
-  }
-}
-
 }  // namespace

@@ -7,38 +7,6 @@
 
 namespace {
 
-using namespace ZnRPCEnum;
-
-const ZnRPCAuthBlock kNobody, kCaller{{}, AUTH_UNIX, {{}, 0x11223344, "pc one", 1000, 100, {{{}, 4}, {{}, 24}}}};
-#define CALLER_HEX "11223344 00000006 7063206f6e65 0000 000003e8 00000064 00000002 00000004 00000018"
-
-TEST(RpcRecords, Calls) {
-  const ZnRPCCallBody body{{}, 2, 100003, 2, 4, kCaller, kNobody, Hex("a1a2a3")};
-  CheckRecord(ZnRPCMessageFromClient{{}, 0x12345678, CALL, body},
-              "12345678 00000000 00000002 000186a3 00000002 00000004 00000001 00000024" CALLER_HEX
-              "00000000 00000000 | a1a2a3");
-}
-
-TEST(RpcRecords, Replies) {
-  const ZnRPCAccepted success{{}, kNobody, SUCCESS, Hex("b1b2b3b4"), 0, 0};
-  const ZnRPCAccepted mismatch{{}, kNobody, PROG_MISMATCH, {}, 2, 3};
-  const ZnRPCAccepted unavailable{{}, kNobody, PROC_UNAVAIL, {}, 0, 0};
-  const ZnRPCRejected denied{{}, RPC_MISMATCH, 2, 2, AUTH_OK}, refused{{}, AUTH_ERROR, 0, 0, AUTH_TOOWEAK};
-  const struct {
-    ZnRPCReplyBody body;
-    const char* digits;
-  } cases[] = {
-      {{{}, MSG_ACCEPTED, success, {}}, "00000000 00000000 00000000 00000000 | b1b2b3b4"},
-      {{{}, MSG_ACCEPTED, mismatch, {}}, "00000000 00000000 00000000 00000002 00000002 00000003"},
-      {{{}, MSG_ACCEPTED, unavailable, {}}, "00000000 00000000 00000000 00000003"},
-      {{{}, MSG_DENIED, {}, denied}, "00000001 00000000 00000002 00000002"},
-      {{{}, MSG_DENIED, {}, refused}, "00000001 00000001 00000005"},
-  };
-  for (const auto& [body, digits] : cases) {
-    CheckRecord(ZnRPCMessageFromServer{{}, 7, REPLY, body}, std::string("00000007 00000001") + digits);
-  }
-}
-
 // Lengths and counts that promise more than there is, whatever the arithmetic; words with other values than they may
 // have.
 TEST(RpcRecords, RefusedBytes) {
@@ -69,12 +37,6 @@ TEST(RpcRecords, RefusedBytes) {
     ZnRPCMessageFromServer reply;
     EXPECT_FALSE(reply.Read(Hex(std::string("00000001") + digits + "00000000 00000000 00000000"))) << digits;
   }
-}
-
-TEST(RpcRecords, ABodyIsReadByItsFieldsWhateverItsLengthWordSays) {
-  ZnRPCAuthBlock block;
-  EXPECT_TRUE(block.Read(Hex("00000001 00000000" CALLER_HEX)));
-  EXPECT_EQ(block, kCaller);
 }
 
 TEST(RpcRecords, StringsTravelInTheRpcEncoding) {

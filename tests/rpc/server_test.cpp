@@ -125,26 +125,4 @@ TEST_F(NfsServerTest, RepliesMayLeaveLaterAndHoldNothingOfEarlierOnes) {
   EXPECT_EQ(Reply(), "0000000400000001000000010000000100000002");
 }
 
-TEST_F(NfsServerTest, MiscErrorsThatWouldNeedMoreDataBecomeGarbageArguments) {
-  for (auto [given, sent] :
-       {std::pair{SUCCESS, "4"}, {PROG_UNAVAIL, "1"}, {PROG_MISMATCH, "4"}, {PROC_UNAVAIL, "3"}, {GARBAGE_ARGS, "4"}}) {
-    server.SendMiscError(self, 0, given);
-    EXPECT_EQ(Reply(), std::string("0000000000000001000000000000000000000000") + "0000000" + sent);
-  }
-}
-
-TEST(RpcServer, StartTellsWhatFailed) {
-  StandInLoop loop;
-  {
-    ZnNFSServer first(&loop, 0);
-    ZnInetAddr bound;
-    first.LocalAddress(bound);
-    EXPECT_EQ(ZnNFSServer(nullptr, bound.GetPort()).error(), "Failed to bind to local socket");
-    EXPECT_EQ(ZnNFSServer(nullptr, 65536).error(), "Failed to bind to local socket");
-  }
-  EXPECT_EQ(loop.callback, nullptr);
-  loop.full = true;
-  EXPECT_EQ(ZnNFSServer(&loop, 0).error(), "Failed to add callback");
-}
-
 }  // namespace

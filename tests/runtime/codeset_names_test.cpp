@@ -4,14 +4,6 @@
 
 namespace {
 
-TEST(CodesetNames, ResolveInAnyCase) {
-  const std::pair<const char*, ZnEncoding> kCases[] = {
-      {"utf8", 42},        {"iso 8859-1", 33}, {"cp850", 20},  {"437", 16}, {"Windows-1258", 15},
-      {"ibm866", 30},      {"GB2312", 32},     {"En_Us", 33},  {"jp", 35},  {"TIS620.2533", 38},
-      {"unicode lsb", 40}, {"", 43},           {"UTF-16", 43}, {"CP85", 43}};
-  for (const auto& [name, encoding] : kCases) EXPECT_EQ(ZnCodesetConverter::GetEncoding(name), encoding) << name;
-}
-
 TEST(CodesetNames, EveryEncodingHasItsCanonicalName) {
   ZnDList<ZnUniString> names;
   ZnCodesetConverter::ListSupportedEncodings(names);

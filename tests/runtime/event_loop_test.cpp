@@ -144,23 +144,6 @@ TEST_F(EventLoop, DueTimersFireOneATurnAndWaitWhileDescriptorsAreReady) {
   EXPECT_THAT(seen, ElementsAre("removed", "ready", "ready", "early", "ready", "late", "late"));
 }
 
-TEST_F(EventLoop, WhatEachSideHears) {
-  using Calls = std::vector<std::string>;
-  const Calls both{"read", "write"};
-  Callback reader = Note("read"), writer = Note("write");
-  loop.AddFileEvent(5, true, true, &reader);
-  loop.AddFileEvent(5, false, true, &writer);  // replaces that side
-  for (const auto& [revents, calls] : std::map<short, Calls>{
-           {POLLIN, {"read"}}, {POLLOUT, {"write"}}, {POLLERR, both}, {POLLHUP, both}, {POLLPRI, {}}}) {
-    seen.clear();
-    loop.Reports({{5, revents}}).EnterEventLoop();
-    EXPECT_EQ(seen, calls) << revents;
-  }
-  EXPECT_TRUE(loop.RemoveFileEvent(5, true, false, nullptr));
-  loop.EnterEventLoop();
-  EXPECT_THAT(loop.watched, ElementsAre(std::pair(5, POLLNVAL | POLLOUT)));
-}
-
 TEST_F(EventLoop, UnregisterInsideCallbackClosesTheGapAndSkipsOneForATurn) {
   Callback first([&](auto) {
     seen.emplace_back("first");
@@ -214,16 +197,6 @@ TEST_F(EventLoop, BadDescriptorIsReportedAndDropped) {
   EXPECT_THAT(loop.watched, ElementsAre(std::pair(6, POLLNVAL | POLLIN)));
 }
 
-TEST_F(EventLoop, ExitFromACallbackStillFinishesTheWalk) {
-  Callback leave([&](auto) { loop.ExitEventLoop(42); });
-  Callback behind = Note("behind");
-  loop.AddFileEvent(5, true, false, &leave);
-  loop.AddFileEvent(6, true, false, &behind);
-  EXPECT_EQ(loop.Reports({{5, POLLIN}, {6, POLLIN}}).TimesOut().EnterEventLoop(), 42);
-  EXPECT_THAT(seen, ElementsAre("behind"));
-  EXPECT_EQ(loop.script.size(), 1U);
-}
-
 TEST_F(EventLoop, OnlyAnUnexpectedPollErrorIsFatal) {
   EXPECT_EQ(loop.Fails(EINTR).Fails(EAGAIN).EnterEventLoop(), 0);
   EXPECT_EQ(loop.timeouts.size(), 3U);
@@ -232,22 +205,6 @@ TEST_F(EventLoop, OnlyAnUnexpectedPollErrorIsFatal) {
   EXPECT_EQ(::testing::internal::GetCapturedStderr(),
             "\nHalden legacy event loopPID=" + std::to_string(getpid()) +
                 " FATAL ERROR:EventLoop has unexpected error: Invalid argument\n");
-}
-
-// A synchronous call waits by running the loop inside a callback.
-TEST_F(EventLoop, NestedRunEndsAloneAndTakesNoEventTwice) {
-  Callback inner([&](auto) {
-    seen.emplace_back("inner");
-    loop.ExitEventLoop(2);
-  });
-  Callback outer([&](auto) {
-    loop.ExitEventLoop(9);  // and still holds behind the nested run
-    seen.push_back("outer got " + std::to_string(loop.EnterEventLoop()));
-  });
-  loop.AddFileEvent(5, true, false, &outer);
-  loop.AddFileEvent(6, true, false, &inner);
-  EXPECT_EQ(loop.Reports({{5, POLLIN}}).Reports({{6, POLLIN}}).EnterEventLoop(), 9);
-  EXPECT_THAT(seen, ElementsAre("inner", "outer got 2"));
 }
 
 // The real poll, with a signal too late for the turn's look at the signals.

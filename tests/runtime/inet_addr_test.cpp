@@ -33,28 +33,4 @@ TEST(InetAddr, FromString) {
   }
 }
 
-TEST(InetAddr, BytesAreInNetworkOrder) {
-  const uint8_t bytes[] = {192, 168, 0, 1, 77};
-  const uint8_t* cursor = bytes;
-  size_t remaining = sizeof(bytes);
-  ZnInetAddr address;
-  ASSERT_TRUE(address.Read(cursor, remaining));
-  EXPECT_EQ(address, ZnInetAddr(192, 168, 0, 1));
-  EXPECT_FALSE(address.Read(cursor, remaining));
-  EXPECT_EQ(*cursor, 77);
-}
-
-TEST(NetworkInterfaces, TheLoopbackIsThere) {
-  const ZnDList<ZnNetworkInterface>* list = nullptr;
-  const unsigned count = ZnGetNetworkInterfaces(true, list);
-  ASSERT_EQ(count, list->Count());
-  auto loopback = std::find_if(list->begin(), list->end(), [](const auto& one) { return one.name == "lo"; });
-  ASSERT_NE(loopback, list->end());
-  EXPECT_TRUE(loopback->IsLoopback() && loopback->IsUp());
-  EXPECT_EQ(loopback->address, ZnInetAddr::AddressLoopback());
-  EXPECT_EQ(loopback->netmask, ZnInetAddr(255, 0, 0, 0));
-  for (const auto& one : *list) EXPECT_TRUE(one.address.IsLocal(false)) << one.name.AsUtf8();
-  EXPECT_FALSE(ZnInetAddr(192, 0, 2, 1).IsLocal(true));  // an address of documentation
-}
-
 }  // namespace

@@ -19,9 +19,4 @@ TEST(KeyedHash, PublishedVectors) {
   for (const auto& [length, hash] : vectors) EXPECT_EQ(ZnKeyedHash(key, bytes.data(), length), hash) << length;
 }
 
-TEST(KeyedHash, TheProcessHasOneKey) {
-  EXPECT_EQ(ZnKeyedHash("name", 4), ZnKeyedHash("name", 4));
-  EXPECT_NE(ZnKeyedHash("name", 4), ZnKeyedHash(ZnHashKey{}, "name", 4));
-}
-
 }  // namespace

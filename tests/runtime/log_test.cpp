@@ -70,16 +70,6 @@ TEST_F(Log, FirstMatchingFilterDecides) {
   }
 }
 
-TEST_F(Log, NamesThatComeUpLaterAreFilteredAndKeepTheNumbersInPlace) {
-  ZnLog::SetupFilters({"*/*/failure"}, false);
-  EXPECT_TRUE(ZnLog::Gen("x", "y", "failure"));
-  EXPECT_FALSE(ZnLog::Gen("x", "y", "z"));
-  ZnLog::SetupFilters({"x/y/z", "nfs/call/success"}, false);
-  EXPECT_FALSE(ZnLog::Gen("x", "y", "failure"));
-  EXPECT_TRUE(ZnLog::Gen("x", "y", "z"));
-  EXPECT_TRUE(ZnLog::Gen(2));
-}
-
 TEST_F(Log, PlainAndStructuredFormsByteForByte) {
   const std::string pid = std::to_string(getpid());
   ZnLog::SetupFilters({"*/*/failure"}, false);
@@ -114,26 +104,6 @@ TEST_F(Log, LinesGoToEveryDestinationInItsEncoding) {
   EXPECT_EQ(::testing::internal::GetCapturedStderr(), "a\u00fc\nb%s\n");
   EXPECT_EQ(Contents("one.log"), "a\u00fc\nb%s\n");
   EXPECT_EQ(Contents("two.log"), "a\xfc\nb%s\n");
-}
-
-TEST_F(Log, ChildWritesToItsOwnFile) {
-  std::ofstream(directory / "shared.log") << "old\n";
-  ASSERT_EQ(Add("cl", true), ZnLog::Success);
-  ASSERT_EQ(Add("shared"), ZnLog::Success);
-  ZnLog::SetProcInfo("parent");
-  ZnLog::AboutToFork();
-  const pid_t child = fork();
-  if (child == 0) {
-    ZnLog::HaveForked();
-    ZnLog::Error("child " + ZnLog::ProcInfo() + "\n");
-    ZnLog::Flush();
-    _exit(0);
-  }
-  waitpid(child, nullptr, 0);
-  const std::string line = "child (pid " + std::to_string(child) + ")\n";
-  EXPECT_EQ(Contents("cl" + std::to_string(child) + ".log"), line);
-  EXPECT_EQ(Contents("shared.log"), "old\n" + line);
-  EXPECT_EQ(Contents("cl" + std::to_string(getpid()) + ".log"), "");
 }
 
 }  // namespace

@@ -44,23 +44,4 @@ TEST(Datagrams, StatusTellsHowTheBufferWasFilled) {
   EXPECT_TRUE(receiver.Error().IsEmpty());  // nothing there is no failure
 }
 
-TEST(Bind, PortInUse) {
-  ZnSocket first, second;
-  ZnInetAddr address;
-  ASSERT_TRUE(first.Bind(kLoopback, ZnSocket::Datagram, false, 0, false) && first.LocalAddress(address));
-
-  testing::internal::CaptureStderr();
-  EXPECT_FALSE(second.Bind(address, ZnSocket::Datagram, false, 0, true));
-  EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
-  EXPECT_EQ(second.Error().Code(), EADDRINUSE);
-
-  testing::internal::CaptureStderr();
-  EXPECT_FALSE(second.Bind(address, ZnSocket::Datagram, false, 1, true));
-  EXPECT_EQ(testing::internal::GetCapturedStderr(), "A socket is still in use, attempting 1 retries...\n");
-
-  testing::internal::CaptureStderr();
-  EXPECT_FALSE(second.Bind(ZnInetAddr(192, 0, 2, 1), ZnSocket::Datagram, false, 5, true));  // not ours: no retry helps
-  EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
-}
-
 }  // namespace

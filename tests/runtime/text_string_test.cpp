@@ -7,30 +7,6 @@
 
 namespace {
 
-constexpr size_t kNone = ZnUniString::kNotFound;
-
-TEST(UniString, Searches) {
-  ZnUniString text("banana");
-  EXPECT_EQ(text.SearchFrom(3, 'n'), 4U);
-  EXPECT_EQ(text.SearchFrom(2, "ana"), 3U);
-  EXPECT_EQ(text.SearchFrom(9, 'a'), kNone);
-  EXPECT_EQ(text.SearchReverseFrom(3, 'n'), 2U);
-  EXPECT_EQ(text.SearchReverseFrom(2, "ana"), 1U);
-  EXPECT_EQ(text.SearchReverseFrom(0, 'n'), kNone);
-  EXPECT_EQ(text.SearchFirstNotIn("ab"), 2U);
-  EXPECT_EQ(text.SearchFirstNotIn("abn"), kNone);
-}
-
-TEST(UniString, SubstituteResumesBehindWhatItInserted) {
-  ZnUniString text("aaa");
-  EXPECT_EQ(text.Substitute("a", "aa"), 3U);
-  EXPECT_EQ(text, "aaaaaa");
-  EXPECT_EQ(text.Substitute("aaaa", ""), 1U);
-  EXPECT_EQ(text.Substitute("", "x"), 0U);
-  EXPECT_EQ(text.Substitute("aa", text), 1U);
-  EXPECT_EQ(text, "aa");
-}
-
 TEST(UniString, CaseOfSingleCharacters) {
   const std::array<char16_t, 3> kCases[] = {
       {'A', 'a', 'A'},          {'@', '@', '@'},          {'[', '[', '['},         {'`', '`', '`'},

@@ -66,20 +66,6 @@ TEST_F(Signals, EachNumberIsDispatchedOnceToAllItsCallbacksLowestFirst) {
   EXPECT_EQ(process.ProcessSignals(), 0);
 }
 
-TEST_F(Signals, ChildrenAreReaped) {
-  Callback callback;
-  Note(SIGUSR1, callback, "usr1");
-  raise(SIGUSR1);
-  process.ProcessSignals();  // from here on SIGCHLD is caught
-  const pid_t child = fork();
-  if (child == 0) _exit(0);
-  pollfd entry{process.WakeDescriptor(), POLLIN, 0};
-  while (poll(&entry, 1, 10000) < 0 && errno == EINTR) {
-  }
-  EXPECT_EQ(process.ProcessSignals(), 1);
-  EXPECT_EQ(waitpid(child, nullptr, WNOHANG), -1);
-}
-
 // --- Faults of the program itself, each in a process of its own ---
 
 struct Nothing : ZnEventCallback {
@@ -169,17 +155,6 @@ TEST_F(BecomeUser, SetsGroupsGroupAndUserInThisOrderAndOnlyWhatChanges) {
   EXPECT_THAT(process.calls, ElementsAre());
   EXPECT_TRUE(process.BecomeRoot());
   EXPECT_THAT(process.calls, ElementsAre("uid 0", ::testing::StartsWith("groups "), "gid 0"));
-}
-
-TEST_F(BecomeUser, FailureIsToldAndTheNextChangeGoesThroughEverything) {
-  process.refused = {gid};
-  EXPECT_FALSE(process.BecomeUser(daemon));
-  EXPECT_EQ(process.UidError().Text(),
-            ("setegid(" + std::to_string(daemon.gid()) + "): Operation not permitted").c_str());
-  process.refused.clear();
-  process.calls.clear();
-  EXPECT_TRUE(process.BecomeUser(daemon));
-  EXPECT_THAT(process.calls, ElementsAre("uid 0", "groups 0", gid, uid));
 }
 
 TEST_F(BecomeUser, TheHostAgrees) {

@@ -71,19 +71,4 @@ TEST_P(UserDatabase, NamesAreTakenWhole) {
 
 INSTANTIATE_TEST_SUITE_P(CacheModes, UserDatabase, testing::Values(0, 1, 2, 3, -1));
 
-TEST(UnixUser, HasTheGroupsOfTheHostsOwnCommand) {
-  for (const auto& [name, groups] : Getent()) {
-    ZnUnixUser user(name, true);
-    ASSERT_TRUE(user.found()) << name;
-    FILE* command = popen(("id -G " + name).c_str(), "r");
-    size_t count = 0;
-    for (unsigned gid = 0; fscanf(command, "%u", &gid) == 1; count++) EXPECT_TRUE(user.MemberOf(gid)) << name << gid;
-    pclose(command);
-    EXPECT_EQ(user.groups().size(), count) << name;
-  }
-  ZnUnixUser nobody("no such user", true);
-  EXPECT_FALSE(nobody.found());
-  EXPECT_FALSE(nobody.MemberOf(nobody.gid()));
-}
-
 }  // namespace

@@ -5,12 +5,9 @@
 #include <fstream>
 #include <sstream>
 
-#include "smb/client/client_error.h"
 #include "smb/client/smb_error_text.h"
 
 namespace {
-
-using Error = ZnSMBClientError;
 
 TEST(ErrorText, NamesAndSentencesOfServerErrors) {
   const struct {
@@ -46,14 +43,6 @@ TEST(ErrorText, TheDocumentHasTheTable) {
          << row.sentence << " | " << row.status << " |\n";
     EXPECT_NE(document.str().find(line.str()), std::string::npos) << line.str();
   }
-}
-
-TEST(ErrorText, WhatTheClientExplainsItself) {
-  const std::string how = "\nThe print server could not process the request";
-  EXPECT_EQ(Error::CoherentSMBError(static_cast<Error::SMBError>(3)),
-            ("Unknown SMBStatus (3)\nUnrecognised server error" + how).c_str());
-  EXPECT_EQ(Error::CoherentIPCError(Error::NERRInvalidLevel),
-            ("NERRInvalidLevel\nThe server does not support the extensions" + how).c_str());
 }
 
 }  // namespace

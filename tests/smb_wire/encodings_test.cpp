@@ -4,20 +4,6 @@
 
 namespace {
 
-using V = ZnSMBClientValues;
-
-TEST(Encodings, Layouts) {
-  CheckLayout(ZnSMBCCapabilities(), "04100000", [](auto& s) { s.unicode = s.dfs = true; });
-  CheckLayout(ZnSMBCAccessMode(), "4355", [](auto& s) {
-    s.access = V::AccessExecute, s.sharing = V::DenyNone, s.locality = 5, s.cache_mode = s.write_through = true;
-  });
-  CheckLayout(ZnSMBCFileAttributes(), "2900", [](auto& s) { s.read_only = s.volume = s.archive = true; });
-  CheckLayout(ZnSMBCFileXAttributes(), "900800a1", [](auto& s) {
-    s.attribs.directory = s.normal = s.compressed = s.posix_semantics = s.no_buffering = s.write_through = true;
-  });
-  CheckLayout(ZnSMBCOpenFunction(), "1200", [](auto& s) { s.action = V::OFTruncate, s.create = true; });
-}
-
 TEST(Encodings, BitsThatMustBeZero) {
   for (unsigned bit = 0; bit < 16; bit++) {
     ZnPacket bytes = Hex("0000");

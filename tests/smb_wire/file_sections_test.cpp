@@ -18,18 +18,4 @@ TEST(FileSections, Paths) {
   CheckLayout(ZnSMBCMove_ReqData(kUnicode), "| 00 5c00610062000000 5c0063000000", both);
 }
 
-TEST(FileSections, ReadAndWrite) {
-  CheckLayout(ZnSMBCRead_RespWords(), "0500 0000000000000000", [](auto& s) { s.count = 5; });
-  for (size_t reserved = 2; reserved < 10; reserved++) {
-    ZnPacket words = Hex("0500 0000000000000000");
-    words.Writable()[reserved] = 1;
-    EXPECT_FALSE(ZnSMBCRead_RespWords().Read(words)) << reserved;
-  }
-  CheckLayout(ZnSMBCWrite_ReqData(), "01 0500 68656c6c6f", [](auto& s) { s.data = Hex("68656c6c6f"); });
-  ZnSMBCRead_RespData longer;
-  EXPECT_TRUE(longer.Read(Hex("01 0200 68656c6c6f")));
-  EXPECT_EQ(longer.length, 2);
-  EXPECT_EQ(longer.data.Length(), 5U) << "what follows the stated length is kept for the caller to judge";
-}
-
 }  // namespace

@@ -7,16 +7,6 @@ namespace {
 using V = ZnSMBClientValues;
 constexpr ZnEncoding kOem = ZnCodeset::Cp850;
 
-TEST(LanmanSections, ReplyParameters) {
-  CheckLayout(ZnSMBCLanman_RespParams(V::IPCNetShareEnum), "0000 0010 0200 0300");
-  CheckLayout(ZnSMBCLanman_RespParams(V::IPCNetUserGetInfo), "0000 0000 9b00");
-  CheckLayout(ZnSMBCLanman_RespParams(V::IPCNetRemoteTOD), "3200 0000");
-  // A server that doesn't know the level leaves out the counts.
-  ZnSMBCLanman_RespParams refusal(V::IPCNetServerEnum);
-  EXPECT_TRUE(refusal.Read(Hex("3200 0000")));
-  EXPECT_EQ(refusal.status, 50);
-}
-
 #define QUEUE_HEX                                                                                            \
   "51000000000000000000000000 00 0500 0000 0000 00000000 00000000 00000000 00000000 09000000 0100 0100"      \
   "0700 750000000000000000000000000000000000000000 00 00000000000000000000000000000000 00000000000000000000" \

@@ -8,21 +8,6 @@ using V = ZnSMBClientValues;
 constexpr ZnEncoding kOem = ZnCodeset::Cp850;
 constexpr ZnEncoding kUnicode = ZnCodeset::Utf16Lsb;
 
-TEST(SessionSections, Negotiate) {
-  CheckLayout(ZnSMBCNegotiate_ReqData(), "| 02 4100 02 4e54204c4d20302e313200", [](auto& s) {
-    s.dialects = {{{}, "A"}, {{}, "NT LM 0.12"}};
-  });
-  CheckLayout(ZnSMBCNegotiate_RespWords(), "ffff", [](auto& s) { s.index = 0xFFFF; });
-  CheckLayout(ZnSMBCNegotiate_RespWords(), "0100 02 0411 0200 0100 02 78563412 0060 5a2d c4ff 00000000", [](auto& s) {
-    s.index = V::DialectWfWg, s.encrypted_passwords = s.write_raw = true, s.session_key = 0x12345678;
-    s.max_buffer = 0x1104, s.max_mpx = 2, s.max_vcs = 1, s.time_zone = 0xFFC4;
-    s.wfwgtime = {{}, 0, 0, 12}, s.wfwgdate = {{}, 26, 10, 22};
-  });
-  CheckLayout(ZnSMBCNegotiate_RespWords(),
-              "0200 03 3200 0100 04410000 00000100 36000000 fd130000 24b684bcf37add01 2c01 08");
-  CheckLayout(ZnSMBCNegotiate_RespData(8), "01d8e1b9766d1863 | 5400450053005400");
-}
-
 TEST(SessionSections, SessionSetup) {
   CheckLayout(ZnSMBCSessionSetupX_ReqWords(V::DialectNT),
               "ff000000 0441 3200 0000 36000000 0300 0200 00000000 04000000");

@@ -8,22 +8,6 @@ using V = ZnSMBClientValues;
 constexpr ZnEncoding kOem = ZnCodeset::Cp850;
 constexpr ZnEncoding kUnicode = ZnCodeset::Utf16Lsb;
 
-TEST(Trans2Sections, Replies) {
-  CheckLayout(ZnSMBCTrans2_RespParams(V::Trans2FindFirst2), "ffff 0300 0100 0200 c400");
-  CheckLayout(ZnSMBCTrans2_RespParams(V::Trans2FindNext2), "0300 0100 0200 c400");
-  CheckLayout(ZnSMBCTrans2_RespParams(V::Trans2QueryPathInfo), "");
-  CheckLayout(ZnSMBCTrans2_RespParams(V::Trans2SetPathInfo), "0100");
-#define SYSTEM_HEX "01000000 02000000 03000000 04000000 00020000"
-  CheckLayout(ZnSMBCTrans2_FSINFO(kOem, 2), SYSTEM_HEX "06000000 02 | 4142", [](auto& s) {
-    s.filesystem_id = 1, s.sectors_per_unit = 2, s.units = 3, s.available_units = 4, s.bytes_per_sector = 512;
-    s.serial_number = 6, s.label = "AB";
-  });
-  EXPECT_FALSE(ZnSMBCTrans2_FSINFO(kOem, 3).Read(Hex(SYSTEM_HEX)));
-  CheckLayout(ZnSMBCTrans2_RespData(V::Trans2QueryFSInfo, 1, kOem), SYSTEM_HEX);
-  CheckLayout(ZnSMBCTrans2_RespData(V::Trans2FindNext2, 260, kOem), "| 0102");
-  CheckLayout(ZnSMBCTrans2_RespData(V::Trans2SetPathInfo, 1, kOem), "");
-}
-
 // The third entry of a listing by a real server: 8-bit names whose length counts a terminator, short names in UTF-16,
 // and a next offset that isn't 0 although no entry follows.
 const char kEntry[] =

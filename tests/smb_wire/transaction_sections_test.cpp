@@ -7,16 +7,6 @@ namespace {
 constexpr ZnEncoding kOem = ZnCodeset::Cp850;
 constexpr ZnEncoding kUnicode = ZnCodeset::Utf16Lsb;
 
-TEST(TransactionSections, Request) {
-  CheckLayout(ZnSMBCTrans_ReqWords(), "0f00 0300 0a00 0040 01 00 0200 e8030000 0000 0f00 4400 0300 5400 01 00 0100");
-  const auto fill = [](auto& s) { s.name = "\\P", s.params = Hex("0102"), s.data = Hex("03"); };
-  CheckLayout(ZnSMBCTrans_ReqData(kOem, 2, 1), "5c5000 0102 03", fill);
-  CheckLayout(ZnSMBCTrans_ReqData(kUnicode, 2, 1), "00 5c0050000000 0102 03", fill);
-  CheckLayout(ZnSMBCTranss_ReqWords(), "0100 0200 0300 0400 0500 0600 0700 0800");
-  CheckLayout(ZnSMBCIoctl_ReqWords(), "0100 5300 6000 0400 0500 0600 0700 08000000 0000 0900 0a00 0b00 0c00");
-  CheckLayout(ZnSMBCIoctl_ReqData(1, 1), "00 01 00 02");
-}
-
 // Where the words say that the blocks are, they are; and that is an even position of the message.
 TEST(TransactionSections, BlocksAreWhereTheWordsSay) {
   const std::tuple<ZnEncoding, const char*, const char*, const char*> cases[] = {
