@@ -124,6 +124,10 @@ class ZnSMBNFSSession : public ZnSMBNFSSessionBase, protected ZnSMBClient {
   void ProbeCB(ZnEventCallback*, ZnEvent::cbdispatch);
   void EndProbe(Command& command);
 
+  // ---- names (session_names.cpp) ----
+
+  bool NamesAreHeld(const Command& command);
+
   // ---- listings (session_listing.cpp) ----
 
   void GetShares(Command& command);

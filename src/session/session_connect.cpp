@@ -76,6 +76,7 @@ void ZnSMBNFSSession::ProcessConnect() {
 
 void ZnSMBNFSSession::CheckTreeConnected(Command& command) {
   if (!TreeOf(command)) return Fail();
+  if (!NamesAreHeld(command)) return;
   ZnSMBNFSTree* tree = FirstUnconnected(command);
   if (!tree) return Advance();
   Called(TreeConnect(tree, tree->config.password, &callback_));

@@ -208,6 +208,22 @@ def test_names_that_latin_1_cannot_hold_are_shown_as_escapes():
         assert {path.name for path in folder.iterdir()} == {*shown, "日x", "new 本"} - {"日.", "#65E5"}
 
 
+def test_names_that_an_8_bit_server_cannot_hold_are_refused():
+    """Nothing is shortened: the server hears of no such name, and the user reads which character it is."""
+    peer = {"options": {"unicode": "no", "dos charset": "CP850"}}
+    with Gateway({"pc": peer}, settings=EAGER + "[{user}/*/encoding={(CP850)}]\n") as gateway:
+        nfs, share, folder = gateway.nfs, gateway.share(), gateway.disk()
+        nfs.write(nfs.create(share, "doc1", mode=0o644).file, 0, b"keep")
+        nfs.create(share, "Grüße", mode=0o644)
+        for name in ("doc–1", "–.", "日", "日.–.", "😀"):
+            calls = [(nfs.create, name), (nfs.mkdir, name), (nfs.symlink, name, "to"),
+                     (nfs.rename, "doc1", share, name)]
+            assert [status(call, share, *more) for call, *more in calls] == [13] * 4
+        assert {path.name for path in folder.iterdir()} == {"doc1", "Grüße"}
+        assert (folder / "doc1").read_bytes() == b"keep"
+        assert 'names are in IBM850, which has no "–" (2013)' in gateway.errors()
+
+
 @pytest.mark.parametrize("name, stored", [("Grüße ☺", None), ("😀 beyond", None), ("what?", "what;3F"), ("a;b", "a;;b"), ("x" * 255, None)])
 def test_names(nfs, place, name, stored):
     directory, folder = place

@@ -82,7 +82,8 @@ ZnSMBClient::Result ZnSMBClient::TakeEntries(unsigned count) {
     ZnSMBCTrans2_DIRENTRY entry(names, shortNames, ZnSMBCTrans2_DIRENTRY::kLevel, position + 1);
     ZnSmbReader in(bytes + position, length - position);
     if (!entry.Read(in) || listing.list->Count() >= kMostEntries) return Fail(Values::ErrRead);
-    listing.list->Append(FileOf(entry, listing.directory));
+    // A name that can't be said back to the server would lead to another file, or to none.
+    if (in.TextsAreWhole()) listing.list->Append(FileOf(entry, listing.directory));
     listing.resumekey = entry.file_index;
     if (i + 1 == count) break;
     // An entry that begins inside this one could make a short reply into gigabytes of names.

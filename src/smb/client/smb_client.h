@@ -179,6 +179,8 @@ class ZnSMBClient : public ZnNBTSession {
   bool IsConnected() const { return IsEstablished(); }
   bool IsBusy() const { return state_ != ZnSMBClientValues::StateSleeping; }
   const ZnSMBServerInfo& server() const { return server_; }
+  // Of the names in requests.
+  ZnEncoding nameencoding() const { return RequestEncoding(); }
   uint16_t maxbuffersize() const { return server_.maxbuffersize(); }
   // Requests and replies no longer match (an unreadable or late reply, a failed write, a time-out): the owner has to
   // Disconnect before the next request. Disconnect clears it.

@@ -22,6 +22,8 @@ bool ZnSmbReader::Scan(ZnUniString& text, ZnEncoding encoding, size_t offset, si
   size_t bounded = std::min(limit, Remaining());
   size_t length = TextLength(Where(), bounded, unit);
   if (length > 0) text = ZnUniString::CreateFrom(Where(), length, encoding);
+  const bool ascii = std::all_of(Where(), Where() + length, [](uint8_t byte) { return byte < 0x80; });
+  if (unit == 1 && !ascii && text.AsEncoding(encoding) != ZnByteBuffer(Where(), length)) whole_ = false;
   bool terminated = length + unit <= bounded;
   return Reserved(terminated ? length + unit : length);
 }

@@ -22,6 +22,8 @@ class ZnSmbReader : public ZnWireReader {
   bool StringAt(ZnUniString& text, ZnEncoding encoding, size_t offset) {
     return Scan(text, encoding, offset, Remaining());
   }
+  // Whether every text so far was read whole: its encoding has nothing else for its bytes.
+  bool TextsAreWhole() const { return whole_; }
   // Always 8-bit: service and dialect names, remote-API descriptors.
   bool Ansi(ZnUniString& text) { return StringAt(text, ZnCodeset::Latin1, 0); }
   // Text of a stated size in bytes. It ends early at a terminator or at the end of the section.
@@ -69,6 +71,7 @@ class ZnSmbReader : public ZnWireReader {
 
  private:
   bool Scan(ZnUniString& text, ZnEncoding encoding, size_t offset, size_t limit);
+  bool whole_ = true;
   template <class R>
   bool AppendRecord(ZnDList<R>& records, R record) {
     if (!Record(record)) return false;
