@@ -59,6 +59,12 @@ def test_calls_that_reach_no_file(client):
     client.null()
 
 
+def test_the_largest_call_arrives_whole_and_a_longer_one_is_cut(client):
+    client.credentials = auth_unix(1000, 100, range(16), machine=b"m" * 255)
+    for size, expected in ((8192, "AUTH_ERROR"), (9300, "GARBAGE_ARGS")):  # arguments are read before callers are judged
+        assert answer(client, NFS, 2, PROCEDURES["write"], HANDLE + u32(0, 0, size) + opaque(bytes(size))) == expected
+
+
 def unanswered_calls():
     whole = call_bytes(1, NFS, 2, 0, credentials=auth_unix(0, 0, range(3)))
     yield from (whole[:length] for length in range(len(whole)))

@@ -49,9 +49,6 @@ class ScriptedLoop : public ZnEventLoop {
   ScriptedLoop& TimesOut() {
     return Then([](auto&) { return 0; });
   }
-  ScriptedLoop& Fails(int error) {
-    return Then([error](auto&) { return errno = error, -1; });
-  }
   ScriptedLoop& Reports(const std::vector<std::pair<int, short>>& events) {
     return Then([events](std::vector<pollfd>& list) {
       for (pollfd& entry : list) {
@@ -184,27 +181,27 @@ TEST_F(EventLoop, DescriptorsAddedDuringTheWalkHaveReportedNothing) {
 }
 
 TEST_F(EventLoop, BadDescriptorIsReportedAndDropped) {
-  const std::string head =
-      "\nHalden legacy event loopPID=" + std::to_string(getpid()) + " SEVERE INTERNAL ERROR\nThe eventloop has bad ";
-  const std::string tail = " file descriptor 5 - this software will not function correctly.\n";
   Callback bad = Note("bad"), behind = Note("behind");
   loop.AddFileEvent(5, true, true, &bad);
   loop.AddFileEvent(6, true, false, &behind);
   ::testing::internal::CaptureStderr();
   loop.Reports({{5, POLLNVAL}, {6, POLLIN}}).Reports({{6, POLLIN}}).EnterEventLoop();
-  EXPECT_EQ(::testing::internal::GetCapturedStderr(), head + "write" + tail + head + "read" + tail);
+  EXPECT_THAT(::testing::internal::GetCapturedStderr(), ::testing::ContainsRegex("bad write.* 5 (.|\n)*bad read.* 5 "));
   EXPECT_THAT(seen, ElementsAre("behind"));  // on the second turn: the bad one ended the first walk
   EXPECT_THAT(loop.watched, ElementsAre(std::pair(6, POLLNVAL | POLLIN)));
 }
 
-TEST_F(EventLoop, OnlyAnUnexpectedPollErrorIsFatal) {
-  EXPECT_EQ(loop.Fails(EINTR).Fails(EAGAIN).EnterEventLoop(), 0);
-  EXPECT_EQ(loop.timeouts.size(), 3U);
-  ::testing::internal::CaptureStderr();
-  EXPECT_EQ(loop.Fails(EINVAL).EnterEventLoop(), 127);
-  EXPECT_EQ(::testing::internal::GetCapturedStderr(),
-            "\nHalden legacy event loopPID=" + std::to_string(getpid()) +
-                " FATAL ERROR:EventLoop has unexpected error: Invalid argument\n");
+// A synchronous call waits by running the loop inside a callback.
+TEST_F(EventLoop, NestedRunEndsAloneAndTakesNoEventTwice) {
+  Callback inner([&](auto) { loop.ExitEventLoop(2); });
+  Callback outer([&](auto) {
+    loop.ExitEventLoop(9);  // and still holds behind the nested run
+    seen.push_back("got " + std::to_string(loop.EnterEventLoop()));
+  });
+  loop.AddFileEvent(5, true, false, &outer);
+  loop.AddFileEvent(6, true, false, &inner);
+  EXPECT_EQ(loop.Reports({{5, POLLIN}}).Reports({{6, POLLIN}}).EnterEventLoop(), 9);
+  EXPECT_THAT(seen, ElementsAre("got 2"));
 }
 
 // The real poll, with a signal too late for the turn's look at the signals.
@@ -245,12 +242,6 @@ TEST_F(EventLoop, AClockThatIsSetBackStopsNoTimer) {
   loop.Then(set_back).TimesOut().EnterEventLoop();
   EXPECT_THAT(loop.timeouts, ElementsAre(10000, 0, -1));
   EXPECT_THAT(seen, ElementsAre("due"));
-}
-
-TEST(TimeVal, SumsStayInRange) {
-  constexpr ZnTimeVal kEnd{UINT_MAX, 999999};
-  EXPECT_EQ((ZnTimeVal{1, 600000} + ZnTimeVal{2, 600000}), (ZnTimeVal{4, 200000}));
-  EXPECT_EQ(kEnd + kEnd, kEnd);
 }
 
 TEST_F(EventLoop, TimeStandsStillDuringATurn) {

@@ -23,20 +23,18 @@ TEST(UniString, CaseOfSingleCharacters) {
 
 TEST(UniString, Numbers) {
   // As a signed number of 32 bits, and as an unsigned one of 64.
-  const std::tuple<const char16_t*, int32_t, uint64_t> kCases[] = {
-      {u"-", 0, 0},
-      {u"12a", 12, 12},
-      {u" 5", 0, 0},
-      {u"+5", 0, 0},
-      {u"-\u06F95", -95, 0},
-      {u"\uFF11\u0E51\u2081", 111, 111},
-      {u"\u00B2\u00B3\u00B9", 231, 231},
-      {u"\u0BE7\u0BEF\u2070\u2074\u2079", 19049, 19049},
-      {u"1\u0BE6", 1, 1},
-      {u"4294967297", 1, 4294967297},
-      {u"18446744073709551617", 1, 1},
-      {u"-2147483648", INT32_MIN, 0},
-  };
+  const std::tuple<const char16_t*, int32_t, uint64_t> kCases[] = {{u"-", 0, 0},
+                                                                   {u"12a", 12, 12},
+                                                                   {u" 5", 0, 0},
+                                                                   {u"+5", 0, 0},
+                                                                   {u"-\u06F95", -95, 0},
+                                                                   {u"\uFF11\u0E51\u2081", 111, 111},
+                                                                   {u"\u00B2\u00B3\u00B9", 231, 231},
+                                                                   {u"\u0BE7\u0BEF\u2070\u2074\u2079", 19049, 19049},
+                                                                   {u"1\u0BE6", 1, 1},
+                                                                   {u"4294967297", 1, 4294967297},
+                                                                   {u"18446744073709551617", 1, 1},
+                                                                   {u"-2147483648", INT32_MIN, 0}};
   for (const auto& [units, number, natural] : kCases) {
     ZnUniString text(units);
     EXPECT_EQ(text.AsInt32(), number) << text.AsUtf8();

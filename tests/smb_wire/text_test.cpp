@@ -12,11 +12,9 @@ constexpr ZnEncoding kUnicode = ZnCodeset::Utf16Lsb;
 TEST(SmbText, Read) {
   constexpr size_t kNoLimit = SIZE_MAX;
   const struct {
-    const char* what;
-    const char* digits;
+    const char *what, *digits;
     ZnEncoding encoding;
-    size_t offset;
-    size_t limit;
+    size_t offset, limit;
     const char* text;
     size_t left;
   } cases[] = {

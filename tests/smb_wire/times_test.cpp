@@ -16,7 +16,6 @@ void Zone(const char* name) {
 constexpr uint32_t k20021026 = 1035590400;  // 2002-10-26 00:00:00 UTC
 
 TEST(SmbTimes, ADateIsTheMidnightOfThisHost) {
-  CheckLayout(ZnSMBCDate(), "5a2d", [](auto& s) { s.day = 26, s.month = 10, s.year = 22; });
   const std::pair<const char*, int64_t> secondsWestInOctober[] = {
       {"America/New_York", 4 * 3600}, {"Asia/Kolkata", -19800}, {"UTC", 0}};
   ZnSMBCDate date;
@@ -31,28 +30,25 @@ TEST(SmbTimes, ADateIsTheMidnightOfThisHost) {
 }
 
 TEST(SmbTimes, AMomentIsReadOffTheCalendarWithoutRegardToTheZone) {
-  CheckLayout(ZnSMBCTime(), "5c64", [](auto& s) { s.hours = 12, s.minutes = 34, s.two_seconds = 28; });
-  const std::tuple<uint32_t, const char*, const char*> cases[] = {
-      {0, "0000", "0000"},          {k20021026 + 12 * 3600 + 34 * 60 + 57, "5a2d", "5c64"},
-      {951782399, "5c28", "7dbf"},  // the second before a leap day
-      {86400, "2200", "0000"},      // before 1980: day and month are kept
-      {0xFFFFFFFF, "47fc", "8733"},
+  const std::pair<uint32_t, const char*> cases[] = {
+      {0, "0000 0000"},          {k20021026 + 12 * 3600 + 34 * 60 + 57, "5a2d 5c64"},
+      {951782399, "5c28 7dbf"},  // the second before a leap day
+      {86400, "2200 0000"},      // before 1980: day and month are kept
+      {0xFFFFFFFF, "47fc 8733"},
   };
   Zone("Asia/Kolkata");
-  for (const auto& [seconds, dateDigits, timeDigits] : cases) {
+  for (const auto& [seconds, digits] : cases) {
     SCOPED_TRACE(seconds);
     ZnSMBCDate date;
-    date.FromTimeVal({seconds, 0});
-    EXPECT_EQ(ToHex(date.Pack()), dateDigits);
     ZnSMBCTime time;
+    date.FromTimeVal({seconds, 0});
     time.FromTimeVal({seconds, 0});
-    EXPECT_EQ(ToHex(time.Pack()), timeDigits);
+    EXPECT_EQ(ToHex(date.Pack()) + " " + ToHex(time.Pack()), digits);
     EXPECT_EQ(time.AsTimeVal().seconds, seconds % 86400 / 2 * 2) << "odd seconds lose one";
   }
 }
 
 TEST(SmbTimes, LongTimes) {
-  CheckLayout(ZnSMBCTimeDCE(), "00e0b235e77cc201", [](auto& s) { s.value = 0x01c27ce735b2e000; });
   const std::tuple<uint64_t, ZnTimeVal, uint64_t> cases[] = {
       {0, {}, 0},
       {116444735999999999, {}, 0},

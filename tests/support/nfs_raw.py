@@ -92,8 +92,8 @@ def auth_null():
     return u32(0, 0)
 
 
-def auth_unix(uid, gid, groups=()):
-    body = u32(0) + opaque(b"raw") + u32(uid, gid, len(groups), *groups)
+def auth_unix(uid, gid, groups=(), machine=b"raw"):
+    body = u32(0) + opaque(machine) + u32(uid, gid, len(groups), *groups)
     return u32(1, len(body)) + body
 
 

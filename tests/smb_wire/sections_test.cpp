@@ -1,0 +1,94 @@
+// What conversations with a real server don't show: older dialects, blocks in unusual places, hostile offsets.
+
+#include "smb/wire/lanman_sections.h"
+#include "smb/wire/session_sections.h"
+#include "smb/wire/transaction_sections.h"
+#include "support/layout_check.h"
+
+namespace {
+
+using V = ZnSMBClientValues;
+constexpr ZnEncoding kOem = ZnCodeset::Cp850;
+constexpr ZnEncoding kUnicode = ZnCodeset::Utf16Lsb;
+
+TEST(SessionSections, SessionSetup) {
+  const auto data = [](auto& s) {
+    s.password = Hex("010203"), s.ntpassword = Hex("0405");
+    s.name = "ab", s.domain = "G", s.nativeos = "Unix", s.nativelanman = "h";
+  };
+  CheckLayout(ZnSMBCSessionSetupX_ReqData(V::DialectNT, kOem, 3, 2), "010203 0405 | 616200 4700 556e697800 6800", data);
+  // Unicode: the texts begin at odd distances, behind 5 bytes of passwords, so nothing is padded; behind 3 + 1, one is.
+  CheckLayout(ZnSMBCSessionSetupX_ReqData(V::DialectNT, kUnicode, 3, 2),
+              "010203 0405 | 610062000000 47000000 55006e0069007800 0000 68000000", data);
+  CheckLayout(ZnSMBCSessionSetupX_ReqData(V::DialectWfWg, kUnicode, 4), "01020304 | 00 61000000 0000 0000 0000",
+              [](auto& s) { s.password = Hex("01020304"), s.name = "a"; });
+  ZnSMBCSessionSetupX_ReqData older(V::DialectWfWg, kOem);
+  data(older);
+  EXPECT_EQ(ToHex(older.Pack()), ToHex(Hex("010203 616200 4700 556e697800 6800"))) << "no second password before NT";
+}
+
+// What real servers said of themselves, the time, and a user.
+TEST(LanmanSections, Records) {
+  const auto read = [](V::LanmanIPC api, const char* descriptor, const char* digits) {
+    return CheckLayout(ZnSMBCLanman_RespData(api, 1, 0, descriptor), digits);
+  };
+  const auto server =
+      read(V::IPCNetServerEnum, "B16BBDDz", "4f544845520000000000000000000000 04 09 03100040 05000000 34000000")
+          .servers[0];
+  EXPECT_EQ(std::tuple(server.second, server.comment), std::tuple(5, 0x34));
+  const ZnSMBCLanman_TOD time{{}, 0x6b03a72b, 4, 2, 38, 35, 9, 0xFFC4, 10000, 23, 11, 2026, 1};
+  EXPECT_EQ(read(V::IPCNetRemoteTOD, "DDBBBBWWBBWB", "2ba7036b 04000000 02 26 23 09 c4ff 1027 17 0b ea07 01").times[0],
+            time);
+  const auto user = read(V::IPCNetUserGetInfo, "B21BzzzWDDzzDDWWzWzDWb21W",
+                         "746573746572000000000000000000000000000000 00 56000000 5e000000 6a000000 0100 00000000"
+                         "ffffffff 71000000 7f000000 00000000 00000000 ffff ffff 80000000 0000 84000000 ffffffff a800"
+                         "85000000 0000 436f6d6d656e740055736572436f6d6d65")
+                        .users[0];
+  EXPECT_EQ(std::tuple(user.comment_at, user.privilege, user.password_age), std::tuple(0x56, V::PrivUser, 0xFFFFFFFF));
+  EXPECT_EQ(std::tuple(user.workstations_at, user.units_per_week), std::tuple(0x84, 168));
+}
+
+// Where the words say that the blocks are, they are; and that is an even position of the message.
+TEST(TransactionSections, BlocksAreWhereTheWordsSay) {
+  const std::tuple<ZnEncoding, const char*, const char*, const char*> cases[] = {
+      {kUnicode, "", "0102", "0304"},
+      {kOem, "\\PIPE\\LANMAN", "010203", "04"},
+      {kOem, "ab", "01", ""},
+      {kUnicode, "abc", "", "01"},
+  };
+  for (const auto& [encoding, name, params, bytes] : cases) {
+    SCOPED_TRACE(name);
+    ZnSMBCTrans_ReqData data(encoding);
+    data.name = name, data.params = Hex(params), data.data = Hex(bytes);
+    ZnSMBCTrans_ReqWords words;
+    words.setup = Hex("0100");
+    words.Place(data);
+    const ZnSMBClientEncode message(ZnSMBCHeader{}, words, data);
+    EXPECT_EQ(ToHex(ZnPacket(message.Data() + words.param_offset, words.param_count)), params);
+    EXPECT_EQ(ToHex(ZnPacket(message.Data() + words.data_offset, words.data_count)), bytes);
+    EXPECT_EQ(words.total_data_count, data.data.Length());
+    EXPECT_EQ(words.param_offset % 2 + words.data_offset % 2, 0);
+    EXPECT_EQ(words.param_offset == 0, data.params.IsEmpty());
+    EXPECT_EQ(words.data_offset == 0, data.data.IsEmpty());
+  }
+}
+
+TEST(TransactionSections, Reply) {
+  const auto both = [](auto& s) { s.params = Hex("0102"), s.data = Hex("03"); };
+  CheckLayout(ZnSMBCTranss_RespData(1, 2, 5, 1), "00 0102 0000 03", both);
+  CheckLayout(ZnSMBCTranss_RespData(0, 2, 2, 1), "0102 03", both);
+  CheckLayout(ZnSMBCTranss_RespData(7, 0, 2, 1), "0000 03", [](auto& s) { s.data = Hex("03"); });
+  CheckLayout(ZnSMBCTranss_RespData(0, 2, 9, 0), "0102", [](auto& s) { s.params = Hex("0102"); });
+
+  ZnSMBCTranss_RespData hostile[] = {
+      {1, 2, 2, 1},                        // data inside the parameters
+      {100, 2, 102, 1},                    // parameters outside
+      {1, 2, 0xFFFF, 1},                   // data outside
+      {1, 2, static_cast<size_t>(-1), 1},  // an offset that wrapped
+      {1, 0xFFFF, 3, 1},                   // more parameters than there are
+      {1, 2, 5, 0xFFFF},                   // more data than there is
+  };
+  for (auto& section : hostile) EXPECT_FALSE(ReadExactly(section, Hex("00 0102 0000 03"))) << &section - hostile;
+}
+
+}  // namespace
