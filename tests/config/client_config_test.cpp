@@ -27,16 +27,9 @@ TEST_F(ClientConfig, RefusalsChangeNothing) {
   ASSERT_EQ(Load(""), "");
   const std::string good = "[nfsserver/shares/smb/fred/pc/port={(1)}]";
   EXPECT_EQ(Set("fred", good + "]"), R"e(Error: found "]" at character 42 in line 1 whilst looking for "[")e");
-  const std::string outside = "Not allowed to set keys outside your share: ";
-  const std::string ownership = "Not allowed to alter the ownership of files in your shares: ";
-  for (const auto& [refusal, key] : {std::pair(outside, "fred"),
-                                     {outside, "freda/x"},
-                                     {outside, "*/x"},
-                                     {ownership, "fred/pc/uid"},
-                                     {ownership, "fred/gid"},
-                                     {ownership, "fred/unixname"}}) {
+  for (const char* key : {"fred", "freda/x", "*/x", "fred/pc/uid", "fred/gid", "fred/unixname"}) {
     const std::string name = std::string("nfsserver/shares/smb/") + key;
-    EXPECT_EQ(Set("fred", good + "[" + name + "={(0)}]"), refusal + name);
+    EXPECT_TRUE(Set("fred", good + "[" + name + "={(0)}]").ends_with(": " + name)) << name;
   }
   EXPECT_EQ(Value("fred", "pc", "", "/port"), "139");
   EXPECT_FALSE(Changed());

@@ -112,9 +112,7 @@ TEST(Database, KeysBelowAKey) {
   Parsed(database, "[a={}][a/b={}][a/b/c={}][a/b/d={}][a/e={}][a//x={}][a/={}][ab={}]");
   ZnDList<ZnUniString> list{"e"};
   database.ListKeys("a", list);
-  std::multiset<std::string> names;
-  for (const ZnUniString& name : list) names.insert(name.AsUtf8());
-  EXPECT_EQ(names, (std::multiset<std::string>{"", "b", "e"}));
+  EXPECT_EQ(std::multiset<ZnUniString>(list.begin(), list.end()), (std::multiset<ZnUniString>{"", "b", "e"}));
   database.RemoveKeys("a");
   EXPECT_EQ(database.ToString(-1).AsUtf8(), "[ab={}]\n");
 }

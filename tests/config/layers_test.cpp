@@ -8,14 +8,7 @@
 
 namespace {
 
-class Layers : public ConfigTest {
- protected:
-  static std::multiset<std::string> Names(const ZnDList<ZnUniString>& list) {
-    std::multiset<std::string> names;
-    for (const ZnUniString& name : list) names.insert(name.AsUtf8());
-    return names;
-  }
-};
+class Layers : public ConfigTest {};
 
 TEST_F(Layers, LaterLayersReplaceWholeKeys) {
   const std::string user = std::string(ZnDatabase::fileheader) + "[nfsserver/mount/port={(1)}]";
@@ -38,12 +31,8 @@ TEST_F(Layers, FailuresSayWhichTextAndWhere) {
   EXPECT_EQ(Load("", "\nx"), "Failed to parse contents of user file: " + Path("user") + "\n" + where);
   Write("user", "");
   EXPECT_EQ(Initialise("\nx"), "Failed to parse command line arguments: " + where);
-  ASSERT_EQ(Initialise(), "");
-  EXPECT_EQ(ZnSMBNFSConfig::Initialise(Path("profile"), "", "", false).AsUtf8(),
-            "The config database has already been initialised.");
 
   std::filesystem::remove(Path("profile"));
-  EXPECT_EQ(Initialise(), "Failed to stat() configuration file: " + Path("profile") + "\nNo such file or directory");
   const std::string refusal = "Failed to read from config file: " + Path("profile");
   ASSERT_EQ(mkfifo(Path("profile").c_str(), 0600), 0);
   EXPECT_EQ(Initialise(), refusal);
@@ -132,6 +121,7 @@ TEST_F(Layers, RefreshReadsAnEditedProfile) {
 }
 
 TEST_F(Layers, UsersAndSharesAreWhatHasKeys) {
+  using Names = std::multiset<ZnUniString>;
   ASSERT_EQ(Initialise("[nfsserver/shares/smb/fred/x={}][nfsserver/shares/smb/ann/pc/y={}][nfsserver/shares/smb/x={}]"
                        "[nfsserver/shares/smb/fred/pc/c/password={}][nfsserver/shares/smb/fred/pc/c/winname={}]"
                        "[nfsserver/shares/smb/fred/pc/a/b/uid={}][nfsserver/shares/smb/fred/pc/domain={}]"
@@ -139,9 +129,9 @@ TEST_F(Layers, UsersAndSharesAreWhatHasKeys) {
             "");
   ZnDList<ZnUniString> users, shares;
   EXPECT_TRUE(ZnSMBNFSConfig::ListUsers(users).IsEmpty());
-  EXPECT_EQ(Names(users), (std::multiset<std::string>{"ann", "fred", "x"}));
+  EXPECT_EQ(Names(users.begin(), users.end()), (Names{"ann", "fred", "x"}));
   EXPECT_TRUE(ZnSMBNFSConfig::GetShareList("fred", "pc", shares).IsEmpty());
-  EXPECT_EQ(Names(shares), (std::multiset<std::string>{"a/b", "c", "c", "domain"}));
+  EXPECT_EQ(Names(shares.begin(), shares.end()), (Names{"a/b", "c", "c", "domain"}));
   EXPECT_TRUE(ZnSMBNFSConfig::CheckValueExistsInConfig("fred", "pc", "c"));
   EXPECT_FALSE(ZnSMBNFSConfig::CheckValueExistsInConfig("fred", "pc", "*"));
 }

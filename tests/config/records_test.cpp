@@ -37,18 +37,11 @@ TEST_F(Records, EveryRefusalHasItsWords) {
       {"", "network/addresses={}",
        "No addresses to accept calls from were specified.\n"
        "Add one or more addresses to the nfsserver/network/addresses key.\n"},
-      {"", "server/winsservers={(127.0.0.1)(no such name)}",
-       "Failed to calculate IP address of WINS server: no such name"},
-      {"fred", "machinenames={}", "No machines were specified for fred"},
-      {"fred", "unixname={(nosuchuser)}", "Failed to find UNIX user \"nosuchuser\" whilst loading config for fred"},
       {"fred", "unixperms={(0)}", "The user fred has been configured to be inaccessable"},
       {"fred/pc", "password={(00112233445566778899AABB)}", "The password was not a correctly encoded string"},
       {"fred/pc", "sharenames={}", "No shares were specified for fred on pc"},
       {"fred/pc", "encoding={(CP9999)}", "Invalid 8bit encoding \"CP9999\" for fred on pc"},
-      {"fred/pc", "unixname={(no)}", "Failed to find UNIX user \"no\" whilst loading config for fred/pc"},
-      {"fred/pc", "unixperms={(0)}", "The machine fred/pc has been configured to be inaccessable"},
       {"fred/pc/c", "password={(0)}", "The password was not a correctly encoded string"},
-      {"fred/pc/c", "unixname={(nosuchuser)}", "Failed to find UNIX user whilst loading config for fred/pc/c"},
       {"fred/pc/c", "unixperms={(0)}", "The share fred/pc/c has been configured to be inaccessable"},
   };
   for (const auto& [of, setting, error] : cases) EXPECT_EQ(LoadRecord(of, {setting}), error) << setting;

@@ -10,6 +10,7 @@
 #include <memory>
 
 #include "netbios/fred.h"
+#include "runtime/random.h"
 #include "support/driven_loop.h"
 #include "support/hex.h"
 
@@ -164,9 +165,7 @@ TEST_F(Session, MessagesSplitAndGlued) {
 
 TEST_F(Session, LongestPayloadBothWays) {
   Establish();
-  ZnByteBuffer payload;
-  payload.SetLength(ZnNBTSession::kLongestPayload);
-  for (size_t i = 0; i < payload.Length(); i++) payload.Writable()[i] = static_cast<uint8_t>(i * 7 >> 3);
+  ZnByteBuffer payload = ZnRandom::RndBuffer(ZnNBTSession::kLongestPayload);
   ZnByteBuffer packet = Hex("0001FFFF");
   packet.Append(payload);
 
@@ -276,6 +275,15 @@ TEST_F(Session, OwnerMayDoAnythingInACallback) {
       EXPECT_EQ(NextMessage(), "43");
     }
   }
+}
+
+// So may it be in the write that finds the connection broken.
+TEST_F(Session, BrokenConnectionIsToldByTheWriteThatFindsIt) {
+  Establish();
+  peer_.HangUp(true);
+  onEvent_ = [&](ZnNBTSession::cbdispatch) { session_.reset(); };
+  EXPECT_FALSE(session_->WriteMessage(Hex("41")));
+  EXPECT_THAT(events_, ElementsAre(SessionDisconnected));
 }
 
 }  // namespace

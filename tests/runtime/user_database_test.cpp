@@ -1,7 +1,6 @@
 #include "runtime/user_database.h"
 
 #include <gtest/gtest.h>
-#include <pwd.h>
 #include <unistd.h>
 
 #include <cstdio>
@@ -34,22 +33,19 @@ class UserDatabase : public testing::TestWithParam<int> {
 // Each account by walk, by name and by number, twice: from the host and from the cache.
 TEST_P(UserDatabase, FindsWhatTheHostLists) {
   const auto expected = Getent();
+  const auto facts = [](const auto& user) {
+    return std::to_string(user.UserNumber()) + ":" + std::to_string(user.GroupNumber()) + ":" +
+           user.HomeDirectory().AsUtf8();
+  };
   std::map<std::string, std::string> walked;
   ZnUserDatabaseIterator walk;
-  for (walk.Reset(); walk; ++walk) {
-    const auto& user = walk.Current();
-    walked.emplace(user.Name().AsUtf8(), std::to_string(user.UserNumber()) + ":" + std::to_string(user.GroupNumber()) +
-                                             ":" + user.HomeDirectory().AsUtf8());
-  }
+  for (walk.Reset(); walk; ++walk) walked.emplace(walk.Current().Name().AsUtf8(), facts(walk.Current()));
   EXPECT_EQ(walked, expected);
   for (int round = 0; round < 2; round++) {
-    for (const auto& [name, facts] : expected) {
-      ZnUserDatabaseIterator byName;
-      ASSERT_TRUE(byName.Find(name)) << name;
-      EXPECT_EQ(byName.Current().HomeDirectory().AsUtf8(), facts.substr(facts.rfind(':') + 1));
-      EXPECT_EQ(byName.Current().EncryptedPassword().AsUtf8(), getpwnam(name.c_str())->pw_passwd);
-      ZnUserDatabaseIterator byNumber;
-      ASSERT_TRUE(byNumber.Find(byName.Current().UserNumber())) << name;
+    for (const auto& [name, known] : expected) {
+      ZnUserDatabaseIterator byName, byNumber;
+      ASSERT_TRUE(byName.Find(name) && byNumber.Find(byName.Current().UserNumber())) << name;
+      EXPECT_EQ(facts(byName.Current()), known);
       EXPECT_EQ(byNumber.Current().UserNumber(), byName.Current().UserNumber());
     }
     ZnUserDatabaseIterator none;

@@ -1,6 +1,9 @@
 #pragma once
 // Bytes as people write them in tests.
 
+#include <algorithm>
+#include <cctype>
+#include <iterator>
 #include <string>
 #include <string_view>
 
@@ -9,21 +12,12 @@
 // "01 02ff" is three bytes. Anything that isn't a digit is passed over, so that layouts can be spaced and broken
 // freely.
 inline ZnPacket Hex(std::string_view digits) {
+  std::string packed;
+  std::copy_if(digits.begin(), digits.end(), std::back_inserter(packed),
+               [](unsigned char c) { return std::isxdigit(c) != 0; });
   ZnPacket bytes;
-  int high = -1;
-  for (char c : digits) {
-    int value = c >= '0' && c <= '9'   ? c - '0'
-                : c >= 'a' && c <= 'f' ? c - 'a' + 10
-                : c >= 'A' && c <= 'F' ? c - 'A' + 10
-                                       : -1;
-    if (value < 0) continue;
-    if (high < 0) {
-      high = value;
-      continue;
-    }
-    bytes.Append(static_cast<uint8_t>(high << 4 | value));
-    high = -1;
-  }
+  for (size_t i = 0; i + 1 < packed.size(); i += 2)
+    bytes.Append(static_cast<uint8_t>(std::stoi(packed.substr(i, 2), nullptr, 16)));
   return bytes;
 }
 
