@@ -17,7 +17,7 @@ import time
 sys.path.insert(0, str(pathlib.Path(__file__).parents[1] / "support"))
 from daemon import Daemon  # noqa: E402
 from nfs_raw import (  # noqa: E402
-    MOUNT, NFS, PROCEDURES, NoAnswer, Reader, RpcError, auth_null, auth_unix, call_bytes, opaque, sattr, u32)
+    MOUNT, NFS, PROCEDURES, SHAPES, NoAnswer, Reader, RpcError, auth_null, auth_unix, call_bytes, opaque, sattr, u32)
 
 BATCH = 32
 WORDS = [0, 1, 2, 3, 4, 31, 32, 33, 255, 8192, 8193, 65536, 0x7FFFFFFF, 0x80000000, 0xFFFFFFFB, 0xFFFFFFFC, 0xFFFFFFFF]
@@ -26,14 +26,8 @@ HANDLE = b"flood".ljust(32, b"\0")
 
 def arguments_of_procedures(handle, name, data):
     """The arguments of each procedure that has any, whole. `name` is one as it travels."""
-    where = handle + name
-    return {
-        "getattr": handle, "readlink": handle, "statfs": handle, "setattr": handle + sattr(size=0), "lookup": where,
-        "remove": where, "rmdir": where, "read": handle + u32(0, 8192, 0),
-        "write": handle + u32(0, 0, 0) + opaque(data), "create": where + sattr(mode=0o644),
-        "mkdir": where + sattr(mode=0o755), "rename": where + where, "link": handle + where,
-        "symlink": where + name + sattr(), "readdir": handle + u32(0, 4096),
-    }
+    parts = {"h": handle, "n": name, "d": opaque(data), "w": u32(0), "c": u32(4096), "s": sattr(mode=0o644, size=0)}
+    return {procedure: b"".join(parts[letter] for letter in shape) for procedure, (shape, _) in SHAPES.items()}
 
 
 def sample_calls(rng):

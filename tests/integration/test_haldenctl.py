@@ -1,61 +1,46 @@
 """The companion haldenctl against the daemon and a real SMB server, compared with the server's disk."""
 
 import os
-import pathlib
 import random
 import shutil
 import signal
 import socket
 import subprocess
-import sys
 import time
 
 import pytest
+from daemon import Daemon
+from gateway import HALDENCTL, ROOT, UNIX_USER, Gateway, stored_password, wait_until
 
-sys.path.insert(0, str(pathlib.Path(__file__).parents[1] / "support"))
-from daemon import Daemon  # noqa: E402
-from gateway import ROOT, SMB_PASSWORD, UNIX_USER, Gateway, wait_until  # noqa: E402
-
-PROGRAM = pathlib.Path(os.environ["HALDEN_BIN_DIR"]) / "haldenctl"
 DONE, FAILED, USAGE, NO_ANSWER, INTERRUPTED = 0, 1, 2, 3, 130
 SHARE = f"/{UNIX_USER}/pc/SHARE"
+GATEWAY = {"machines": {"pc": {}, "wrong": {"users": {"tester": "Another"}}},
+           "settings": "[{user}/*/*/contentsttl={(0)}]\n[{user}/pc/SHARE/bannedchars={(!)}]\n"}
 
 
-def encoded(password, user=UNIX_USER):
-    return subprocess.run([PROGRAM, "encode-password", user], input=password + "\n", text=True, check=True,
-                          capture_output=True).stdout.strip()
+def command(daemon, *arguments):
+    return [HALDENCTL, "--port", str(daemon.port), "--root-handle", ROOT.hex(), *arguments]
 
 
-@pytest.fixture(scope="module")
-def gateway():
-    # The machine is logged on to with what haldenctl makes of its password, another one with what is no password of it.
-    settings = (f"[{{user}}/pc/password={{({encoded(SMB_PASSWORD)})}}]\n"
-                f"[{{user}}/wrong/password={{({encoded('wrong')})}}]\n[{{user}}/*/*/contentsttl={{(0)}}]\n"
-                "[{user}/pc/SHARE/bannedchars={(!)}]\n")
-    with Gateway(machines={"pc": {}, "wrong": {}}, settings=settings) as running:
-        yield running
+def run(command, code=DONE, **options):
+    """What haldenctl printed; `code` is what it has to end with."""
+    done = subprocess.run(command, capture_output=True, timeout=60, **options)
+    assert done.returncode == code, done
+    assert bool(done.stderr) == (code != DONE), done
+    return (done.stderr if code else done.stdout).decode()
 
 
 @pytest.fixture
 def ctl(gateway):
-    def run(*arguments, code=DONE, **options):
-        """What haldenctl printed; `code` is what it has to end with."""
-        done = subprocess.run([PROGRAM, "--port", str(gateway.daemon.port), "--root-handle", ROOT.hex(), *arguments],
-                              stdout=subprocess.PIPE, stderr=subprocess.PIPE, timeout=60, **options)
-        assert done.returncode == code, (arguments, done)
-        assert bool(done.stderr) == (code != DONE), done
-        return (done.stderr if code else done.stdout).decode()
-    return run
+    return lambda *arguments, **options: run(command(gateway.daemon, *arguments), **options)
 
 
 @pytest.mark.skipif(os.geteuid() != 0, reason="only root can send from a reserved port")
 def test_a_daemon_may_serve_root_only():
     with Daemon("[nfsserver/network/reservedports={(1)}]") as daemon:
-        command = [PROGRAM, "--port", str(daemon.port), "--root-handle", ROOT.hex(), "ls", "/"]
-        refused = subprocess.run(command, user="nobody", capture_output=True, text=True, timeout=60)
-        assert (refused.returncode, refused.stdout) == (FAILED, "")
-        assert "it serves root only (nfsserver/network/reservedports)" in refused.stderr
-        subprocess.run(command, check=True, timeout=60)
+        listing = command(daemon, "ls", "/")
+        assert "it serves root only (nfsserver/network/reservedports)" in run(listing, FAILED, user="nobody")
+        run(listing)
 
 
 def test_a_tree_shows_names_links_and_directories(gateway, ctl):
@@ -97,8 +82,7 @@ def test_a_file_goes_there_and_comes_back(gateway, ctl, tmp_path, size):
     ctl("get", remote, tmp_path / "back")
     ctl("get", remote, cwd=tmp_path)
     assert (tmp_path / "back").read_bytes() == (tmp_path / f"is it {size}?.bin").read_bytes() == data
-    assert subprocess.run([PROGRAM, "--port", str(gateway.daemon.port), "--root-handle", ROOT.hex(), "cat", remote],
-                          capture_output=True).stdout == data
+    assert subprocess.run(command(gateway.daemon, "cat", remote), capture_output=True).stdout == data
     assert not [path.name for path in gateway.disk().iterdir() if path.name.startswith("put")]
 
 
@@ -164,8 +148,8 @@ def test_an_interrupt_leaves_what_was_there(gateway, tmp_path):
         (kept / "f").write_text("kept")
         with open(large / "f", "wb") as file:
             file.truncate(1 << 30)
-        copying = subprocess.Popen([PROGRAM, "--port", str(gateway.daemon.port), "--root-handle", ROOT.hex(),
-                                    "put" if kept == disk else "get", source, target], stderr=subprocess.DEVNULL)
+        copying = subprocess.Popen(command(gateway.daemon, "put" if kept == disk else "get", source, target),
+                                   stderr=subprocess.DEVNULL)
         assert wait_until(lambda: sum(path.stat().st_size > 4 for path in kept.iterdir()) > 0), "nothing was begun"
         copying.send_signal(signal.SIGINT)
         assert copying.wait(30) == INTERRUPTED
@@ -183,15 +167,12 @@ def test_no_daemon_is_told_apart(gateway):
         deaf.bind(("127.0.0.1", 0))
         port = str(deaf.getsockname()[1])
         began = time.monotonic()
-        silent = subprocess.run([PROGRAM, "--port", port, "--timeout", "2", "ls"], capture_output=True, text=True)
-        assert silent.returncode == NO_ANSWER and "2 seconds" in silent.stderr
+        assert "2 seconds" in run([HALDENCTL, "--port", port, "--timeout", "2", "ls"], NO_ANSWER)
         assert 2 <= time.monotonic() - began < 10
         first, again = deaf.recv(9000), deaf.recv(9000)
         assert first == again, "the call is sent again under its xid"
-    refused = subprocess.run([PROGRAM, "--port", port, "ls"], capture_output=True, text=True)
-    assert refused.returncode == NO_ANSWER and "nobody listens" in refused.stderr
-    other = subprocess.run([PROGRAM, "--port", str(gateway.daemon.port), "ls"], capture_output=True, text=True)
-    assert other.returncode == FAILED and "--root-handle" in other.stderr
+    assert "nobody listens" in run([HALDENCTL, "--port", port, "ls"], NO_ANSWER)
+    assert "--root-handle" in run([HALDENCTL, "--port", str(gateway.daemon.port), "ls"], FAILED)
 
 
 def test_a_wrong_password_is_told_to_the_user(gateway, ctl):
@@ -199,21 +180,19 @@ def test_a_wrong_password_is_told_to_the_user(gateway, ctl):
     assert "wrong" in gateway.errors()
 
 
-def test_a_password_survives_its_stored_form():
-    stored = encoded("päss wörd")
-    assert set(stored) <= set("0123456789ABCDEF") and len(stored) == 32
-    assert stored != encoded("päss wörd", "fred")
+def test_the_stored_form_of_a_password():
+    """It is the one that profiles have had from the start."""
+    assert stored_password("Secret1", "games") == "0DFD580E5B27226E"
+    assert stored_password("päss wörd", "games") == "C02CCF6284F6C2649C56D8B1A26CF539" != stored_password("päss wörd", "fred")
     for refused in ("€", "x" * 191):
-        done = subprocess.run([PROGRAM, "encode-password", "fred"], input=refused, text=True, capture_output=True)
-        assert done.returncode == FAILED and done.stderr and not done.stdout
+        run([HALDENCTL, "encode-password", "fred"], FAILED, input=refused.encode())
 
 
 def test_names_in_the_encoding_of_a_profile_without_one(tmp_path):
-    with Gateway(settings="[nfsserver/server/encoding/rpc={(ISO-8859-1)}]", client={"encoding": "latin-1"}) as gateway:
-        (tmp_path / "f").write_text("text")
-        start = [PROGRAM, "--port", str(gateway.daemon.port), "--root-handle", ROOT.hex(), "--encoding", "ISO-8859-1"]
-        subprocess.run([*start, "put", tmp_path / "f", f"{SHARE}/Grüße"], check=True)
+    (tmp_path / "f").write_text("text")
+    with Gateway(client={"encoding": "latin-1"}, rpc="ISO-8859-1") as gateway:
+        start = command(gateway.daemon, "--encoding", "ISO-8859-1")
+        run([*start, "put", tmp_path / "f", f"{SHARE}/Grüße"])
         assert (gateway.disk() / "Grüße").read_text() == "text"
-        assert subprocess.run([*start, "ls", SHARE], capture_output=True).stdout.decode() == "Grüße\n"
-        refused = subprocess.run([*start, "ls", f"{SHARE}/€"], capture_output=True, text=True)
-        assert refused.returncode == FAILED and "encoding" in refused.stderr
+        assert run([*start, "ls", SHARE]) == "Grüße\n"
+        assert "encoding" in run([*start, "ls", f"{SHARE}/€"], FAILED)

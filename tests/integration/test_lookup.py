@@ -1,19 +1,15 @@
 """How the address of a machine is found: through DNS, a name server, broadcast, in the order that the configuration gives."""
 
 import contextlib
-import pathlib
 import socket
 import subprocess
-import sys
 import threading
 import time
 
 import pytest
-
-sys.path.insert(0, str(pathlib.Path(__file__).parents[1] / "support"))
-from gateway import Gateway  # noqa: E402
-from nfs_raw import status, u32  # noqa: E402
-from smb_peer import enter_private_network  # noqa: E402
+from gateway import Gateway
+from nfs_raw import status, u32
+from smb_peer import enter_private_network
 
 ANYWHERE = {"nmbd": True, "options": {"bind interfaces only": "no"}}
 WINS = "[nfsserver/server/winsservers={(127.0.0.2)}]\n"
@@ -85,8 +81,8 @@ def test_a_slow_name_server_holds_only_its_own_machine_up(tmp_path):
     with name_server(tmp_path) as (asked, awake), Gateway({"pc": {}, "slow": {}}, settings) as gateway:
         nfs = gateway.nfs
         slow = gateway.share("slow")
-        with gateway.daemon.client(**gateway.client_options) as second:
-            waiting = second.start(100003, 2, 16, slow + u32(0, 4096))
+        with gateway.client() as second:
+            waiting = second.begin("readdir", slow, 0, 4096)
             file = nfs.create(gateway.share("pc"), "f", mode=0o644).file
             end = time.monotonic() + 3  # longer than the resolver waits before it asks again
             while time.monotonic() < end:

@@ -1,68 +1,21 @@
 """Changes under the hands of those who have files open: handles go on, and nothing is lost on the way."""
 
 import os
-import pathlib
-import sys
 
-import pytest
-
-sys.path.insert(0, str(pathlib.Path(__file__).parents[1] / "support"))
-from gateway import Gateway  # noqa: E402
-from nfs_raw import NFS, NFS_VERSION, PROCEDURES, NfsError, opaque  # noqa: E402
+from gateway import contents
+from nfs_raw import status
 
 LINK = 5
-
-
-@pytest.fixture(scope="module")
-def gateway():
-    # Files below are called as a share is: they are found all the same.
-    with Gateway({"pc": {"shares": {"share": {}, "other": {}}}, "pc2": {}},
-                 "[{user}/pc/share/bannedchars={(%)}]\n") as running:
-        yield running
-
-
-@pytest.fixture
-def nfs(gateway):
-    return gateway.nfs
-
-
-@pytest.fixture
-def place(gateway, request):
-    """A directory of the test's own: its handle and its folder on the server's disk."""
-    name = f"{len(list(gateway.disk().iterdir()))} {request.node.originalname}"
-    directory = gateway.nfs.mkdir(gateway.share(), name).file
-    return directory, gateway.disk() / name
-
-
-def status(call, *arguments, **named):
-    """The NFS status of a call: 0, or that of its refusal."""
-    try:
-        call(*arguments, **named)
-    except NfsError as error:
-        return error.status
-    return 0
-
-
-def names(nfs, directory):
-    return sorted(entry.name for entry in nfs.listing(directory))[2:]
-
-
-def contents(folder):
-    """Path -> bytes of a file, None for a directory."""
-    return {str(path.relative_to(folder)): None if path.is_dir() else path.read_bytes() for path in folder.rglob("*")}
-
-
-def put(nfs, directory, name, data):
-    file = nfs.create(directory, name, mode=0o644).file
-    nfs.write_all(file, data)
-    return file
+# Files below are called as a share is: they are found all the same.
+GATEWAY = {"machines": {"pc": {"shares": {"share": {}, "other": {}}}, "pc2": {}},
+           "settings": "[{user}/pc/share/bannedchars={(%)}]\n"}
 
 
 def test_an_open_file_goes_on_through_every_rename(nfs, place):
     directory, folder = place
     outer = nfs.mkdir(directory, "outer").file
     inner = nfs.mkdir(outer, "inner").file
-    log = put(nfs, inner, "log", b"1")
+    log = nfs.put(inner, "log", b"1")
     fileid = nfs.getattr(log).fileid
     renames = [(inner, "log", inner, "log.1"), (inner, "log.1", outer, ".nfs0001"), (outer, ".nfs0001", inner, "log"),
                (outer, "inner", directory, "inner"), (directory, "outer", inner, "outer"),
@@ -82,14 +35,14 @@ def test_a_file_that_takes_anothers_place_keeps_its_handle(nfs, place):
     directory, folder = place
     other = nfs.mkdir(directory, "other").file
     for from_, to in ((directory, directory), (other, directory), (directory, other)):
-        new, old = put(nfs, from_, "new", b"new"), put(nfs, to, "log", b"older")
+        new, old = nfs.put(from_, "new", b"new"), nfs.put(to, "log", b"older")
         assert nfs.read(old).data == b"older"
         nfs.rename(from_, "new", to, "log")
         assert status(nfs.read, old) == status(nfs.write, old, 0, b"lost") == 70
         nfs.write(new, 3, b"er")
         assert nfs.lookup(to, "log").file == new
         nfs.rename(to, "log", to, "log.1")
-        again = put(nfs, to, "log", b"third")
+        again = nfs.put(to, "log", b"third")
         nfs.write(new, 5, b"!")
         assert (nfs.read(new).data, nfs.read(again).data) == (b"newer!", b"third")
         for name in ("log", "log.1"):
@@ -101,12 +54,12 @@ def test_a_rename_that_cannot_be_leaves_its_target_alone(gateway, nfs, place):
     directory, folder = place
     for name in ("empty", "full"):
         nfs.mkdir(directory, name)
-    put(nfs, nfs.lookup(directory, "full").file, "f", b"inside")
+    nfs.put(nfs.lookup(directory, "full").file, "f", b"inside")
     for name in ("f", "gone", "target"):
-        put(nfs, directory, name, name.encode())
+        nfs.put(directory, name, name.encode())
     places = [(gateway.share("pc", "other"), gateway.disk("pc", "other")), (gateway.share("pc2"), gateway.disk("pc2"))]
     for share, _ in places:
-        put(nfs, share, "target", b"theirs")
+        nfs.put(share, "target", b"theirs")
     (folder / "gone").unlink()
     before = contents(folder)
     full = nfs.lookup(directory, "full").file
@@ -115,8 +68,7 @@ def test_a_rename_that_cannot_be_leaves_its_target_alone(gateway, nfs, place):
         ("gone", directory, "target"): 2, ("none", directory, "target"): 2, ("f", full, "none/"): 13,
         ("f", directory, "empty"): 21, ("empty", directory, "target"): 20, ("empty", directory, "full"): 66,
         ("full", full, "f"): 13, ("f", nfs.lookup(directory, "target").file, "x"): 20}
-    got = {call: status(nfs.rename, directory, *call) for call in refused}
-    assert got == refused
+    assert {call: status(nfs.rename, directory, *call) for call in refused} == refused
     assert contents(folder) == before
     for share, disk in places:
         assert (disk / "target").read_bytes() == b"theirs"
@@ -127,13 +79,13 @@ def test_renames_over_what_the_tree_has_not_seen_or_may_not_write(nfs, place):
     unseen = nfs.mkdir(directory, "unseen").file
     (folder / "unseen" / "f").write_bytes(b"old")
     (folder / "unseen" / "Late").write_bytes(b"old")
-    file = put(nfs, directory, "f", b"new")
+    file = nfs.put(directory, "f", b"new")
     nfs.rename(directory, "f", unseen, "f")
     assert contents(folder / "unseen") == {"f": b"new", "Late": b"old"}
     nfs.rename(unseen, "f", unseen, "LATE")  # for the server the same name
-    assert (names(nfs, unseen), nfs.read(file).data) == (["Late"], b"new")
+    assert (nfs.names(unseen), nfs.read(file).data) == (["Late"], b"new")
     for where, name in ((directory, "ro"), (unseen, "ro"), (unseen, "ro2")):
-        nfs.setattr(put(nfs, where, name, b"read-only"), mode=0o444)
+        nfs.setattr(nfs.put(where, name, b"read-only"), mode=0o444)
     nfs.rename(unseen, "Late", unseen, "ro")
     nfs.rename(unseen, "ro", directory, "ro")
     nfs.remove(unseen, "ro2")
@@ -145,11 +97,11 @@ def test_a_directory_takes_the_place_of_an_empty_one(nfs, place):
     inner = nfs.mkdir(directory, "inner").file
     for parent in (directory, inner):
         full, empty = nfs.mkdir(directory, "full").file, nfs.mkdir(parent, "empty").file
-        put(nfs, full, "f", b"inside")
-        assert names(nfs, empty) == []
+        nfs.put(full, "f", b"inside")
+        assert nfs.names(empty) == []
         nfs.rename(directory, "full", parent, "empty")
         assert nfs.lookup(parent, "empty").file == full
-        assert (names(nfs, full), status(nfs.listing, empty)) == (["f"], 70)
+        assert (nfs.names(full), status(nfs.listing, empty)) == (["f"], 70)
     assert {path for path in contents(folder) if path.endswith("f")} == {"empty/f", "inner/empty/f"}
     (folder / "empty" / "f").unlink()  # by another machine, a moment ago
     nfs.rename(directory, "inner", directory, "empty")
@@ -163,7 +115,7 @@ def test_links_among_files(nfs, place):
     (folder / "-)late").write_bytes(b"a long target of another machine")
     nfs.symlink(directory, "link", "to")
     for name in ("file", "plain", "other"):
-        put(nfs, directory, name, name.encode())
+        nfs.put(directory, name, name.encode())
     assert [status(nfs.symlink, directory, name, "x") for name in ("late", "link", "file")] == [17] * 3
     (folder / "came").touch()
     nfs.symlink(directory, "went", "to")
@@ -176,7 +128,7 @@ def test_links_among_files(nfs, place):
     assert (nfs.readlink(link), nfs.getattr(link).type, nfs.lookup(directory, "moved").file) == ("to", LINK, link)
     nfs.rename(directory, "moved", directory, "file")  # clients see both under one name, but the share doesn't
     nfs.rename(directory, "plain", directory, "late")
-    assert names(nfs, directory) == ["file", "late", "other"]
+    assert nfs.names(directory) == ["file", "late", "other"]
     assert contents(folder) == {"-)file": b"to", "late": b"plain", "other": b"other"}
 
 
@@ -186,11 +138,10 @@ def test_two_who_remove_one_tree_end_cleanly(gateway, nfs, place):
     for i in range(3):
         sub = nfs.mkdir(top, f"{i}").file
         for j in range(5):
-            put(nfs, sub, f"{j}", b"x")
+            nfs.put(sub, f"{j}", b"x")
 
     def both(procedure, where, name):
-        calls = [client.start(NFS, NFS_VERSION, PROCEDURES[procedure], where + opaque(name.encode()))
-                 for client in (nfs, second)]
+        calls = [client.begin(procedure, where, name) for client in (nfs, second)]
         return sorted(client.finish(xid).u32() for client, xid in zip((nfs, second), calls))
 
     with gateway.daemon.client(uid=os.geteuid()) as second:
@@ -205,14 +156,9 @@ def test_two_who_remove_one_tree_end_cleanly(gateway, nfs, place):
 def test_calls_that_wait_mean_the_name_and_not_what_had_it(nfs, place):
     """A removal that waits behind a rename of its file finds what stands at the name by then."""
     directory, folder = place
-
-    def start(procedure, *parts):
-        return nfs.start(NFS, NFS_VERSION, PROCEDURES[procedure],
-                         b"".join(part if isinstance(part, bytes) else opaque(part.encode()) for part in parts))
-
     for name in ("a", "b", "c"):
-        put(nfs, directory, name, name.encode())
-    calls = [start("rename", directory, "a", directory, "kept"), start("remove", directory, "a"),
-             start("rename", directory, "c", directory, "b"), start("remove", directory, "b")]
+        nfs.put(directory, name, name.encode())
+    calls = [nfs.begin("rename", directory, "a", directory, "kept"), nfs.begin("remove", directory, "a"),
+             nfs.begin("rename", directory, "c", directory, "b"), nfs.begin("remove", directory, "b")]
     assert [nfs.finish(xid).u32() for xid in calls] == [0, 2, 0, 0]
     assert contents(folder) == {"kept": b"a"}

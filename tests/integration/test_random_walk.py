@@ -4,21 +4,19 @@ HALDEN_SEED=N takes the steps of an earlier run again.
 """
 
 import os
-import pathlib
 import random
-import sys
 
 import pytest
-
-sys.path.insert(0, str(pathlib.Path(__file__).parents[1] / "support"))
-from daemon import sanitized  # noqa: E402
-from gateway import Gateway  # noqa: E402
-from random_walk import RandomWalk  # noqa: E402
+from daemon import sanitized
+from gateway import EAGER, Gateway
+from random_walk import RandomWalk
 
 STEPS = 2000 if sanitized() else 4000
 SEED = int(os.environ.get("HALDEN_SEED", random.SystemRandom().getrandbits(32)))
-RESTLESS = "[{user}/*/*/attribttl={(0)}]\n[{user}/*/*/contentsttl={(0)}]\n[{user}/*/*/openfilettl={(0)}]\n" \
-           "[{user}/*/maxopenfiles={(2)}]\n[nfsserver/server/cleanupdelay={(1)}]\n"
+RESTLESS = EAGER + """[{user}/*/*/openfilettl={(0)}]
+[{user}/*/maxopenfiles={(2)}]
+[nfsserver/server/cleanupdelay={(1)}]
+"""
 
 
 @pytest.mark.parametrize("settings", ["", "[{user}/*/*/syncwrites={(0)}]\n", RESTLESS], ids=["default", "async", "restless"])

@@ -1,18 +1,14 @@
 """The RPC port of the running daemon: what it denies, what it doesn't know, and what it doesn't answer at all."""
 
-import pathlib
 import random
 import shutil
 import struct
 import subprocess
-import sys
 
 import pytest
-
-sys.path.insert(0, str(pathlib.Path(__file__).parents[1] / "support"))
-from daemon import Daemon, sanitized  # noqa: E402
-from flood import arguments_of_procedures, flood  # noqa: E402
-from nfs_raw import MOUNT, NFS, PROCEDURES, Reader, RpcError, auth_null, auth_unix, call_bytes, opaque, u32  # noqa: E402
+from daemon import Daemon, sanitized
+from flood import arguments_of_procedures, flood
+from nfs_raw import MOUNT, NFS, PROCEDURES, Reader, RpcError, auth_null, auth_unix, call_bytes, opaque, u32
 
 HANDLE = b"the root of the test".ljust(32, b"\0")
 ARGUMENTS = arguments_of_procedures(HANDLE, opaque(b"name"), b"data!")
@@ -61,7 +57,7 @@ def test_calls_that_reach_no_file(client):
 
 def test_the_largest_call_arrives_whole_and_a_longer_one_is_cut(client):
     client.credentials = auth_unix(1000, 100, range(16), machine=b"m" * 255)
-    for size, expected in ((8192, "AUTH_ERROR"), (9300, "GARBAGE_ARGS")):  # arguments are read before callers are judged
+    for size, expected in ((8192, "AUTH_ERROR 2"), (9300, "GARBAGE_ARGS")):  # arguments are read before callers are judged
         assert answer(client, NFS, 2, PROCEDURES["write"], HANDLE + u32(0, 0, size) + opaque(bytes(size))) == expected
 
 

@@ -1,18 +1,14 @@
 """The daemon's conversation with real servers, every packet recorded: an independent dissector must understand both sides."""
 
-import pathlib
 import subprocess
-import sys
 
 import pytest
+from gateway import Gateway
+from smb_peer import PORT, Capture, enter_private_network
 
-sys.path.insert(0, str(pathlib.Path(__file__).parents[1] / "support"))
-from gateway import Gateway  # noqa: E402
-from smb_peer import PORT, Capture, enter_private_network  # noqa: E402
-
-# Requests that the run has to contain, else it proves nothing about them.
 # A mode is told to the server only where an attribute stands for it.
-OLD = "[{user}/pc/oldsetattr={(1)}]\n[{user}/*/*/hidden={(1)}]"
+DIALECTS = {"run": "", "old": "[{user}/pc/oldsetattr={(1)}]\n[{user}/*/*/hidden={(1)}]"}
+# Requests that the run has to contain, else it proves nothing about them.
 COMMANDS = {
     "create directory": 0x00, "delete directory": 0x01, "close": 0x04, "flush": 0x05, "delete": 0x06, "rename": 0x07,
     "set attributes": 0x09, "read": 0x0A, "write": 0x0B, "set times": 0x22, "open": 0x2D, "transaction 2": 0x32,
@@ -38,15 +34,13 @@ def everyday_work(nfs, share):
 
 
 @pytest.fixture(scope="module")
-def capture(tmp_path_factory):
-    file = tmp_path_factory.mktemp("smb") / "run.pcapng"
+def captures(tmp_path_factory):
+    folder = tmp_path_factory.mktemp("smb")
     enter_private_network()
-    with Capture(file, PORT), Gateway({"pc": {"port": PORT}}) as new:
-        everyday_work(new.nfs, new.share())
-    second = file.with_name("old.pcapng")
-    with Capture(second, PORT), Gateway({"pc": {"port": PORT}}, OLD) as old:
-        everyday_work(old.nfs, old.share())
-    return file, second
+    for name, settings in DIALECTS.items():
+        with Capture(folder / name, PORT), Gateway({"pc": {"port": PORT}}, settings) as gateway:
+            everyday_work(gateway.nfs, gateway.share())
+    return list(folder.iterdir())
 
 
 def frames(captures, wanted, *fields):
@@ -60,12 +54,12 @@ def frames(captures, wanted, *fields):
     return [line.split("\t") for line in lines]
 
 
-def test_no_packet_is_malformed(capture):
-    assert frames(capture, "_ws.malformed", "_ws.col.Info") == []
+def test_no_packet_is_malformed(captures):
+    assert frames(captures, "_ws.malformed", "_ws.col.Info") == []
 
 
-def test_every_request_is_answered_and_none_is_missing(capture):
-    requests = frames(capture, "smb.flags.response == 0", "smb.cmd", "smb.response_in")
+def test_every_request_is_answered_and_none_is_missing(captures):
+    requests = frames(captures, "smb.flags.response == 0", "smb.cmd", "smb.response_in")
     assert [row for row in requests if not row[2]] == []
     seen = {int(row[1].split(",")[0], 16) for row in requests}
     assert {name for name, code in COMMANDS.items() if code not in seen} == set()

@@ -13,9 +13,9 @@ import signal
 import socket
 import subprocess
 import tempfile
-import time
 
 from nfs_raw import NfsClient
+from waiting import wait_until
 
 PROGRAM = pathlib.Path(os.environ["HALDEN_BIN_DIR"]) / "haldenmapd"
 START_SECONDS, STOP_SECONDS = 60, 10
@@ -36,9 +36,7 @@ class Daemon:
     """`profile` is configuration text besides the port. `logs` is the folder of its logs, gone at the end."""
 
     def __init__(self, profile="", environment=None):
-        self.profile = profile
-        self.environment = {**os.environ, **(environment or {})}
-        self.pid = None
+        self.profile, self.environment = profile, {**os.environ, **(environment or {})}
 
     def __enter__(self):
         self.folder = tempfile.TemporaryDirectory(prefix="haldenmapd.")
@@ -62,7 +60,10 @@ class Daemon:
             raise RuntimeError(output)
 
     def write_profile(self, text):
-        self.profile_file.write_text(f"[nfsserver/mount/port={{({self.port})}}]\n{text}\n")
+        """In one step, as a careful editor does."""
+        new = self.profile_file.with_name("new")
+        new.write_text(f"[nfsserver/mount/port={{({self.port})}}]\n{text}\n")
+        new.rename(self.profile_file)
 
     def start(self):
         before = set(self._logs())
@@ -79,10 +80,7 @@ class Daemon:
     def stop(self, number=signal.SIGTERM):
         with contextlib.suppress(ProcessLookupError):
             os.kill(self.pid, number)
-            deadline = time.monotonic() + STOP_SECONDS
-            while self.alive() and time.monotonic() < deadline:
-                time.sleep(0.01)
-            if self.alive():
+            if not wait_until(lambda: not self.alive(), STOP_SECONDS):
                 os.kill(self.pid, signal.SIGKILL)
 
     def _logs(self):

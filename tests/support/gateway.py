@@ -17,13 +17,15 @@ import socket
 import subprocess
 import sys
 import tempfile
-import time
 
 sys.path.insert(0, str(pathlib.Path(__file__).parent))
 
-from daemon import Daemon  # noqa: E402
+from daemon import PROGRAM, Daemon  # noqa: E402
 from smb_peer import NAME, SmbPeer, enter_private_network  # noqa: E402
+from waiting import wait_until  # noqa: E402,F401
 
+HALDENCTL = PROGRAM.with_name("haldenctl")
+EAGER = "[{user}/*/*/attribttl={(0)}]\n[{user}/*/*/contentsttl={(0)}]\n"  # settings with which nothing is served from memory
 UNIX_USER = "games"  # every Debian has one
 SMB_USER, SMB_PASSWORD = "tester", "Secret1"
 ROOT = b"the root of a test".ljust(32, b"\0")
@@ -37,24 +39,13 @@ def free_tcp_port():
 
 def stored_password(password, user):
     """A password in the form in which a profile holds it."""
-    def cksum(text):  # of UTF-16, with its length in units behind
-        crc = 0
-        for byte in text.encode("utf-16-le") + bytes([len(text)]):
-            crc ^= byte << 24
-            for _ in range(8):
-                crc = (crc << 1 ^ (0x04C11DB7 if crc & 0x80000000 else 0)) & 0xFFFFFFFF
-        return crc
+    return subprocess.run([HALDENCTL, "encode-password", user], input=password + "\n", text=True, check=True,
+                          capture_output=True).stdout.strip()
 
-    def spread(key):  # seven bytes are eight groups of seven bits, each with room for a parity bit
-        bits = int.from_bytes(key, "big")
-        return bytes((bits >> (49 - 7 * i) & 0x7F) << 1 for i in range(8))
 
-    key = spread(f"{cksum(user) ^ 0x5C3A96E1:07X}"[:7].encode())
-    plain = bytes([ord("A") + len(password)]) + password.encode("iso-8859-1")
-    plain += bytes(-len(plain) % 8)
-    done = subprocess.run(["openssl", "enc", "-des-ede3-ecb", "-nopad", "-K", (key * 3).hex()], input=plain,
-                          capture_output=True, check=True)
-    return done.stdout.hex().upper()
+def contents(folder):
+    """Path -> bytes of a file, None for a directory."""
+    return {str(path.relative_to(folder)): None if path.is_dir() else path.read_bytes() for path in folder.rglob("*")}
 
 
 class Gateway:
@@ -69,15 +60,10 @@ class Gateway:
     nfs: an NfsClient whose root is `root`. peers: name -> SmbPeer. daemon: the Daemon. errors(): what the user was told.
     """
 
-    def __init__(self, machines=None, settings="", environment=None, client=None, users=(UNIX_USER,),
-                 rpc="UTF-8"):
-        self.users = users
-        self.machines = machines or {"pc": {}}
-        self.settings = settings
-        self.environment = environment
-        self.client_options = {"uid": pwd.getpwnam(UNIX_USER).pw_uid, "timeout": 30, "encoding": "utf-8",
-                               **(client or {})}
+    def __init__(self, machines=None, settings="", environment=None, client=None, users=(UNIX_USER,), rpc="UTF-8"):
+        self.machines, self.settings, self.environment, self.users = machines or {"pc": {}}, settings, environment, users
         self.rpc = rpc
+        self.client_options = {"uid": pwd.getpwnam(UNIX_USER).pw_uid, "timeout": 30, "encoding": "utf-8", **(client or {})}
         self.root = ROOT
 
     def __enter__(self):
@@ -91,11 +77,10 @@ class Gateway:
             self.error_file = home / "errors"
             self.peers = {}
             for machine, options in self.machines.items():
-                users = {SMB_USER: SMB_PASSWORD}
-                peer = SmbPeer(**{"users": users, "port": free_tcp_port(), **options})
-                self.peers[machine] = stack.enter_context(peer)
+                options = {"users": {SMB_USER: SMB_PASSWORD}, "port": free_tcp_port(), **options}
+                self.peers[machine] = stack.enter_context(SmbPeer(**options))
             self.daemon = stack.enter_context(Daemon(self.profile(), self.environment))
-            self.nfs = stack.enter_context(self.daemon.client(**self.client_options))
+            self.nfs = stack.enter_context(self.client())
             stack.push(self._show_logs)
             self.nfs.getattr(self.root)
             self._stack = stack.pop_all()
@@ -124,6 +109,10 @@ class Gateway:
             lines += [f"[{user}/{machine}/{share}/password={{()}}]" for share in peer.shares]
         return "\n".join(lines)
 
+    def client(self):
+        """One more that calls as the user does."""
+        return self.daemon.client(**self.client_options)
+
     def share(self, machine=None, share=None, user=UNIX_USER):
         """The handle of a share; the first machine's first one if none is named."""
         machine = machine or next(iter(self.peers))
@@ -139,13 +128,3 @@ class Gateway:
 
     def log(self):
         return self.daemon.log.read_text(errors="replace")
-
-
-def wait_until(condition, seconds=10):
-    """Whether the condition came true in time."""
-    end = time.monotonic() + seconds
-    while not condition():
-        if time.monotonic() > end:
-            return False
-        time.sleep(0.02)
-    return True

@@ -4,15 +4,18 @@
         root = b"any 32 bytes".ljust(32, b"\\0")
         client.getattr(root).mode
         handle, attributes = client.lookup(root, "fred")
+        client.create(handle, "new", mode=0o644)
         client.read(handle, 0, 8192).data
 
 A status other than NFS_OK raises NfsError; an answer that isn't a success raises RpcError; no answer within `timeout`
 raises NoAnswer. Every reply is read strictly: a byte too many or too few, or padding that isn't zero, is a BadReply.
-Nothing is ever sent twice: `start` sends a call and gives its xid, `finish` waits for that reply while others are kept.
+Nothing is ever sent twice: `start` and `begin` send a call and give its xid, `finish` waits for that reply while others
+are kept.
 """
 
 import collections
 import contextlib
+import functools
 import itertools
 import os
 import socket
@@ -20,22 +23,21 @@ import struct
 import time
 from collections import namedtuple
 
-NFS, NFS_VERSION = 100003, 2
-MOUNT = 100005
+NFS, NFS_VERSION, MOUNT = 100003, 2, 100005
 UNCHANGED = 0xFFFFFFFF
 SO_RCVBUFFORCE = 33
-
+ACCEPT_STATUS = ["SUCCESS", "PROG_UNAVAIL", "PROG_MISMATCH", "PROC_UNAVAIL", "GARBAGE_ARGS"]
 PROCEDURES = {name: number for number, name in enumerate(
     "null getattr setattr root lookup readlink read writecache write create remove rename link symlink mkdir rmdir "
     "readdir statfs".split())}
-STATUS = {
-    0: "NFS_OK", 1: "NFSERR_PERM", 2: "NFSERR_NOENT", 5: "NFSERR_IO", 6: "NFSERR_NXIO", 13: "NFSERR_ACCES",
-    17: "NFSERR_EXIST", 18: "NFSERR_XDEV", 19: "NFSERR_NODEV", 20: "NFSERR_NOTDIR", 21: "NFSERR_ISDIR", 27: "NFSERR_FBIG",
-    28: "NFSERR_NOSPC", 30: "NFSERR_ROFS", 63: "NFSERR_NAMETOOLONG", 66: "NFSERR_NOTEMPTY", 69: "NFSERR_DQUOT",
-    70: "NFSERR_STALE", 99: "NFSERR_WFLUSH",
-}
-ACCEPT_STATUS = ["SUCCESS", "PROG_UNAVAIL", "PROG_MISMATCH", "PROC_UNAVAIL", "GARBAGE_ARGS"]
 
+# What the arguments of each procedure, and its result behind the status, are made of. h: a handle, n: a name, d: data,
+# w: a number, c: the number of bytes wanted, s: attributes to set, a: attributes, e: entries of a directory.
+SHAPES = {
+    "getattr": ("h", "a"), "setattr": ("hs", "a"), "lookup": ("hn", "ha"), "readlink": ("h", "n"), "read": ("hwcw", "ad"),
+    "write": ("hwwwd", "a"), "create": ("hns", "ha"), "remove": ("hn", ""), "rename": ("hnhn", ""), "link": ("hhn", ""),
+    "symlink": ("hnns", ""), "mkdir": ("hns", "ha"), "rmdir": ("hn", ""), "readdir": ("hwc", "e"), "statfs": ("h", "wwwww"),
+}
 Time = namedtuple("Time", "seconds useconds")
 Fattr = namedtuple("Fattr", "type mode nlink uid gid size blocksize rdev blocks fsid fileid atime mtime ctime")
 DirOpRes = namedtuple("DirOpRes", "file attributes")
@@ -43,24 +45,23 @@ ReadRes = namedtuple("ReadRes", "attributes data")
 Entry = namedtuple("Entry", "fileid name cookie")
 ReaddirRes = namedtuple("ReaddirRes", "entries eof")
 StatfsRes = namedtuple("StatfsRes", "tsize bsize blocks bfree bavail")
+RESULTS = {"ha": DirOpRes, "ad": ReadRes, "wwwww": StatfsRes}
 
 
 class NfsError(Exception):
     """The server did what it was asked to try, and says why it couldn't."""
 
     def __init__(self, status):
-        super().__init__(STATUS.get(status, str(status)))
+        super().__init__(f"NFS status {status}")
         self.status = status
-        self.name = STATUS.get(status)
 
 
 class RpcError(Exception):
-    """The call was accepted but not served, or denied. `name` says why; `low` and `high` are set for PROG_MISMATCH and
-    RPC_MISMATCH, `auth_status` for AUTH_ERROR."""
+    """The call was accepted but not served, or denied. `name` says why; numbers are versions, or why a caller is refused."""
 
-    def __init__(self, name, low=None, high=None, auth_status=None):
-        super().__init__(name if low is None else f"{name} {low} {high}")
-        self.name, self.low, self.high, self.auth_status = name, low, high, auth_status
+    def __init__(self, name, *numbers):
+        super().__init__(" ".join(map(str, (name, *numbers))))
+        self.name = name
 
 
 class NoAnswer(Exception):
@@ -97,10 +98,9 @@ def auth_unix(uid, gid, groups=(), machine=b"raw"):
     return u32(1, len(body)) + body
 
 
-def sattr(mode=UNCHANGED, uid=UNCHANGED, gid=UNCHANGED, size=UNCHANGED, atime=None, mtime=None):
+def sattr(mode=UNCHANGED, uid=UNCHANGED, gid=UNCHANGED, size=UNCHANGED, atime=(UNCHANGED,) * 2, mtime=(UNCHANGED,) * 2):
     """Attributes to set; times are (seconds, microseconds). What isn't named stays as it is."""
-    unchanged = (UNCHANGED, UNCHANGED)
-    return u32(mode, uid, gid, size, *(atime or unchanged), *(mtime or unchanged))
+    return u32(mode, uid, gid, size, *atime, *mtime)
 
 
 def call_bytes(xid, program, version, procedure, args=b"", credentials=auth_null(), verifier=auth_null(), rpc_version=2,
@@ -112,8 +112,8 @@ def call_bytes(xid, program, version, procedure, args=b"", credentials=auth_null
 class Reader:
     """Takes a reply apart, strictly."""
 
-    def __init__(self, data):
-        self.data, self.position = data, 0
+    def __init__(self, data, encoding="utf-8"):
+        self.data, self.encoding, self.position = data, encoding, 0
 
     def raw(self, count):
         if count > len(self.data) - self.position:
@@ -122,13 +122,16 @@ class Reader:
         return self.data[self.position - count:self.position]
 
     def u32(self):
-        return struct.unpack(">I", self.raw(4))[0]
+        return int.from_bytes(self.raw(4), "big")
 
     def opaque(self):
         data = self.raw(self.u32())
         if any(self.raw(-len(data) % 4)):
             raise BadReply("padding isn't zero")
         return data
+
+    def name(self):
+        return self.opaque().decode(self.encoding)
 
     def choice(self, count):
         """A number below `count`."""
@@ -140,6 +143,19 @@ class Reader:
     def fattr(self):
         return Fattr(*(self.u32() for _ in range(11)), *(Time(self.u32(), self.u32()) for _ in range(3)))
 
+    def entries(self):
+        entries = []
+        while self.choice(2):
+            entries.append(Entry(self.u32(), self.name(), self.u32()))
+        return ReaddirRes(entries, bool(self.choice(2)))
+
+    def result(self, shape):
+        """All of a result: what its one letter stands for, a named tuple for several, None for none."""
+        parts = {"h": lambda: self.raw(32), "n": self.name, "d": self.opaque, "w": self.u32, "a": self.fattr,
+                 "e": self.entries}
+        values = [parts[letter]() for letter in shape]
+        return self.end(RESULTS[shape](*values) if shape in RESULTS else next(iter(values), None))
+
     def end(self, result=None):
         """`result`, if nothing is left."""
         if self.position != len(self.data):
@@ -149,7 +165,9 @@ class Reader:
 
 class NfsClient:
     """One socket. Credentials are AUTH_UNIX when a uid is given (they may be changed at any time), else AUTH_NULL.
-    Names are str, sent in `encoding`, or bytes, sent as they are; names come back as str."""
+    Names are str, sent in `encoding`, or bytes, sent as they are; names come back as str.
+
+    Each procedure is a method that takes the arguments of its shape; attributes to set are named, as in sattr."""
 
     def __init__(self, port, uid=None, gid=0, groups=(), timeout=5.0, encoding="iso-8859-1"):
         self.timeout, self.encoding = timeout, encoding
@@ -167,8 +185,6 @@ class NfsClient:
     def __exit__(self, *_):
         self.socket.close()
 
-    # Datagrams and calls.
-
     def send(self, datagram):
         self.socket.send(datagram)
 
@@ -183,9 +199,17 @@ class NfsClient:
     def start(self, program, version, procedure, args=b"", **parts):
         """Sends a call and gives its xid. `parts` are those of call_bytes."""
         self.xid = (self.xid + 1) & 0xFFFFFFFF
-        parts.setdefault("credentials", self.credentials)
-        self.send(call_bytes(self.xid, program, version, procedure, args, **parts))
+        self.send(call_bytes(self.xid, program, version, procedure, args, **{"credentials": self.credentials, **parts}))
         return self.xid
+
+    def begin(self, procedure, *values, **attributes):
+        """Sends a call of NFS and gives its xid."""
+        parts = {"h": bytes, "n": self._name, "d": opaque, "w": u32, "c": u32, "s": lambda named: sattr(**named)}
+        shape = SHAPES[procedure][0]
+        if shape.endswith("s"):
+            values += (attributes,)
+        args = b"".join(parts[letter](value) for letter, value in zip(shape, values, strict=True))
+        return self.start(NFS, NFS_VERSION, PROCEDURES[procedure], args)
 
     def finish(self, xid):
         """The results of the call, as a Reader behind the RPC header."""
@@ -200,81 +224,47 @@ class NfsClient:
     def call(self, program, version, procedure, args=b"", **parts):
         return self.finish(self.start(program, version, procedure, args, **parts))
 
-    @staticmethod
-    def results(datagram):
+    def results(self, datagram):
         """A reply's results, or what it says instead, as an exception."""
-        reply = Reader(datagram)
+        reply = Reader(datagram, self.encoding)
         reply.u32()
         if reply.u32() != 1:
             raise BadReply("not a reply")
         if reply.choice(2):
-            raise reply.end(RpcError("AUTH_ERROR", auth_status=reply.u32()) if reply.choice(2) else
+            raise reply.end(RpcError("AUTH_ERROR", reply.u32()) if reply.choice(2) else
                             RpcError("RPC_MISMATCH", reply.u32(), reply.u32()))
         if reply.u32() or reply.u32():
             raise BadReply("a verifier")
-        status = ACCEPT_STATUS[reply.choice(len(ACCEPT_STATUS))]
-        if status == "SUCCESS":
+        accepted = ACCEPT_STATUS[reply.choice(len(ACCEPT_STATUS))]
+        if accepted == "SUCCESS":
             return reply
-        raise reply.end(RpcError(status, reply.u32(), reply.u32()) if status == "PROG_MISMATCH" else RpcError(status))
+        versions = (reply.u32(), reply.u32()) if accepted == "PROG_MISMATCH" else ()
+        raise reply.end(RpcError(accepted, *versions))
 
-    # NFS procedures.
+    def result(self, procedure, *values, **attributes):
+        """Makes a call of NFS and gives its result."""
+        reply = self.finish(self.begin(procedure, *values, **attributes))
+        if code := reply.u32():
+            raise reply.end(NfsError(code))
+        return reply.result(SHAPES[procedure][1])
+
+    def __getattr__(self, procedure):
+        if procedure not in SHAPES:
+            raise AttributeError(procedure)
+        return functools.partial(self.result, procedure)
 
     def null(self):
         self.call(NFS, NFS_VERSION, 0).end()
 
-    def getattr(self, file):
-        return self._attrstat("getattr", file)
-
-    def setattr(self, file, **attributes):
-        """Attributes as sattr takes them."""
-        return self._attrstat("setattr", file + sattr(**attributes))
-
-    def lookup(self, directory, name):
-        return self._diropres("lookup", directory + self._name(name))
-
-    def readlink(self, file):
-        reply = self._ok("readlink", file)
-        return reply.end(reply.opaque().decode(self.encoding))
-
     def read(self, file, offset=0, count=8192):
-        reply = self._ok("read", file + u32(offset, count, count))
-        return reply.end(ReadRes(reply.fattr(), reply.opaque()))
+        return self.result("read", file, offset, count, count)
 
     def write(self, file, offset, data):
-        return self._attrstat("write", file + u32(offset, offset, len(data)) + opaque(data))
-
-    def create(self, directory, name, **attributes):
-        return self._diropres("create", directory + self._name(name) + sattr(**attributes))
-
-    def remove(self, directory, name):
-        self._ok("remove", directory + self._name(name)).end()
-
-    def rename(self, from_directory, from_name, to_directory, to_name):
-        self._ok("rename", from_directory + self._name(from_name) + to_directory + self._name(to_name)).end()
-
-    def link(self, file, to_directory, to_name):
-        self._ok("link", file + to_directory + self._name(to_name)).end()
-
-    def symlink(self, directory, name, target, **attributes):
-        self._ok("symlink", directory + self._name(name) + self._name(target) + sattr(**attributes)).end()
-
-    def mkdir(self, directory, name, **attributes):
-        return self._diropres("mkdir", directory + self._name(name) + sattr(**attributes))
-
-    def rmdir(self, directory, name):
-        self._ok("rmdir", directory + self._name(name)).end()
+        return self.result("write", file, offset, offset, len(data), data)
 
     def readdir(self, directory, cookie=0, count=8192):
         """One page. Cookies are numbers."""
-        reply = self._ok("readdir", directory + u32(cookie, count))
-        entries = []
-        while reply.choice(2):
-            entries.append(Entry(reply.u32(), reply.opaque().decode(self.encoding), reply.u32()))
-        return reply.end(ReaddirRes(entries, bool(reply.choice(2))))
-
-    def statfs(self, file):
-        reply = self._ok("statfs", file)
-        return reply.end(StatfsRes(*(reply.u32() for _ in range(5))))
+        return self.result("readdir", directory, cookie, count)
 
     # Made of procedures.
 
@@ -289,6 +279,10 @@ class NfsClient:
             if not page.entries:
                 raise BadReply("an empty page that isn't the last")
             cookie = page.entries[-1].cookie
+
+    def names(self, directory, count=8192):
+        """Of all entries but the directory itself and the one above it."""
+        return sorted(entry.name for entry in self.listing(directory, count) if entry.name not in (".", ".."))
 
     def walk(self, directory, path):
         """LOOKUP along a path of names separated by "/"; a DirOpRes."""
@@ -309,8 +303,14 @@ class NfsClient:
         for offset in range(0, len(data), count):
             self.write(file, offset, data[offset:offset + count])
 
+    def put(self, directory, name, data):
+        """A new file with its contents; its handle."""
+        file = self.create(directory, name, mode=0o644).file
+        self.write_all(file, data)
+        return file
+
     def pipelined(self, calls, window=16):
-        """Makes calls, (procedure, arguments), with up to `window` of them on their way. Gives of each, in order, its
+        """Makes calls, (procedure, *arguments), with up to `window` of them on their way. Gives of each, in order, its
         NFS status and the Reader behind it; None for both when no answer came."""
         waiting = collections.deque()
         for call in itertools.chain(calls, [None] * window):
@@ -321,25 +321,7 @@ class NfsClient:
                 except NoAnswer:
                     yield None, None
             if call:
-                waiting.append(self.start(NFS, NFS_VERSION, PROCEDURES[call[0]], call[1]))
-
-    # How results are built.
+                waiting.append(self.begin(*call))
 
     def _name(self, name):
         return opaque(name.encode(self.encoding) if isinstance(name, str) else name)
-
-    def _ok(self, procedure, args):
-        reply = self.call(NFS, NFS_VERSION, PROCEDURES[procedure], args)
-        status = reply.u32()
-        if status:
-            reply.end()
-            raise NfsError(status)
-        return reply
-
-    def _attrstat(self, procedure, args):
-        reply = self._ok(procedure, args)
-        return reply.end(reply.fattr())
-
-    def _diropres(self, procedure, args):
-        reply = self._ok(procedure, args)
-        return reply.end(DirOpRes(reply.raw(32), reply.fattr()))

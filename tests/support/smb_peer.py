@@ -14,61 +14,33 @@ import os
 import shutil
 import signal
 import socket
-import struct
 import subprocess
 import sys
 import tempfile
-import time
 from pathlib import Path
 
+from waiting import wait_until
+
 CLONE_NEWNS, CLONE_NEWNET, MS_REC, MS_PRIVATE = 0x00020000, 0x40000000, 0x4000, 0x40000
-NEEDED = ("smbd", "nmbd", "smbpasswd", "ip")
+NEEDED = ("smbd", "nmbd", "nmblookup", "smbpasswd", "ip")
 PORT = 1139
-NAME = "PEER"
-WORKGROUP = "TESTGRP"
+NAME, WORKGROUP = "PEER", "TESTGRP"
 NMBD_ADDRESS = "127.0.0.2"
 READY_SECONDS = 20
 
-COMMON_OPTIONS = {
-    "netbios name": NAME,
-    "workgroup": WORKGROUP,
-    "server role": "standalone server",
-    "bind interfaces only": "yes",
-}
-
-SMBD_OPTIONS = {
-    **COMMON_OPTIONS,
-    "interfaces": "127.0.0.1/8",
-    "usershare max shares": "0",
-    "load printers": "no",
-    "printing": "bsd",
-    "printcap name": "/dev/null",
-    "disable spoolss": "yes",
-    "server min protocol": "CORE",
-    "server max protocol": "NT1",
-    "lanman auth": "yes",
-    "ntlm auth": "ntlmv1-permitted",
-    "server signing": "disabled",
-    "smb1 unix extensions": "no",
-    "time server": "yes",
-}
-
-SHARE_OPTIONS = {
-    "read only": "no",
-    "guest ok": "yes",
-    "force user": "root",
-    "store dos attributes": "yes",
-    "map archive": "no",
-    "map system": "no",
-    "map hidden": "no",
-    "map readonly": "no",
-    "hide dot files": "no",
-    "case sensitive": "no",
-    # Else the time in a close request is lost when a write came shortly before.
-    "smbd:writetimeupdatedelay": "0",
-}
-
+COMMON_OPTIONS = {"netbios name": NAME, "workgroup": WORKGROUP, "server role": "standalone server", "bind interfaces only": "yes"}
 NMBD_OPTIONS = {**COMMON_OPTIONS, "interfaces": f"{NMBD_ADDRESS}/8", "wins support": "yes"}
+SMBD_OPTIONS = {
+    **COMMON_OPTIONS, "interfaces": "127.0.0.1/8", "usershare max shares": "0", "time server": "yes",
+    "load printers": "no", "printing": "bsd", "printcap name": "/dev/null", "disable spoolss": "yes",
+    "server min protocol": "CORE", "server max protocol": "NT1", "server signing": "disabled",
+    "lanman auth": "yes", "ntlm auth": "ntlmv1-permitted", "smb1 unix extensions": "no",
+}
+SHARE_OPTIONS = {
+    "read only": "no", "guest ok": "yes", "force user": "root", "case sensitive": "no", "store dos attributes": "yes",
+    **{f"map {attribute}": "no" for attribute in ("archive", "system", "hidden", "readonly")}, "hide dot files": "no",
+    "smbd:writetimeupdatedelay": "0",  # else the time in a close request is lost when a write came shortly before
+}
 
 
 def enter_private_network():
@@ -103,12 +75,8 @@ class SmbPeer:
             raise PeerError(f"{', '.join(missing)} not found: ./dev setup installs the real SMB peer")
         if os.geteuid() != 0:
             raise PeerError("the real SMB peer needs root: it adds users to its own password file")
-        self.users = users or {"tester": "Secret1"}
-        self.shares = shares or {"SHARE": {}}
-        self.port = port
-        self.options = options or {}
-        self.tz = tz
-        self.nmbd = nmbd
+        self.users, self.shares = users or {"tester": "Secret1"}, shares or {"SHARE": {}}
+        self.port, self.options, self.tz, self.nmbd = port, options or {}, tz, nmbd
         self.processes = []
 
     def __enter__(self):
@@ -141,16 +109,9 @@ class SmbPeer:
     def environment(self):
         """What a test needs to know, on top of the environment of this process."""
         user, password = next(iter(self.users.items()))
-        return {
-            **os.environ,
-            "HALDEN_SMB_PORT": str(self.port),
-            "HALDEN_SMB_NAME": NAME,
-            "HALDEN_SMB_WORKGROUP": WORKGROUP,
-            "HALDEN_SMB_USER": user,
-            "HALDEN_SMB_PASSWORD": password,
-            "HALDEN_SMB_SHARE": next(iter(self.shares)),
-            "HALDEN_SMB_ROOT": str(self.root()),
-        }
+        known = {"PORT": self.port, "NAME": NAME, "WORKGROUP": WORKGROUP, "USER": user, "PASSWORD": password,
+                 "SHARE": next(iter(self.shares)), "ROOT": self.root()}
+        return {**os.environ, **{f"HALDEN_SMB_{key}": str(value) for key, value in known.items()}}
 
     # What happens to servers.
 
@@ -169,11 +130,8 @@ class SmbPeer:
         ended = self.serving()
         for pid in ended:
             os.kill(pid, signal.SIGKILL)
-        end = time.monotonic() + READY_SECONDS
-        while set(ended) & set(self.serving()):
-            if time.monotonic() > end:
-                raise PeerError("killed processes of smbd are still there")
-            time.sleep(0.01)
+        if not wait_until(lambda: not set(ended) & set(self.serving()), READY_SECONDS):
+            raise PeerError("killed processes of smbd are still there")
 
     def kill(self):
         self.signal(signal.SIGKILL)
@@ -202,17 +160,14 @@ class SmbPeer:
         """name.conf, and below name/ the folders that samba keeps its state in."""
         state = self.folder / name
         state.mkdir()
-        folders = {"private dir": "private", "lock directory": "lock", "state directory": "state",
-                   "cache directory": "cache", "pid directory": "pid", "ncalrpc dir": "ncalrpc"}
-        for folder in folders.values():
-            (state / folder).mkdir(mode=0o700 if folder == "private" else 0o755)
+        kinds = ("private", "lock", "state", "cache", "pid", "ncalrpc")
+        for kind in kinds:
+            (state / kind).mkdir(mode=0o700 if kind == "private" else 0o755)
         settings = {
             "log level": "0",  # first: samba logs while it reads the rest
-            **{option: state / folder for option, folder in folders.items()},
-            "log file": self.folder / "log" / "log.%m",
-            "passdb backend": f"tdbsam:{state}/private/passdb.tdb",
-            "nmbd:socket dir": state / "nmbd",
-            **options,
+            **{f"{kind} {'dir' if kind in ('private', 'ncalrpc') else 'directory'}": state / kind for kind in kinds},
+            "log file": self.folder / "log" / "log.%m", "passdb backend": f"tdbsam:{state}/private/passdb.tdb",
+            "nmbd:socket dir": state / "nmbd", **options,
         }
         sections = {"global": settings}
         for share, extra in shares.items():
@@ -239,11 +194,9 @@ class SmbPeer:
             for name, kind, comment in lines))
 
     def _environment_of_samba(self):
-        environment = dict(os.environ, LD_PRELOAD="libnss_wrapper.so", NSS_WRAPPER_PASSWD=str(self.folder / "passwd"),
-                           NSS_WRAPPER_GROUP=str(self.folder / "group"))
-        if self.tz:
-            environment["TZ"] = self.tz
-        return environment
+        wrapped = {"LD_PRELOAD": "libnss_wrapper.so", "NSS_WRAPPER_PASSWD": str(self.folder / "passwd"),
+                   "NSS_WRAPPER_GROUP": str(self.folder / "group")}
+        return {**os.environ, **wrapped, **({"TZ": self.tz} if self.tz else {})}
 
     def _run(self, command, text):
         done = subprocess.run(command, input=text, text=True, capture_output=True, env=self._environment_of_samba())
@@ -251,53 +204,33 @@ class SmbPeer:
             raise PeerError(f"{command[0]} failed: {done.stdout}{done.stderr}"
                             " (it needs libnss-wrapper too: ./dev setup installs it)")
 
-    def _start(self, name, *extra):
-        """A session of its own, for on its end smbd kills its whole process group."""
-        output = open(self.folder / "log" / f"{name}.output", "wb")
-        config = self.folder / f"{name[:-1]}.conf"
-        self.processes.append(subprocess.Popen(
-            [name, "--foreground", "--no-process-group", f"--log-basename={self.folder}/log",
-             f"--configfile={config}", *extra],
-            stdin=subprocess.DEVNULL, stdout=output, stderr=output, start_new_session=True,
-            env=self._environment_of_samba()))
+    def _start(self, name, ready, *extra):
+        """In a session of its own, for on its end smbd kills its whole process group."""
+        command = [name, "--foreground", "--no-process-group", f"--log-basename={self.folder}/log",
+                   f"--configfile={self.folder}/{name[:-1]}.conf", *extra]
+        with open(self.folder / "log" / f"{name}.output", "wb") as output:
+            started = subprocess.Popen(command, stdin=subprocess.DEVNULL, stdout=output, stderr=output,
+                                       start_new_session=True, env=self._environment_of_samba())
+        self.processes.append(started)
+        if not wait_until(lambda: started.poll() is not None or ready(), READY_SECONDS) or started.poll() is not None:
+            logs = [path.read_text(errors="replace") for path in (self.folder / "log").iterdir()]
+            raise PeerError(f"{name} isn't there after its start:\n{''.join(logs)}")
 
     def _start_smbd(self):
-        self._start("smbd")
         with socket.socket() as probe:
-            self._wait_until("smbd", lambda: probe.connect_ex(("127.0.0.1", self.port)) == 0)
+            self._start("smbd", lambda: probe.connect_ex(("127.0.0.1", self.port)) == 0)
 
     def _start_nmbd(self):
         self._write_config("nmb", NMBD_OPTIONS, {})
         (self.folder / "lmhosts").touch()
-        self._start("nmbd", f"--hosts={self.folder}/lmhosts")
-        self._wait_until("nmbd", answers_name_query)
-
-    def _wait_until(self, what, ready):
-        end = time.monotonic() + READY_SECONDS
-        while not ready():
-            if self.processes[-1].poll() is not None or time.monotonic() > end:
-                logs = [path.read_text(errors="replace") for path in (self.folder / "log").iterdir()]
-                raise PeerError(f"{what} isn't there after its start:\n{''.join(logs)}")
-            time.sleep(0.01)
+        query = ["nmblookup", f"--configfile={self.folder}/nmb.conf", "--recursion", f"--unicast={NMBD_ADDRESS}", f"{NAME}#20"]
+        self._start("nmbd", lambda: subprocess.run(query, capture_output=True).returncode == 0,
+                    f"--hosts={self.folder}/lmhosts")
 
     def _stop_rpc_helper(self):
         """smbd starts it for some remote calls; it makes itself a session and outlives smbd."""
         with contextlib.suppress(OSError, ValueError):
             os.kill(int((self.folder / "smb" / "pid" / "samba-dcerpcd.pid").read_text()), signal.SIGTERM)
-
-
-def answers_name_query():
-    """Asks for the peer's name; true when a positive answer to just this question comes."""
-    name = b"".join(bytes((0x41 + (c >> 4), 0x41 + (c & 15))) for c in NAME.ljust(15).encode() + b"\x20")
-    query = struct.pack(">6H", 0x4841, 0x0100, 1, 0, 0, 0) + b"\x20" + name + b"\0\0\x20\0\x01"
-    with socket.socket(socket.AF_INET, socket.SOCK_DGRAM) as sender:
-        sender.settimeout(0.1)
-        try:
-            sender.sendto(query, (NMBD_ADDRESS, 137))
-            answer = sender.recv(1024)
-        except OSError:
-            return False
-    return len(answer) >= 12 and answer[:2] == query[:2] and struct.unpack_from(">H", answer, 6)[0] > 0
 
 
 class Capture:
@@ -326,13 +259,12 @@ class Capture:
     def _wait_for_the_last_packet(self):
         """Packets reach dumpcap and its file late on a busy machine: once this datagram is there, all before it are."""
         mark = b"the capture ends here"
-        deadline = time.monotonic() + 20
         with socket.socket(socket.AF_INET, socket.SOCK_DGRAM) as sender:
-            while mark not in self.file.read_bytes()[-4096:]:
-                if time.monotonic() > deadline:
-                    raise PeerError("dumpcap doesn't write what it captures")
+            def written():
                 sender.sendto(mark, ("127.0.0.1", self.port))
-                time.sleep(0.1)
+                return mark in self.file.read_bytes()[-65536:]
+            if not wait_until(written, READY_SECONDS):
+                raise PeerError("dumpcap doesn't write what it captures")
 
 
 def main():
