@@ -113,7 +113,6 @@ class ZnSMBNFSSession : public ZnSMBNFSSessionBase, protected ZnSMBClient {
   ZnUniString CallingName() const;
   void ProcessConnect();
   void ProcessTreeConnect(Command& command);
-  static ZnSMBNFSTree* FirstUnconnected(const Command& command);
 
   // ---- machines that can't be reached (session_reach.cpp) ----
 

@@ -75,25 +75,15 @@ void ZnSMBNFSSession::ProcessConnect() {
 }
 
 void ZnSMBNFSSession::CheckTreeConnected(Command& command) {
-  if (!TreeOf(command)) return Fail();
+  ZnSMBNFSTree* tree = TreeOf(command);
+  if (!tree) return Fail();
   if (!NamesAreHeld(command)) return;
-  ZnSMBNFSTree* tree = FirstUnconnected(command);
-  if (!tree) return Advance();
+  if (tree->connected) return Advance();
   Called(TreeConnect(tree, tree->config.password, &callback_));
 }
 
 void ZnSMBNFSSession::ProcessTreeConnect(Command& command) {
-  if (ZnSMBNFSTree* tree = FirstUnconnected(command)) tree->connected = true;
-  if (FirstUnconnected(command)) command.sessionstatus = ZnSMBNFSEnum::SSTConnect;  // once more
-}
-
-// Of the shares that a command works in: its node's, and for a rename the target's.
-ZnSMBNFSTree* ZnSMBNFSSession::FirstUnconnected(const Command& command) {
-  ZnSMBNFSTree* tree = TreeOf(command);
-  if (tree && !tree->connected) return tree;
-  if (command.sessioncommand != ZnSMBNFSEnum::SCRequestRename) return nullptr;
-  tree = TreeOf(command.node2.Get());
-  return tree && !tree->connected ? tree : nullptr;
+  if (ZnSMBNFSTree* tree = TreeOf(command)) tree->connected = true;
 }
 
 ZnSMBNFSTree* ZnSMBNFSSession::TreeOf(const ZnSMBNFSNode* node) {

@@ -15,11 +15,9 @@ TEST(ErrorText, NamesAndSentencesOfServerErrors) {
     const char *name, *sentence;
     unsigned status;
   } cases[] = {
-      {0x1201, "ERRDOS__ERRnofiles", "No more files match the search", 2},
       {145 * 256 + 1, "ERRDOS__ERRdirnotempty", "The directory is not empty", 66},
       {2239 * 256 + 2, "ERRSRV__ERRuserexp", "The authentication server is not accessible. User account expired", 13},
       {0xFFFF02, "ERRSRV__ERRnosupport", "The function is not supported by the server", 13},
-      {22 * 256 + 3, "ERRHRD__ERRbadcmd", "Unkown command", 5},
       {0x0000, "SUCCESS__SUCCESS", "The request was successful", 0},
       {0x0E01, "Unknown error (class 1, code 14)", "Unknown error (class 1, code 14)", 5},
       {0x120304, "Unknown error (class 4, code 4611)", "Unknown error (class 4, code 4611)", 5},

@@ -1,5 +1,4 @@
-// Replies to single requests: files in the older dialects, and servers that contradict themselves. What a real server
-// does is shown with it.
+// Replies to single requests of servers that contradict themselves. What a real server does is shown with it.
 
 #include "smb_client/client_fixture.h"
 
@@ -9,37 +8,11 @@ using namespace std::string_literals;
 using smb_script::Reply;
 using smb_script::TransReply;
 using smb_script::U16;
-using smb_script::U32;
 
 class Files : public ClientTest {};
 
 ScriptedSmbPeer::Script Answer(const std::string& words, const std::string& data = "") {
   return [=](const auto& request) { return Messages{Reply(request, words, data)}; };
-}
-
-TEST_F(Files, OpensInTheFormOfTheDialect) {
-  client.logonrules(kAnyLogon);
-  for (unsigned dialect : {0U, 1U, 2U}) {
-    SCOPED_TRACE(dialect);
-    server.dialect = dialect;
-    Connect();
-    ZnSMBCFileObject file = File();
-    file.access = Values::AccessReadWrite;
-    file.modified = {77, 0};
-    EXPECT_EQ(
-        client.OpenFile(&file, Values::DenyWrite, true, dialect == 2 ? Values::OFTruncate : Values::OFOpen, nullptr),
-        kSuccess);
-    EXPECT_EQ(Last().data, (dialect == 0 ? "\4" : "") + "\\file\0"s);
-    EXPECT_EQ(Last().words, dialect == 0 ? U16(0x22) + U16(0x2F)
-                                         : "\xFF\0\0\0"s + U16(0) + U16(0x22) + U16(0x16) + U16(0) + U32(77) +
-                                               U16(dialect == 2 ? 0x12 : 0x11) + std::string(12, '\0'));
-    EXPECT_EQ(file.fid, 0x4001);
-    EXPECT_EQ(file.access, Values::AccessReadWrite);
-    EXPECT_TRUE(file.isopen && file.attribs.archive);
-    EXPECT_EQ(file.modified.seconds, 1111111111U);
-    EXPECT_EQ(file.size, server.content.size());
-    client.Disconnect();
-  }
 }
 
 TEST_F(Files, ServersThatContradictThemselvesAreFound) {

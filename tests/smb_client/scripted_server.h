@@ -45,9 +45,6 @@ class ScriptedServerTest : public testing::Test {
 
   // Answers a command in this way from now on.
   void Replace(int command, Script script) { server.replaced[command] = std::move(script); }
-  void Refuse(int command, unsigned errorClass, unsigned code) {
-    Replace(command, [=](const auto& request) { return Messages{smb_script::Refusal(request, errorClass, code)}; });
-  }
   static Messages Silence(const smb_script::Request&) { return {}; }
   // The server ends the connection instead of answering, `times` times.
   void HangUpOn(int command, int times) {
@@ -65,20 +62,13 @@ class ScriptedServerTest : public testing::Test {
     return peer.requests.at(peer.requests.size() - 1 - before);
   }
   // Lets the loop do what there is to do for some virtual milliseconds.
-  void LetPass(uint32_t milliseconds) {
-    ZnSimpleCallback<ZnEvent::cbdispatch, ScriptedServerTest> stop(this, &ScriptedServerTest::Stop);
-    ZnTimer timer(&loop, &stop);
-    timer.Set(std::chrono::milliseconds(milliseconds));
-    loop.EnterEventLoop();
-  }
+  void LetPass(uint32_t milliseconds) { loop.LetPass(milliseconds); }
 
   VirtualLoop loop;
   StandardSmbServer server;
   ScriptedSmbPeer peer{&loop};
 
  private:
-  void Stop(ZnEventCallback*, ZnEvent::cbdispatch) { loop.ExitEventLoop(0); }
-
   int hangupcommand_ = -1;
   int hangups_ = 0;
   size_t seen_ = 0;

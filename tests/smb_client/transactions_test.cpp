@@ -94,16 +94,17 @@ TEST_F(Transactions, LiesAboutSizesAndPlacesEndThem) {
 // ---- listings -------------------------------------------------------------------------------------------------------
 
 TEST_F(Transactions, NoMoreFilesIsNoFailure) {
-  Refuse(kTrans2, 1, 18);
-  EXPECT_EQ(Reason(List()), Values::ErrNone);
-  server.entries = 21;
-  StandardSmbServer standard = server;
-  standard.replaced.clear();
-  Replace(kTrans2, [&](const auto& request) {
-    return request.Word(14) == 1 ? standard(request) : Messages{Refusal(request, 1, 18)};
-  });
-  EXPECT_EQ(List(), kSuccess);
-  EXPECT_EQ(listed.Count(), 20U);
+  for (size_t listedBefore : {0U, 20U}) {
+    listed.Flush();
+    Replace(kTrans2, [&](const auto& request) {
+      if (listedBefore == 0 || request.Word(14) != 1) return Messages{Refusal(request, 1, 18)};
+      StandardSmbServer standard;
+      standard.entries = 21;
+      return standard(request);
+    });
+    EXPECT_EQ(Reason(List()), Values::ErrNone);
+    EXPECT_EQ(listed.Count(), listedBefore);
+  }
 }
 
 TEST_F(Transactions, LyingListingsEnd) {
@@ -146,7 +147,5 @@ TEST_F(Transactions, EndlessListingsEndAtAMillion) {
   EXPECT_EQ(Reason(List()), Values::ErrRead);
   EXPECT_EQ(listed.Count(), 1000000U);
 }
-
-// ---- remote API -----------------------------------------------------------------------------------------------------
 
 }  // namespace

@@ -36,12 +36,6 @@ std::string U16(unsigned value) { return Number(value, 2); }
 std::string U32(uint32_t value) { return Number(value, 4); }
 std::string U64(uint64_t value) { return Number(value, 8); }
 
-std::string Wide(const std::string& text) {
-  std::string wide;
-  for (char c : text) wide += std::string(1, c) + '\0';
-  return wide;
-}
-
 unsigned Request::Word(size_t index) const { return At16(words, 2 * index); }
 
 std::string Reply(const Request& request, const std::string& words, const std::string& data) {
@@ -147,7 +141,6 @@ void ScriptedSmbPeer::Handle(uint8_t type, const std::string& body) {
   ASSERT_GE(body.size(), 35U) << "the client has sent a cut message";
   Request request;
   request.command = static_cast<uint8_t>(body[4]);
-  request.flags = static_cast<uint8_t>(body[9]);
   request.flags2 = At16(body, 10);
   request.tid = At16(body, 24);
   request.pid = At16(body, 26);

@@ -16,13 +16,10 @@ namespace smb_script {
 std::string U16(unsigned value);
 std::string U32(uint32_t value);
 std::string U64(uint64_t value);
-// UTF-16 of ASCII text.
-std::string Wide(const std::string& text);
 
 // A request, taken apart.
 struct Request {
   uint8_t command = 0;
-  unsigned flags = 0;
   unsigned flags2 = 0;
   unsigned tid = 0;
   unsigned pid = 0;

@@ -75,7 +75,7 @@ std::string StandardSmbServer::Negotiate(const Request& request) const {
   return Reply(request,
                U16(2) + security + U16(50) + U16(1) + U32(maxBuffer) + U32(65536) + U32(0x11223344) +
                    U32(capabilities) + U64(0) + U16(0xFFC4) + "\x08",
-               challenge + smb_script::Wide("GROUP\0"s));
+               challenge + "G\0R\0O\0U\0P\0\0\0"s);
 }
 
 std::string StandardSmbServer::Read(const Request& request) const {

@@ -8,11 +8,9 @@
 
 class StandardSmbServer {
  public:
-  explicit StandardSmbServer(unsigned chosenDialect = 2) : dialect(chosenDialect) {}
-
   std::vector<std::string> operator()(const smb_script::Request& request);
 
-  unsigned dialect;           // index of the dialect it picks
+  unsigned dialect = 2;       // index of the dialect it picks
   unsigned securityMode = 3;  // bit 0 user level, bit 1 encrypted passwords
   unsigned maxBuffer = 4356;  // bytes
   uint32_t capabilities = 0;  // bit 2 Unicode

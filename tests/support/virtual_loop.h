@@ -7,6 +7,7 @@
 #include <cerrno>
 
 #include "runtime/poll_event_loop.h"
+#include "runtime/timer.h"
 #include "runtime/unix_process.h"
 
 class VirtualLoop : public ZnEventLoop {
@@ -18,6 +19,14 @@ class VirtualLoop : public ZnEventLoop {
     ZnSteadyClock::SetClock([] { return now_; });
   }
   ~VirtualLoop() override { ZnSteadyClock::SetClock(nullptr); }
+
+  // Does what there is to do for some virtual milliseconds.
+  void LetPass(uint32_t milliseconds) {
+    ZnSimpleCallback<ZnEvent::cbdispatch, VirtualLoop> stop(this, &VirtualLoop::Stop);
+    ZnTimer timer(this, &stop);
+    timer.Set(std::chrono::milliseconds(milliseconds));
+    EnterEventLoop();
+  }
 
  protected:
   int Poll(pollfd* list, nfds_t count, int timeout) override {
@@ -33,6 +42,8 @@ class VirtualLoop : public ZnEventLoop {
   }
 
  private:
+  void Stop(ZnEventCallback*, ZnEvent::cbdispatch) { ExitEventLoop(0); }
+
   static constexpr int kGrace = 2;  // milliseconds for bytes that are on their way through the host
 
   inline static ZnMoment now_;
