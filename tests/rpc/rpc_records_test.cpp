@@ -65,9 +65,7 @@ TEST(RpcRecords, ControlAndPortMapper) {
   CheckRecord(ZnNFSClientConnectResponse{{}, 5, 2, {}, {}, {}}, "00000005 00000002");
   CheckRecord(ZnNFSClientConfigInfo{{}, 3, {connect}}, "00000003 00000001" CONNECT_HEX);
   CheckRecord(ZnNFSClientConfigResponse{{}, 0, 2, {connect}}, "00000000 00000002 00000001" CONNECT_HEX);
-  CheckRecord(ZnNFSClientConfigResponse{{}, 5, 2, {}}, "00000005 00000002");
   CheckRecord(ZnNFSClientUsageResponse{{}, 0, 2, {usage, usage}}, "00000000 00000002 00000002" USAGE_HEX USAGE_HEX);
-  CheckRecord(ZnNFSClientUsageResponse{{}, 5, 2, {}}, "00000005 00000002");
   CheckRecord(ZnNFSClientTestInfo{{}, Hex("010203")}, "| 010203");
 }
 
