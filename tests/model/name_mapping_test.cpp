@@ -2,9 +2,9 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <map>
 #include <random>
-#include <regex>
 
 #include "config/share_config.h"
 
@@ -46,9 +46,18 @@ TEST(NameMapping, Table) {
 }
 
 bool IsFit(const std::string& name) {
-  static const std::regex kUnfit("[\\x01-\\x1F?\"<>*|:]|[. ]$|^(con|prn|aux|nul|com[1-9]|lpt[1-9]) *(\\.|$)",
-                                 std::regex::icase);
-  return !std::regex_search(name, kUnfit);
+  const std::string kRefused = "?\"<>*|:";
+  if (std::ranges::any_of(name, [&](char c) { return (c > 0 && c < ' ') || kRefused.find(c) != kRefused.npos; }))
+    return false;
+  if (name.ends_with('.') || name.ends_with(' ')) return false;
+  std::string base = name.substr(0, name.find('.'));
+  base.resize(base.find_last_not_of(' ') + 1);
+  std::ranges::transform(base, base.begin(), [](char c) { return c >= 'A' && c <= 'Z' ? c + 32 : c; });
+  for (const char* device : {"con", "prn", "aux", "nul"}) {
+    if (base == device) return false;
+  }
+  const bool numbered = base.starts_with("com") || base.starts_with("lpt");
+  return !(numbered && base.size() == 4 && base[3] >= '1' && base[3] <= '9');
 }
 
 // Over all short names of characters that matter and many long ones: every client's name comes back, no two share one
