@@ -18,7 +18,7 @@ def test_directories_come_and_go(nfs, place):
     nfs.put(sub, "f", b"data")
     nfs.create(sub, "f", size=0)
     assert contents(folder) == {"sub": None, "sub/f": b""}
-    assert (status(nfs.mkdir, directory, "sub"), status(nfs.rmdir, directory, "sub")) == (17, 66)
+    assert [status(call, directory, "sub") for call in (nfs.create, nfs.mkdir, nfs.rmdir)] == [21, 17, 66]
     nfs.remove(sub, "f")
     nfs.rmdir(directory, "sub")
     assert nfs.names(directory) == [] == list(folder.iterdir())
@@ -100,6 +100,7 @@ def test_links(nfs, place):
     (folder / "-)no path").write_bytes(b"a\0b")
     for name in ("", ".", ".."):
         assert status(nfs.symlink, directory, name, "to") == status(nfs.create, directory, f"-){name}") == 13
+    assert status(nfs.create, directory, "-)new") == 13  # would be a link
     (folder / "-)").touch()  # would look like the directory itself
     assert nfs.names(directory) == sorted(["no path", *targets])
     assert status(nfs.readlink, nfs.lookup(directory, "no path").file) == 5

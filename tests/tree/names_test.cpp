@@ -66,24 +66,3 @@ TEST_F(NewNames, SettingsRefuse) {
   config.bannedchars = "#";
   EXPECT_FALSE(filesystem.ValidateName(share, "a#b", config));
 }
-
-TEST_F(NewNames, StatusOfEachNewName) {
-  ZnSMBNFSNode* share = Share();
-  List(share, {Entry("file"), Entry("dir", true), Entry("-)link")});
-  struct Case {
-    const char* name;
-    int create, mkdir, symlink;
-  };
-  for (const Case& c :
-       {Case{"new", 0, 0, 0}, Case{"FILE", 17, 17, 17}, Case{"dir", 21, 17, 17}, Case{"link", 17, 17, 17},
-        Case{"-)new", 13, 0, 0}, Case{"-)link", 13, 17, 17}, Case{".", 21, 17, 13}}) {
-    auto check = [&](void (ZnSMBNFSFileSystem::*step)(ZnSMBNFSCommand*)) {
-      auto command = CommandAt(share, c.name);
-      (filesystem.*step)(command.get());
-      return static_cast<int>(command->error);
-    };
-    EXPECT_EQ(check(&ZnSMBNFSFileSystem::CheckCreateFile), c.create) << c.name;
-    EXPECT_EQ(check(&ZnSMBNFSFileSystem::CheckMakeDirectory), c.mkdir) << c.name;
-    EXPECT_EQ(check(&ZnSMBNFSFileSystem::CheckCreateSymLink), c.symlink) << c.name;
-  }
-}
