@@ -108,7 +108,7 @@ ZnUniString Escapes::Unescape(Name name) const {
   const int value = name.empty() || name[0] != mark_ ? -1 : EscapedValue(name, 0);
   if (value > 0) {
     const auto letter = static_cast<char16_t>(value);
-    const ZnUniString device = ZnUniString(Name(&letter, 1)) + UnescapeFrom(name, 1 + digits_);
+    ZnUniString device = ZnUniString(Name(&letter, 1)) + UnescapeFrom(name, 1 + digits_);
     if (ZnIsDeviceName(device.View())) return device;
   }
   return UnescapeFrom(name, 0);

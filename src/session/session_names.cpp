@@ -19,7 +19,7 @@ bool IsHeldWhole(const ZnUniString& text, ZnEncoding encoding) {
 ZnUniString FirstNotHeld(const ZnUniString& text, ZnEncoding encoding) {
   for (size_t i = 0; i < text.Length(); i++) {
     const bool pair = (text[i] & 0xFC00) == 0xD800 && i + 1 < text.Length() && (text[i + 1] & 0xFC00) == 0xDC00;
-    const ZnUniString character = text.SubString(i, pair ? 2 : 1);
+    ZnUniString character = text.SubString(i, pair ? 2 : 1);
     if (!IsHeldWhole(character, encoding)) return character;
     if (pair) i++;
   }
