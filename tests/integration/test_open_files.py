@@ -17,8 +17,8 @@ def test_an_open_file_goes_on_through_every_rename(nfs, place):
     inner = nfs.mkdir(outer, "inner").file
     log = nfs.put(inner, "log", b"1")
     fileid = nfs.getattr(log).fileid
-    renames = [(inner, "log", inner, "log.1"), (inner, "log.1", outer, ".nfs0001"), (outer, ".nfs0001", inner, "log"),
-               (outer, "inner", directory, "inner"), (directory, "outer", inner, "outer"),
+    renames = [(inner, "log", inner, "log"), (inner, "log", inner, "log.1"), (inner, "log.1", outer, ".nfs0001"),
+               (outer, ".nfs0001", inner, "log"), (outer, "inner", directory, "inner"), (directory, "outer", inner, "outer"),
                (directory, "inner", directory, "INNER")]
     for count, rename in enumerate(renames, 1):
         assert nfs.read(log).data == b"1" * count
@@ -27,7 +27,7 @@ def test_an_open_file_goes_on_through_every_rename(nfs, place):
         assert (nfs.getattr(log).size, nfs.getattr(log).fileid) == (count + 1, fileid)
     assert nfs.walk(directory, "INNER/log").file == log
     assert nfs.walk(directory, "INNER/outer").file == outer
-    assert contents(folder) == {"INNER": None, "INNER/log": b"1111111", "INNER/outer": None}
+    assert contents(folder) == {"INNER": None, "INNER/log": b"11111111", "INNER/outer": None}
     assert status(nfs.lookup, directory, "outer") == status(nfs.lookup, inner, "log.1") == 2
 
 
@@ -144,13 +144,14 @@ def test_two_who_remove_one_tree_end_cleanly(gateway, nfs, place):
         calls = [client.begin(procedure, where, name) for client in (nfs, second)]
         return sorted(client.finish(xid).u32() for client, xid in zip((nfs, second), calls))
 
+    assert [status(call, directory, "top") for call in (nfs.create, nfs.mkdir, nfs.rmdir)] == [21, 17, 66]
     with gateway.daemon.client(uid=os.geteuid()) as second:
         for i in range(3):
             sub = nfs.lookup(top, f"{i}").file
             assert [both("remove", sub, f"{j}") for j in range(5)] == [[0, 2]] * 5
             assert both("rmdir", top, f"{i}") == [0, 2]
     nfs.rmdir(directory, "top")
-    assert contents(folder) == {}
+    assert (contents(folder), status(nfs.getattr, top)) == ({}, 70)
 
 
 def test_calls_that_wait_mean_the_name_and_not_what_had_it(nfs, place):

@@ -1,7 +1,5 @@
 """The daemon's conversation with real servers, every packet recorded: an independent dissector must understand both sides."""
 
-import subprocess
-
 import pytest
 from gateway import Gateway
 from smb_peer import PORT, Capture, enter_private_network
@@ -35,23 +33,17 @@ def everyday_work(nfs, share):
 
 @pytest.fixture(scope="module")
 def captures(tmp_path_factory):
-    folder = tmp_path_factory.mktemp("smb")
     enter_private_network()
+    made = []
     for name, settings in DIALECTS.items():
-        with Capture(folder / name, PORT), Gateway({"pc": {"port": PORT}}, settings) as gateway:
+        with Capture(tmp_path_factory.mktemp(name) / "run", PORT) as capture, Gateway({"pc": {"port": PORT}}, settings) as gateway:
             everyday_work(gateway.nfs, gateway.share())
-    return list(folder.iterdir())
+        made.append(capture)
+    return made
 
 
 def frames(captures, wanted, *fields):
-    lines = []
-    for file in captures:
-        done = subprocess.run(
-            ["tshark", "-2", "-r", file, "-d", f"tcp.port=={PORT},nbss", "-Y", wanted, "-T", "fields",
-             *(argument for field in ("frame.number", *fields) for argument in ("-e", field))], capture_output=True, text=True)
-        assert done.returncode == 0, done.stderr
-        lines += done.stdout.splitlines()
-    return [line.split("\t") for line in lines]
+    return [row for capture in captures for row in capture.frames(f"tcp.port=={PORT},nbss", wanted, "frame.number", *fields)]
 
 
 def test_no_packet_is_malformed(captures):

@@ -2,13 +2,10 @@
 
 import os
 import pathlib
-import sys
 import time
 
 import pytest
-
-sys.path.insert(0, str(pathlib.Path(__file__).parents[1] / "support"))
-from gateway import Gateway, wait_until  # noqa: E402
+from gateway import EAGER, Gateway, wait_until
 
 # The server's zone, the gateway's, and whether times are set by the requests of older servers.
 PLACES = [("UTC", "UTC", 0), ("America/New_York", "Asia/Kolkata", 0), ("Asia/Kolkata", "America/New_York", 0),
@@ -18,10 +15,7 @@ LONG_AGO = 1_000_000_000  # summer
 MOMENTS = [(LONG_AGO + 4, 0), (1_262_304_001, 123456), (100_000_001, 7), (0, 0), (2**31 - 1, 999999)]
 OLD_MOMENTS = [(LONG_AGO + 4, 0), (1_262_304_001, 0)]  # of servers that count in steps of two seconds
 FUTURE = 2_000_000_000
-SETTINGS = """
-[{user}/*/oldsetattr={(%d)}]
-[{user}/*/*/attribttl={(0)}]
-[{user}/*/*/contentsttl={(0)}]
+SETTINGS = EAGER + """[{user}/*/oldsetattr={(%d)}]
 [{user}/*/*/openfilettl={(1)}]
 [nfsserver/server/cleanupdelay={(1)}]
 """
@@ -35,9 +29,9 @@ def gateway(request):
         yield running
 
 
-def aged_file(gateway, name):
+def aged_file(gateway, name, make=pathlib.Path.touch):
     path = gateway.disk() / name
-    path.write_bytes(b"some data")
+    make(path)
     os.utime(path, (LONG_AGO, LONG_AGO))
     return path, gateway.nfs.lookup(gateway.share(), name).file
 
@@ -94,10 +88,7 @@ def test_a_time_that_is_set_stays(gateway):
     for opened in ("closed", "read", "written") if gateway.old else ("closed", "read", "written", "directory"):
         for when in OLD_MOMENTS if gateway.old else MOMENTS:
             name = f"set {opened} {when}"
-            if opened == "directory":
-                file, path = gateway.nfs.mkdir(gateway.share(), name).file, gateway.disk() / name
-            else:
-                path, file = aged_file(gateway, name)
+            path, file = aged_file(gateway, name, pathlib.Path.mkdir if opened == "directory" else pathlib.Path.touch)
             if opened == "read":
                 gateway.nfs.read(file)
             if opened == "written":
@@ -108,7 +99,7 @@ def test_a_time_that_is_set_stays(gateway):
                 assert 0 <= when[0] - shown.mtime.seconds <= 1 and 0 <= when[0] - shown.atime.seconds <= 1, name
             else:
                 assert exactly(disk.st_mtime_ns) == exactly(disk.st_atime_ns) == when, name
-            assert tuple(shown.mtime) == exactly(disk.st_mtime_ns), name
+            assert shown.mtime == exactly(disk.st_mtime_ns), name
             paths[path] = disk.st_mtime_ns
     wait_until_closed(gateway)
     assert {path: path.stat().st_mtime_ns for path in paths} == paths
@@ -131,12 +122,11 @@ def test_times_on_the_disk_are_shown_as_they_are(gateway):
     for make in (pathlib.Path.touch, pathlib.Path.mkdir):
         for when, shown in (((LONG_AGO, 123456789), (LONG_AGO, 123456)), ((LONG_AGO, 0), (LONG_AGO, 0)),
                             ((100_000_001, 999999999), (100_000_001, 999999)), ((-86400, 500), (0, 0))):
-            path = gateway.disk() / f"{make.__name__} {when}"
-            make(path)
+            path, file = aged_file(gateway, f"{make.__name__} {when}", make)
             os.utime(path, ns=(when[0] * 10**9 + when[1],) * 2)
-            found = gateway.nfs.lookup(gateway.share(), path.name).attributes
+            found = gateway.nfs.getattr(file)
             if not (gateway.old and path.is_dir()):
-                assert (tuple(found.atime), tuple(found.mtime)) == (shown, shown)
+                assert (found.atime, found.mtime) == (shown, shown)
 
 
 def test_unflushed_writes_count_from_the_write():

@@ -1,7 +1,7 @@
 """A real SMB1 server for tests: Debian's smbd (and nmbd) in a scratch folder, on loopback, stopped by pid.
 
 In Python:          with SmbPeer(users={"tester": "Secret1"}) as peer: run(command, env=peer.environment())
-On a command line:  tests/support/with_smb_peer [options] -- COMMAND...     (see --help)
+On a command line:  tests/support/with_smb_peer -- COMMAND...     (see --help)
 
 The command line runs everything in a network of its own, in which only loopback exists: ports can't clash and nothing
 leaves the machine. In Python, enter_private_network() does the same.
@@ -109,8 +109,8 @@ class SmbPeer:
     def environment(self):
         """What a test needs to know, on top of the environment of this process."""
         user, password = next(iter(self.users.items()))
-        known = {"PORT": self.port, "NAME": NAME, "WORKGROUP": WORKGROUP, "USER": user, "PASSWORD": password,
-                 "SHARE": next(iter(self.shares)), "ROOT": self.root()}
+        known = {"PORT": self.port, "NAME": NAME, "USER": user, "PASSWORD": password, "SHARE": next(iter(self.shares)),
+                 "ROOT": self.root()}
         return {**os.environ, **{f"HALDEN_SMB_{key}": str(value) for key, value in known.items()}}
 
     # What happens to servers.
@@ -154,7 +154,6 @@ class SmbPeer:
             self.root(share).mkdir()
         self._write_config("smb", {**SMBD_OPTIONS, "smb ports": self.port, **self.options}, self.shares)
         self._write_users()
-        self._write_servers()
 
     def _write_config(self, name, options, shares):
         """name.conf, and below name/ the folders that samba keeps its state in."""
@@ -185,13 +184,6 @@ class SmbPeer:
         for user, password in self.users.items():
             self._run(["smbpasswd", "-c", self.folder / "smb.conf", "-L", "-s", "-a", user],
                       f"{password}\n{password}\n")
-
-    def _write_servers(self):
-        """What it answers when asked for the servers of its workgroup."""
-        lines = [(WORKGROUP, "c0001000", NAME), (NAME, "40001003", "the peer"), ("OTHER", "40001003", "another one")]
-        (self.folder / "smb" / "cache" / "browse.dat").write_text("".join(
-            f'"{name}"                     {kind} "{comment}"                 "{WORKGROUP}"\n'
-            for name, kind, comment in lines))
 
     def _environment_of_samba(self):
         wrapped = {"LD_PRELOAD": "libnss_wrapper.so", "NSS_WRAPPER_PASSWD": str(self.folder / "passwd"),
@@ -234,7 +226,7 @@ class SmbPeer:
 
 
 class Capture:
-    """Every packet of the peer's TCP port, from `with` to its end, in a file that tshark reads."""
+    """Every packet of a port on loopback, TCP or UDP, from `with` to its end, in a file that tshark reads."""
 
     def __init__(self, file, port):
         self.file, self.port = Path(file), port
@@ -256,6 +248,14 @@ class Capture:
         self.process.send_signal(signal.SIGINT)
         self.process.communicate(timeout=10)
 
+    def frames(self, dissector, wanted, *fields):
+        """The fields of each packet that a filter of tshark wants. dissector: as for its option -d."""
+        command = ["tshark", "-2", "-r", self.file, "-d", dissector, "-Y", wanted, "-T", "fields"]
+        done = subprocess.run([*command, *(part for field in fields for part in ("-e", field))], text=True, capture_output=True)
+        if done.returncode != 0:
+            raise PeerError(f"tshark: {done.stderr}")
+        return [line.split("\t") for line in done.stdout.splitlines()]
+
     def _wait_for_the_last_packet(self):
         """Packets reach dumpcap and its file late on a busy machine: once this datagram is there, all before it are."""
         mark = b"the capture ends here"
@@ -271,17 +271,14 @@ def main():
     parser = argparse.ArgumentParser(
         prog="with_smb_peer", formatter_class=argparse.RawDescriptionHelpFormatter,
         description="Runs COMMAND beside a real SMB1 server, in a network that has only loopback.",
-        epilog="COMMAND finds HALDEN_SMB_PORT, _NAME, _WORKGROUP, _USER, _PASSWORD, _SHARE and _ROOT (the folder of the\n"
-               "share). The exit status is COMMAND's; 125 when the server can't be had.")
-    parser.add_argument("--port", type=int, default=PORT)
-    parser.add_argument("--capture", metavar="FILE", help="writes the packets there, for tshark")
+        epilog="COMMAND finds HALDEN_SMB_PORT, _NAME, _USER, _PASSWORD, _SHARE and _ROOT (the folder of the share).\n"
+               "The exit status is COMMAND's; 125 when the server can't be had.")
     parser.add_argument("command", nargs="+", metavar="COMMAND")
-    options = parser.parse_args()
+    command = parser.parse_args().command
     try:
         enter_private_network()
-        with SmbPeer(port=options.port) as peer, \
-                Capture(options.capture, options.port) if options.capture else contextlib.nullcontext():
-            status = subprocess.run(options.command, env=peer.environment()).returncode
+        with SmbPeer() as peer:
+            status = subprocess.run(command, env=peer.environment()).returncode
     except (PeerError, OSError) as error:
         print(f"with_smb_peer: {error}", file=sys.stderr)
         return 125
