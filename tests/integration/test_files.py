@@ -74,7 +74,8 @@ def test_a_refusal_is_told_to_the_user_in_words(gateway, nfs, place):
 def test_links(nfs, place):
     """They are files that other machines see."""
     directory, folder = place
-    targets = {"short": "x", "way": "../some/where else", "日本": "für/ünï", "long": "t" * 1000, "wide": "日本/😀", "look-alike": "Ã©"}
+    targets = {"short": "x", "way": "../some/where else", "日本": "für/ünï", "long": "t" * 1000,
+               "wide": "日本/😀", "look-alike": "Ã©"}
     for name, target in targets.items():
         nfs.symlink(directory, name, target)
     assert contents(folder) == {f"-){name}": target.encode("utf-8" if name in ("wide", "look-alike") else "iso-8859-1")

@@ -36,7 +36,8 @@ def captures(tmp_path_factory):
     enter_private_network()
     made = []
     for name, settings in DIALECTS.items():
-        with Capture(tmp_path_factory.mktemp(name) / "run", PORT) as capture, Gateway({"pc": {"port": PORT}}, settings) as gateway:
+        file = tmp_path_factory.mktemp(name) / "run"
+        with Capture(file, PORT) as capture, Gateway({"pc": {"port": PORT}}, settings) as gateway:
             everyday_work(gateway.nfs, gateway.share())
         made.append(capture)
     return made
