@@ -11,9 +11,9 @@ GATEWAY = {
 }
 # As they are given and as the server's disk has them.
 STORED = {
-    "plain": "plain", ".dot": ".dot", "-": "-", "UPPER": "UPPER", "a;3Fb": "a;;3Fb", ";": ";;", "a;b": "a;;b",
-    "a;41": "a;;41", 'q?"<>*|:': "q;3F;22;3C;3E;2A;7C;3A", "日" * 85: "日" * 85, "Ünïcode ☺": "Ünïcode ☺", "é": "é", "😀 beyond": "😀 beyond",
-    " lead": " lead", "a+b=[c],": "a+b=[c],", "~": "~", "x" * 255: "x" * 255,
+    "plain": "plain", ".dot": ".dot", "-": "-", "UPPER": "UPPER", "a;3Fb": "a;;3Fb", ";": ";;", "a;b": "a;;b", "a;41": "a;;41",
+    'q?"<>*|:': "q;3F;22;3C;3E;2A;7C;3A", "日" * 85: "日" * 85, "Ünïcode ☺": "Ünïcode ☺", "é": "é", " lead": " lead",
+    "😀 beyond": "😀 beyond", "a+b=[c],": "a+b=[c],", "~": "~", "x" * 255: "x" * 255,
 }
 
 
