@@ -44,7 +44,7 @@ ZnUniString ZnSMBNFSConfig::LoadServer(ZnSMBNFSServerConfig& config) {
     return "Invalid character encoding for RPC.\n"
            "Change the nfsserver/server/encoding/rpc key to a valid encoding.\n";
   }
-  const ZnUniString error = ReadRootHandle(in.Text("mount/roothandle"), config.roothandle);
+  ZnUniString error = ReadRootHandle(in.Text("mount/roothandle"), config.roothandle);
   if (!error.IsEmpty()) return error;
   in.Fill(config);
   if (config.addresses.IsEmpty()) {
