@@ -74,6 +74,7 @@ constexpr ZnKnownKey kKeys[] = {
     {Machine, "sessiontimeout", "(300)", Number(1, kMost), &M::sessiontimeout},
     {Machine, "sharesttl", "(10)", kSeconds, &M::sharesttl},
     {Machine, "maxopenfiles", "(50)", Number(1, kMost), &M::maxopenfiles},
+    {Machine, "treelimit", "(256)", Number(1, 65536), &M::treelimit},
     {Machine, "unixname", "(*)", kText},
     {Machine, "uid", "(-1)", kOwner, &M::uid},
     {Machine, "gid", "(-1)", kOwner, &M::gid},

@@ -27,6 +27,7 @@ struct ZnSMBNFSMachineConfig {
   int32_t sessiontimeout = 300;
   int32_t sharesttl = 0;
   int32_t maxopenfiles = 100;
+  int32_t treelimit = 256;  // MiB of names and attributes
   int32_t timeoffset = -1;  // seconds; -1 takes the machine's own
   bool oldsetattr = false;
   int32_t uid = -1;  // owner and group shown

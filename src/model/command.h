@@ -2,6 +2,7 @@
 // An NFS call in flight. It walks its procedure's states until a reply can be sent, and belongs to nobody but itself
 // meanwhile: whoever ends it deletes it, and its destructor withdraws it from its session and from the server.
 
+#include <list>
 #include <memory>
 #include <variant>
 
@@ -21,6 +22,28 @@ class ZnSMBNFSCommandHandler;
 using ZnSMBNFSArguments =
     std::variant<std::monostate, ZnNFSFileHandle, ZnNFSSattrargs, ZnNFSDiropargs, ZnNFSReadargs, ZnNFSWriteargs,
                  ZnNFSCreateargs, ZnNFSRenameargs, ZnNFSLinkargs, ZnNFSSymlinkargs, ZnNFSReaddirargs>;
+
+// A directory's listing on its way into the tree.
+struct ZnSMBNFSListing {
+  struct Entry {
+    ZnSMBCFileObject file;
+    ZnUniString stored;  // as of the node
+  };
+
+  uint32_t number = 0;       // as of the children that it has held
+  size_t held = 0;           // so many
+  uint32_t idbefore = 0;     // the last file id before it began
+  std::list<Entry> waiting;  // what is new under names that others made: it comes when all of ours are known
+  size_t waitingbytes = 0;   // that these will take as nodes
+};
+
+// Work for a command that goes on over several turns of the loop, and ends with the command.
+struct ZnSMBNFSWork {
+  ZnSMBNFSWork() = default;
+  ZnSMBNFSWork(const ZnSMBNFSWork&) = delete;
+  ZnSMBNFSWork& operator=(const ZnSMBNFSWork&) = delete;
+  virtual ~ZnSMBNFSWork() = default;
+};
 
 class ZnSMBNFSCommand {
  public:
@@ -70,6 +93,8 @@ class ZnSMBNFSCommand {
   bool openwrite = false;
   ZnNFSStatfsres statfs;
   ZnSMBDiskSpace space;  // as the server told it
+  ZnSMBNFSListing listing;
+  std::unique_ptr<ZnSMBNFSWork> work;
 
   // The session's part.
   ZnSMBNFSSessionBase* session = nullptr;  // in whose queue the command stands; it outlives that

@@ -44,4 +44,5 @@ class ZnSMBNFSSessionBase {
   std::list<std::unique_ptr<ZnSMBNFSTree>> trees;
   std::list<std::unique_ptr<ZnSMBNFSFile>> files;  // open on the server, oldest first
   ZnSMBNFSHandleDictionary handles;                // owns the nodes of level 4 and deeper
+  size_t treebytes = 0;                            // what those take, about
 };

@@ -24,6 +24,11 @@ class ZnSMBNFSSessionHost {
   // The session has done what command->sessioncommand asked, or failed (sessionstatus SSTError). The command may be
   // gone afterwards, and with it even the session.
   virtual void CompleteRequest(ZnSMBNFSCommand* command) = 0;
+  // The listing of a directory that the command asked for begins, perhaps not for the first time.
+  virtual void ListingBegins(ZnSMBNFSCommand* command) = 0;
+  // A part of it has come and is taken out of command->files. False when the tree has no room for it: the listing is to
+  // end.
+  virtual bool TakeListed(ZnSMBNFSCommand* command) = 0;
   virtual ZnEventLoopBase* eventloop() = 0;
   virtual const ZnSMBNFSServerConfig& serverconfig() const = 0;
   // A session enters and leaves the list that the clean-up timer walks.

@@ -134,6 +134,7 @@ class ZnSMBNFSSession : public ZnSMBNFSSessionBase, protected ZnSMBClient {
   void GetAttribs(Command& command);
   void GetSpace(Command& command);
   void List(Command& command, const ZnUniString& directory, const ZnUniString& pattern);
+  bool TookEntries() override;
 
   // ---- open files (session_files.cpp) ----
 
@@ -292,6 +293,8 @@ class ZnSMBNFSSession : public ZnSMBNFSSessionBase, protected ZnSMBClient {
   uint16_t chunk_ = 0;
   ZnWeakRef<ZnSMBNFSFile> transferred_;  // the file that is being read, written or set
   ZnByteBuffer received_;
+
+  bool nameswithoutroom_ = false;  // the listing was ended by the tree's limit
 
   ZnReferable alive_;
 };

@@ -30,6 +30,7 @@ void ZnSMBNFSSession::AsynchronousEvent(Result) { DropConnection(); }
 void ZnSMBNFSSession::CallFailed(bool atonce) {
   Command& command = *queue_.Head();
   const ZnUniString text = FailureText();
+  nameswithoutroom_ = false;
   const bool retry = MayRetry(command, atonce);
   NoteFailure(command);
   if (command.refusal != 0) answered_ = true;

@@ -51,6 +51,7 @@ ZnUniString ZnSMBNFSSession::FailureText() const {
     if (sentence.EndsWith(".")) sentence.Truncate(sentence.Length() - 1);
     return sentence + " (" + ZnSMBErrorNumbers(errorkey()) + ")";
   }
+  if (nameswithoutroom_) return "There are more names than treelimit of the machine in the profile allows to keep";
   ZnUniString sentence = EnglishReason(reason());
   const int code = Error().Code();
   const bool told = reason() == Values::ErrConnect && code != 0 && code != EINPROGRESS;

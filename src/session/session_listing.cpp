@@ -46,9 +46,22 @@ void ZnSMBNFSSession::List(Command& command, const ZnUniString& directory, const
   const ZnSMBNFSTree* tree = TreeOf(command);
   if (!tree) return Fail();
   command.files.Flush();  // a listing that was begun before is begun again
+  nameswithoutroom_ = false;
+  if (command.sessioncommand == ZnSMBNFSEnum::SCRequestDirs) host_->ListingBegins(&command);
   ZnSMBCDirectoryObject object(*tree, InternalToWindowsPath(directory, tree->config));
   command.fileobject = std::make_unique<ZnSMBCFileObject>(*tree, object.path);
   command.fileobject->attribs.directory = true;
   if (pattern != "*") command.fileobject->path += pattern;
   Called(ListDirectory(object, &command.files, pattern, &callback_));
+}
+
+// A directory's entries go into the tree as they come, a reply at a time: what a million of them take is neither held
+// twice nor worked on in one go. One name can't have many.
+bool ZnSMBNFSSession::TookEntries() {
+  constexpr size_t kMostOfOneName = 100;
+  Command* command = queue_.Head();
+  if (!command) return false;
+  if (command->sessioncommand != ZnSMBNFSEnum::SCRequestDirs) return command->files.Count() < kMostOfOneName;
+  nameswithoutroom_ = !host_->TakeListed(command);
+  return !nameswithoutroom_;
 }

@@ -79,6 +79,12 @@ class ZnSMBNFSFileSystem : public ZnSMBNFSSessionHost {
   // Brings a share's contents up to date, some time, if they aren't. One refresh of a share goes on at a time.
   void RefreshShareUnasked(ZnSMBNFSNode* share);
   void CBUpdateDirList(ZnSMBNFSCommand* command);
+  void ListingBegins(ZnSMBNFSCommand* command) override;
+  bool TakeListed(ZnSMBNFSCommand* command) override;
+  // The same for at most `most` entries that had to wait for the listing's end. Its directory is there.
+  void TakeWaiting(ZnSMBNFSCommand* command, size_t most);
+  // The listing has been merged and what it didn't hold is pruned, or, after one that failed, what it brought.
+  void ListingEnds(ZnSMBNFSCommand* command);
   void BUpdateNode(ZnSMBNFSCommand* command);
   void CBUpdateNode(ZnSMBNFSCommand* command);
   // Turns what the server says of an entry into NFS attributes.
@@ -196,10 +202,14 @@ class ZnSMBNFSFileSystem : public ZnSMBNFSSessionHost {
   ZnSMBNFSNode* AddTopNode(ZnSMBNFSNode* parent, const ZnUniString& name);
   // Attributes of a made-up directory from the configuration.
   void SetTopAttributes(ZnSMBNFSNode* node, int32_t uid, int32_t gid, int32_t unixperms);
+  // Merges an entry of a listing. `child` is its node's place, null when it has none yet; `path` is that of what lies
+  // in the directory.
+  void Merge(ZnSMBNFSListing& listing, const ZnSMBNFSListing::Entry& listed, ZnSMBNFSChild* child,
+             ZnSMBNFSNode* directory, const ZnUniString& path);
+  // What a node inside a machine takes, about, by its name.
+  static size_t BytesOf(const ZnUniString& name);
   static void AddChild(ZnSMBNFSNode* parent, ZnSMBNFSNode* node);
   static void RemoveFromParent(const ZnSMBNFSNode* node);
-  // Prunes the children of a share or directory that a listing, by its number, didn't hold.
-  void PruneUnlisted(ZnSMBNFSNode* directory, uint32_t listing);
   // Prunes the children whose names aren't in `names`; all of them for an empty set.
   void PruneMissing(ZnSMBNFSNode* node, const std::unordered_set<ZnUniString>& names);
   void PruneOne(ZnSMBNFSNode* node, bool istop);

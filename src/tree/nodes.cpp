@@ -142,15 +142,23 @@ ZnSMBNFSNode* ZnSMBNFSFileSystem::AddNode(ZnSMBNFSNode* parent, const ZnSMBCFile
   return node;
 }
 
+// Itself, its entries in two tables and in their indexes, and its name, which the entry shares with it.
+size_t ZnSMBNFSFileSystem::BytesOf(const ZnUniString& name) {
+  constexpr size_t kTableEntries = 208;
+  return sizeof(ZnSMBNFSNode) + kTableEntries + 2 * name.Length();
+}
+
 void ZnSMBNFSFileSystem::AddChild(ZnSMBNFSNode* parent, ZnSMBNFSNode* node) {
   parent->index.reset();
   parent->children.Insert(node->name, {node, node->id});
+  if (node->IsInside()) node->machinenode->session->treebytes += BytesOf(node->name);
 }
 
 void ZnSMBNFSFileSystem::RemoveFromParent(const ZnSMBNFSNode* node) {
   node->parent->index.reset();
   const ZnSMBNFSChild* child = node->parent->children.Find(node->name);
   if (child && child->node == node) node->parent->children.Remove(node->name);
+  if (node->IsInside()) node->machinenode->session->treebytes -= BytesOf(node->name);
 }
 
 void ZnSMBNFSFileSystem::PruneMissing(ZnSMBNFSNode* node, const std::unordered_set<ZnUniString>& names) {
@@ -161,15 +169,6 @@ void ZnSMBNFSFileSystem::PruneMissing(ZnSMBNFSNode* node, const std::unordered_s
   for (auto& child : missing) {
     if (child) Prune(child.Get());
   }
-}
-
-void ZnSMBNFSFileSystem::PruneUnlisted(ZnSMBNFSNode* directory, uint32_t listing) {
-  std::vector<ZnSMBNFSNode*> going;
-  for (const auto& child : directory->children) {
-    if (child.value.listing != listing) going.push_back(child.value);
-  }
-  // No file or directory has a session that could take another one along.
-  for (ZnSMBNFSNode* child : going) Prune(child);
 }
 
 void ZnSMBNFSFileSystem::Prune(ZnSMBNFSNode* node) {

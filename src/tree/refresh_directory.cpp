@@ -1,13 +1,12 @@
 // Levels 4 and deeper: the merge of a server's listing into the tree.
 
-#include <algorithm>
-
 #include "config/smbnfs_config.h"
 #include "model/age.h"
 #include "model/log_catalogue.h"
 #include "model/name_mapping.h"
 #include "tree/file_system.h"
 #include "tree/safe_name.h"
+#include "tree/sweep.h"
 
 void ZnSMBNFSFileSystem::BUpdateDirList(ZnSMBNFSCommand* command) {
   ZnWeakRef<ZnSMBNFSNode> node = command->node;
@@ -15,6 +14,7 @@ void ZnSMBNFSFileSystem::BUpdateDirList(ZnSMBNFSCommand* command) {
   ZnSMBNFSTree* tree = GetTree(node.Get());
   if (!tree) return SendError(command, ZnNFSEnum::NFSERR_ACCES);
   if (ZnIsFresh(node->contentstime, tree->config.contentsttl)) return Continue(command);
+  command->listing = {};
   GetSession(node.Get())->Request(command, ZnSMBNFSEnum::SCRequestDirs);
 }
 
@@ -49,82 +49,118 @@ bool IsEmptyTop(const ZnSMBNFSCommand& command) {
   return command.node->IsShare() && command.refusal == kFileNotFound;
 }
 
-// An entry of a listing on its way into the tree.
-struct Shown {
-  ZnSMBCFileObject* entry;
-  ZnUniString stored;             // as of the node
-  ZnSMBNFSNode* child = nullptr;  // null when it isn't in the tree yet
-  bool doubled = false;           // it stood in the listing before
-
-  bool Is(const ZnSMBNFSNode& node) const { return node.stored == stored; }
-};
+using Listed = ZnSMBNFSListing::Entry;
 
 // Turns the server's name of an entry into the tree's. False for an entry that isn't shown.
-bool TakeName(Shown& shown, const ZnSMBNFSShareConfig& config) {
-  ZnSMBCFileObject& entry = *shown.entry;
-  if ((!config.showhidden && entry.attribs.hidden) || ZnLeavesDirectory(entry.path)) return false;
-  const ZnUniString listed = entry.path;
-  entry.path = WindowsToInternalName(listed, config);
-  if (config.lowercase) entry.path.LowerCase();
-  const ZnUniString ours = InternalToWindowsName(entry.path, config);
-  if (config.lowercase ? !ours.MatchCaseless(listed) : ours != listed) shown.stored = listed;
-  return ZnIsSafeName(FromLinkName(entry.path, config.linkstring));
+bool TakeName(Listed& listed, const ZnSMBNFSShareConfig& config) {
+  ZnSMBCFileObject& file = listed.file;
+  if ((!config.showhidden && file.attribs.hidden) || ZnLeavesDirectory(file.path)) return false;
+  const ZnUniString given = file.path;
+  file.path = WindowsToInternalName(given, config);
+  if (config.lowercase) file.path.LowerCase();
+  const ZnUniString ours = InternalToWindowsName(file.path, config);
+  if (config.lowercase ? !ours.MatchCaseless(given) : ours != given) listed.stored = given;
+  return ZnIsSafeName(FromLinkName(file.path, config.linkstring));
 }
 
 // Where another entry has the name already, this one gets two escape characters more, and keeps them when the other
 // goes. Gives the entry's node, if it is there.
-ZnSMBNFSChild* TakePlace(Shown& shown, ZnSMBNFSNode& directory, const ZnSMBNFSShareConfig& config) {
-  const ZnUniString listed = shown.stored.IsEmpty() ? InternalToWindowsName(shown.entry->path, config) : shown.stored;
+ZnSMBNFSChild* TakePlace(Listed& listed, ZnSMBNFSNode& directory, const ZnSMBNFSShareConfig& config) {
+  ZnUniString& name = listed.file.path;
+  const auto isIt = [&listed](const ZnSMBNFSChild* child) { return child && child->node->stored == listed.stored; };
+  const ZnUniString given = listed.stored.IsEmpty() ? InternalToWindowsName(name, config) : listed.stored;
   const ZnUniString more(std::u16string(2, static_cast<char16_t>(config.hashchar)));
   while (true) {
-    ZnSMBNFSChild* child = directory.children.Find(shown.entry->path);
-    if (child && shown.Is(*child->node)) return child;
-    if (!child && shown.stored.IsEmpty()) return nullptr;
-    ZnSMBNFSChild* aside = child ? nullptr : directory.children.Find(shown.entry->path + more);
-    if (!child && !(aside && shown.Is(*aside->node))) return nullptr;
-    shown.stored = listed;
-    shown.entry->path += more;
+    ZnSMBNFSChild* child = directory.children.Find(name);
+    if (isIt(child)) return child;
+    if (!child && (listed.stored.IsEmpty() || !isIt(directory.children.Find(name + more)))) return nullptr;
+    listed.stored = given;
+    name += more;
   }
 }
 
 }  // namespace
 
+void ZnSMBNFSFileSystem::ListingBegins(ZnSMBNFSCommand* command) {
+  command->listing = {};
+  command->listing.number = ++listings_;
+  command->listing.idbefore = nextid_;
+}
+
+bool ZnSMBNFSFileSystem::TakeListed(ZnSMBNFSCommand* command) {
+  constexpr size_t kMebibyte = size_t{1} << 20U;
+  ZnDList<ZnSMBCFileObject> files;
+  std::swap(files, command->files);
+  ZnSMBNFSNode* node = command->node.Get();
+  ZnSMBNFSTree* tree = node ? GetTree(node) : nullptr;
+  if (!tree) return true;  // the listing's end finds that
+  ZnSMBNFSListing& listing = command->listing;
+  const ZnSMBNFSSessionBase& session = *node->machinenode->session;
+  const size_t limit = static_cast<size_t>(session.config.treelimit) * kMebibyte;
+  const ZnUniString path = EntriesPath(*node, tree->config);
+  for (ZnSMBCFileObject& file : files) {
+    Listed listed{std::move(file), {}};
+    if (!TakeName(listed, tree->config)) continue;
+    ZnSMBNFSChild* child = TakePlace(listed, *node, tree->config);
+    const size_t bytes = child ? 0 : BytesOf(listed.file.path);
+    if (bytes > 0 && session.treebytes + listing.waitingbytes + bytes > limit) return false;
+    if (child || listed.stored.IsEmpty()) {
+      Merge(listing, listed, child, node, path);
+    } else {
+      listing.waiting.push_back(std::move(listed));
+      listing.waitingbytes += bytes;
+    }
+  }
+  return true;
+}
+
+// Names that others made come last: where ours stands beside them, they make way.
+void ZnSMBNFSFileSystem::TakeWaiting(ZnSMBNFSCommand* command, size_t most) {
+  ZnSMBNFSNode* node = command->node.Get();
+  ZnSMBNFSTree* tree = GetTree(node);
+  std::list<Listed>& waiting = command->listing.waiting;
+  const ZnUniString path = tree ? EntriesPath(*node, tree->config) : ZnUniString();
+  for (; most > 0 && !waiting.empty(); most--, waiting.pop_front()) {
+    Listed& listed = waiting.front();
+    ZnSMBNFSChild* child = tree ? TakePlace(listed, *node, tree->config) : nullptr;
+    if (child || (tree && ZnIsSafeName(listed.file.path))) Merge(command->listing, listed, child, node, path);
+  }
+}
+
+// What is new gets a node, what is known gets its new attributes.
+void ZnSMBNFSFileSystem::Merge(ZnSMBNFSListing& listing, const Listed& listed, ZnSMBNFSChild* child,
+                               ZnSMBNFSNode* directory, const ZnUniString& path) {
+  if (child && child->listing == listing.number) return;  // twice in the listing
+  if (child) {
+    UpdateNode(child->node, listed.file, false);
+  } else {
+    AddNode(directory, listed.file, path)->stored = listed.stored;
+    child = directory->children.Find(listed.file.path);
+  }
+  child->listing = listing.number;
+  listing.held++;
+}
+
 void ZnSMBNFSFileSystem::CBUpdateDirList(ZnSMBNFSCommand* command) {
   ZnWeakRef<ZnSMBNFSNode> node = command->node;
   if (!node) return SendError(command, ZnNFSEnum::NFSERR_STALE);
-  ZnSMBNFSTree* tree = GetTree(node.Get());
+  const ZnSMBNFSListing& listing = command->listing;
   const bool failed = command->sessionstatus == ZnSMBNFSEnum::SSTError && !IsEmptyTop(*command);
-  if (failed || !tree) return RefreshFailed(command);
+  if (failed && (listing.held > 0 || !listing.waiting.empty())) {
+    return ZnSweep::Begin(*this, loop_, command, ZnSweep::What::Brought);
+  }
+  if (failed || !GetTree(node.Get())) return RefreshFailed(command);
   if (command->alreadylisted) return Continue(command);
-  std::vector<Shown> shown;
-  shown.reserve(command->files.Count());
-  for (ZnSMBCFileObject& entry : command->files) {
-    Shown each{&entry, {}};
-    if (TakeName(each, tree->config)) shown.push_back(std::move(each));
+  if (listing.held < node->children.Count() || !listing.waiting.empty()) {
+    return ZnSweep::Begin(*this, loop_, command, ZnSweep::What::NotListed);
   }
-  // Names that others made come last: where ours stands beside them, they make way.
-  std::ranges::stable_partition(shown, &ZnUniString::IsEmpty, &Shown::stored);
-  const uint32_t listing = ++listings_;
-  size_t known = 0;
-  for (Shown& each : shown) {
-    ZnSMBNFSChild* child = TakePlace(each, *node.Get(), tree->config);
-    if (!child) continue;
-    each.child = child->node;
-    each.doubled = std::exchange(child->listing, listing) == listing;
-    if (!each.doubled) known++;
-  }
-  if (known < node->children.Count()) PruneUnlisted(node.Get(), listing);
+  ListingEnds(command);
+}
 
-  ZnUniString path = EntriesPath(*node.Get(), tree->config);
-  for (Shown& each : shown) {
-    if (each.doubled) continue;
-    if (each.child) {
-      UpdateNode(each.child, *each.entry, false);
-    } else if (!TakePlace(each, *node.Get(), tree->config) && ZnIsSafeName(each.entry->path)) {
-      AddNode(node.Get(), *each.entry, path)->stored = each.stored;
-    }
-  }
-  command->files.Flush();
+void ZnSMBNFSFileSystem::ListingEnds(ZnSMBNFSCommand* command) {
+  ZnSMBNFSNode* node = command->node.Get();
+  if (!node) return SendError(command, ZnNFSEnum::NFSERR_STALE);
+  if (command->sessionstatus == ZnSMBNFSEnum::SSTError && !IsEmptyTop(*command)) return RefreshFailed(command);
   node->contentstime = ZnSteadyClock::now();
   Continue(command);
 }

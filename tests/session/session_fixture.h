@@ -137,6 +137,8 @@ class SessionTest : public ScriptedServerTest, public ZnSMBNFSSessionHost, publi
     data.assign(reinterpret_cast<const char*>(command->data.Data()), command->data.Length());
     delete command;
   }
+  void ListingBegins(ZnSMBNFSCommand*) override {}
+  bool TakeListed(ZnSMBNFSCommand*) override { return true; }
   ZnEventLoopBase* eventloop() override { return &loop; }
   const ZnSMBNFSServerConfig& serverconfig() const override { return serversettings; }
   void AddSession(ZnSMBNFSSessionBase*) override {}

@@ -13,6 +13,7 @@
 #include <sstream>
 
 #include "config/smbnfs_config.h"
+#include "runtime/event_loop.h"
 #include "tree/file_system.h"
 
 // The configuration with a profile of the test's own, for the account that runs the test.
@@ -80,7 +81,10 @@ class StandInSession : public ZnSMBNFSSessionBase {
       }
       host_->CompleteRequest(command);
     } else if (answer) {
+      const bool lists = what == ZnSMBNFSEnum::SCRequestDirs;
+      if (lists) host_->ListingBegins(command);
       if (!answer(*command)) command->sessionstatus = ZnSMBNFSEnum::SSTError;
+      if (lists && !host_->TakeListed(command)) command->sessionstatus = ZnSMBNFSEnum::SSTError;
       host_->CompleteRequest(command);
     }
   }
@@ -114,6 +118,30 @@ class StandInSession : public ZnSMBNFSSessionBase {
 class StandInUser : public ZnSMBNFSUserBase {
  public:
   void WriteLog(const ZnUniString&) override {}
+};
+
+// Keeps what is to go on in later turns until the test runs them.
+class Turns : public ZnEventLoopBase {
+ public:
+  int EnterEventLoop() override { return 0; }
+  bool AddTimeoutEvent(ZnMoment, ZnEventCallback* callback) override {
+    due.push_back(callback);
+    return true;
+  }
+  bool RemoveTimeoutEvent(ZnMoment, ZnEventCallback* callback) override { return std::erase(due, callback) > 0; }
+  bool AddFileEvent(unsigned, bool, bool, ZnEventCallback*) override { return false; }
+  bool RemoveFileEvent(unsigned, bool, bool, ZnEventCallback*) override { return false; }
+  bool ShouldContinue() override { return false; }
+
+  // False when nothing is left.
+  bool Next() {
+    if (due.empty()) return false;
+    ZnEventCallback* callback = due.front();
+    due.pop_front();
+    callback->Dispatch(ZnEvent::Fired);
+    return true;
+  }
+  std::deque<ZnEventCallback*> due;
 };
 
 class TestFileSystem : public ZnSMBNFSFileSystem {
@@ -186,13 +214,23 @@ class TreeTest : public ::testing::Test {
   ZnSMBNFSNode* Share(const ZnUniString& name = "S") { return Walk({"u", "m", name}); }
   StandInSession* Session() { return static_cast<StandInSession*>(filesystem.GetSession(Walk({"u", "m"}))); }
 
-  // Delivers a listing to a node, as the completion of a request would.
+  // Delivers a listing to a node, an entry at a time, as a request would.
   void List(ZnSMBNFSNode* node, const std::vector<ZnSMBCFileObject>& entries) {
+    auto command = BeginList(node, entries);
+    while (turns.Next()) continue;
+  }
+  // The same as far as it goes in one turn.
+  std::unique_ptr<ZnSMBNFSCommand> BeginList(ZnSMBNFSNode* node, const std::vector<ZnSMBCFileObject>& entries) {
     auto command = CommandAt(node);
     command->sessioncommand = ZnSMBNFSEnum::SCRequestDirs;
     command->sessionstatus = ZnSMBNFSEnum::SSTGetDirs;
-    for (const ZnSMBCFileObject& entry : entries) command->files.Append(entry);
+    filesystem.ListingBegins(command.get());
+    for (const ZnSMBCFileObject& entry : entries) {
+      command->files.Append(entry);
+      filesystem.TakeListed(command.get());
+    }
     filesystem.CompleteRequest(command.get());
+    return command;
   }
   static std::vector<std::string> Names(ZnSMBNFSNode* node) {
     std::vector<std::string> names;
@@ -202,5 +240,6 @@ class TreeTest : public ::testing::Test {
 
   TestProfile profile_;
   StepCounter handler;
-  TestFileSystem filesystem{&handler, nullptr, ZnSMBNFSServerConfig()};
+  Turns turns;
+  TestFileSystem filesystem{&handler, &turns, ZnSMBNFSServerConfig()};
 };

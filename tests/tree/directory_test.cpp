@@ -143,6 +143,87 @@ TEST_F(Directory, LookUpsFindWhatAWalkWouldFind) {
   }
 }
 
+TEST_F(Directory, ALargeDirectoryGoesInSlicesAndMayBePrunedMeanwhile) {
+  ZnSMBNFSNode* share = Share();
+  std::vector<ZnSMBCFileObject> many;
+  for (int i = 0; i < 60000; i++) many.push_back(Entry(("f" + std::to_string(i)).c_str()));
+  auto milliseconds = [](auto work) {
+    const clock_t start = clock();
+    work();
+    return 1000 * (clock() - start) / CLOCKS_PER_SEC;
+  };
+  const auto inSlices = [&](ZnSMBNFSNode* node, const std::vector<ZnSMBCFileObject>& entries, auto meanwhile) {
+    std::unique_ptr<ZnSMBNFSCommand> command;
+    handler.steps = 0;
+    EXPECT_LE(milliseconds([&] { command = BeginList(node, entries); }), 20);
+    EXPECT_EQ(handler.steps, 0) << "it goes on in the next turn";
+    meanwhile();
+    for (bool more = true; more;) EXPECT_LE(milliseconds([&] { more = turns.Next(); }), 20);
+    EXPECT_EQ(handler.steps, 1);
+    return command->error;
+  };
+  const auto makeDirectory = [&] {
+    List(share, {Entry("d", true)});
+    List(Child(share, "d"), many);
+    return Child(share, "d");
+  };
+  EXPECT_EQ(inSlices(makeDirectory(), {many[30000]}, [] {}), ZnNFSEnum::NFS_OK);
+  EXPECT_EQ(Names(Child(share, "d")), std::vector<std::string>{"f30000"});
+  ZnSMBNFSNode* directory = makeDirectory();
+  EXPECT_EQ(inSlices(directory, {}, [&] { filesystem.Prune(directory); }), ZnNFSEnum::NFSERR_STALE);
+  makeDirectory();
+  EXPECT_EQ(inSlices(share, {Entry("e")}, [] {}), ZnNFSEnum::NFS_OK) << "what is gone holds many itself";
+  EXPECT_EQ(Names(share), std::vector<std::string>{"e"});
+  EXPECT_EQ(Session()->handles.Count(), 1U);
+}
+
+TEST_F(Directory, NamesThatOthersMadeMakeWayForOursInWhicheverPartOfAListing) {
+  ZnSMBNFSNode* share = Share();
+  List(share, {Entry("gone"), Entry("a;b", false, 1), Entry("a;b", false, 1), Entry("a;;b", false, 2), Entry("z")});
+  EXPECT_EQ(Names(share), (std::vector<std::string>{"gone", "a;b", "z", "a;b;;"}));
+  ZnSMBNFSNode *ours = Child(share, "a;b"), *others = Child(share, "a;b;;");
+  EXPECT_TRUE(ours->stored.IsEmpty());
+  EXPECT_EQ(others->stored, "a;b");
+  for (const std::vector<ZnSMBCFileObject>& again :
+       {std::vector{Entry("a;;b"), Entry("a;b", false, 3)}, std::vector{Entry("a;b", false, 3), Entry("a;;b")}}) {
+    List(share, again);
+    EXPECT_EQ(Names(share), (std::vector<std::string>{"a;b", "a;b;;"}));
+    EXPECT_EQ(Child(share, "a;b"), ours);
+    EXPECT_EQ(Child(share, "a;b;;"), others);
+    EXPECT_EQ(others->fileobject.size, 3U);
+  }
+  auto command = CommandAt(share);
+  command->sessioncommand = ZnSMBNFSEnum::SCRequestDirs;
+  command->sessionstatus = ZnSMBNFSEnum::SSTGetDirs;
+  command->alreadylisted = true;
+  filesystem.CompleteRequest(command.get());
+  EXPECT_EQ(share->children.Count(), 2U) << "no listing has begun, so it held nothing";
+}
+
+TEST_F(Directory, AListingThatTheTreeHasNoRoomForLeavesWhatWasThere) {
+  ZnSMBNFSNode* share = Share();
+  Session()->config.treelimit = 1;
+  List(share, {Entry("known")});
+  const size_t before = Session()->treebytes;
+  for (const std::string by : {"", ";others"}) {
+    auto command = CommandAt(share);
+    share->contentstime = {};
+    Session()->answer = [&](ZnSMBNFSCommand& request) {
+      for (int i = 0; i < 20000; i++) {
+        request.files.Append(Entry((std::to_string(i) + by + std::string(200, 'x')).c_str()));
+      }
+      return true;
+    };
+    filesystem.BUpdateNodeContents(command.get());
+    while (turns.Next()) continue;
+    EXPECT_EQ(command->error, ZnNFSEnum::NFSERR_IO) << by;
+    EXPECT_TRUE(command->listing.waiting.empty());
+    EXPECT_EQ(Names(share), std::vector<std::string>{"known"});
+    EXPECT_EQ(Session()->treebytes, before);
+    EXPECT_EQ(Session()->handles.Count(), 1U);
+  }
+}
+
 namespace {
 ZnMoment test_now;
 }

@@ -11,7 +11,9 @@ using Values = ZnSMBClientValues;
 namespace {
 
 constexpr uint16_t kEntriesARound = 20;
-constexpr size_t kMostEntries = 1000000;  // a server that never comes to an end isn't listened to for ever
+// A server that never comes to an end isn't listened to for ever.
+constexpr size_t kMostEntries = 1000000;
+constexpr std::chrono::minutes kLongestListing{10};
 
 // "No more files": how some servers say that nothing, or nothing further, matches.
 constexpr uint8_t kDosClass = 1;
@@ -57,6 +59,8 @@ ZnSMBClient::Result ZnSMBClient::ListDirectoryReply() {
   ZnSMBCTrans2_RespParams params(listing.step);
   if (!params.Read(collected_.params)) return Fail(Values::ErrRead);
   if (TakeEntries(params.search_count) != ResultSuccess) return ResultFailure;
+  if (!TookEntries()) return Fail(Values::ErrInternal);
+  if (ZnSteadyClock::now() - listing.began > kLongestListing) return Fail(Values::ErrTimedOut);
   if (params.end_of_search != 0 || params.search_count == 0) return ResultSuccess;
   if (listing.step == Values::Trans2FindFirst2) listing.sid = params.search_id;
   return Sent(SendFindNext());
@@ -81,7 +85,7 @@ ZnSMBClient::Result ZnSMBClient::TakeEntries(unsigned count) {
   for (unsigned i = 0; i < count; i++) {
     ZnSMBCTrans2_DIRENTRY entry(names, shortNames, ZnSMBCTrans2_DIRENTRY::kLevel, position + 1);
     ZnSmbReader in(bytes + position, length - position);
-    if (!entry.Read(in) || listing.list->Count() >= kMostEntries) return Fail(Values::ErrRead);
+    if (!entry.Read(in) || listing.entries++ >= kMostEntries) return Fail(Values::ErrRead);
     // A name that can't be said back to the server would lead to another file, or to none.
     if (in.TextsAreWhole()) listing.list->Append(FileOf(entry, listing.directory));
     listing.resumekey = entry.file_index;

@@ -5,6 +5,7 @@
 #include <variant>
 
 #include "runtime/byte_buffer.h"
+#include "runtime/clock.h"
 #include "runtime/list.h"
 #include "smb/client/disk_space.h"
 #include "smb/client/file_object.h"
@@ -58,6 +59,8 @@ struct Listing {
   ZnSMBClientValues::Trans2Command step = ZnSMBClientValues::Trans2FindFirst2;
   uint16_t sid = 0;
   uint32_t resumekey = 0;
+  size_t entries = 0;  // that have come
+  ZnMoment began = ZnSteadyClock::now();
 };
 
 struct FileInfo {

@@ -191,6 +191,9 @@ class ZnSMBClient : public ZnNBTSession {
   // connection is lost, or a message arrives (OutOfStep is then set). Owners override it to hear of that; it is the
   // last thing done.
   virtual void AsynchronousEvent(Result result);
+  // The entries of one more reply stand in the list of ListDirectory: owners override it to take them out as they come.
+  // False ends the operation with ErrInternal.
+  virtual bool TookEntries() { return true; }
 
  private:
   using Command = ZnSMBClientValues::Command;
