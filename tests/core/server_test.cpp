@@ -13,8 +13,6 @@
 
 namespace {
 
-using E = ZnSMBNFSEnum;
-
 // Counts the steps that calls take.
 class CountedServer : public ZnSMBNFSServer {
  public:
@@ -178,25 +176,6 @@ TEST_F(Server, ARepeatedCallIsServedAnewOrGetsTheSameReplyAgain) {
   ZnSteadyClock::SetClock(nullptr);
 }
 
-// Its machine doesn't answer. What is asked for once isn't asked for again meanwhile, and the end makes room for more.
-TEST_F(Server, AttributesOfAShareDontWaitForItsMachine) {
-  ZnSMBNFSServerConfig config = CountedServer::Config();
-  config.paranoidupdate = true;
-  CountedServer server(&process_, &loop_, config);
-  const ZnNFSFileHandle at = Walk(server);
-  uint32_t xid = 2;
-  ASSERT_EQ(server.filesystem->sessions().size(), 1U);
-  auto* session = static_cast<StandInSession*>(server.filesystem->sessions().front());
-  for (int round = 1; round <= 2; round++) {
-    for (int i = 0; i < 3; i++) {
-      Getattr(server, xid++, at);
-      EXPECT_EQ(caller_.Reply().at(kStatusWord), 0U);
-    }
-    EXPECT_EQ(std::count(session->requests.begin(), session->requests.end(), E::SCRequestDirs), round);
-    session->SendErrors();
-  }
-}
-
 TEST_F(Server, FiltersComeBeforeAllElse) {
   struct Case {
     std::vector<const char*> addresses;
@@ -248,29 +227,6 @@ TEST_F(Server, RefusedCallersWriteTenLinesAMinuteAndThenOneWithTheCount) {
   EXPECT_EQ(told(25), std::pair(size_t{10}, true));
   EXPECT_EQ(told(10), std::pair(size_t{10}, false));
   ZnLog::CleanUp();
-}
-
-TEST_F(Server, EveryTableStartsWithTheHandleAndEndsWithAReply) {
-  for (const ZnSMBNFSProcedure& procedure : ZnAllProcedures()) {
-    std::set<E::Status> on;
-    for (const ZnSMBNFSStep& step : procedure.steps) {
-      EXPECT_TRUE(on.insert(step.on).second) << procedure.name << " has two rows for one status";
-    }
-    EXPECT_EQ(procedure.steps.front().on, E::STStart);
-    for (const ZnSMBNFSStep& step : procedure.steps)
-      EXPECT_TRUE(on.contains(step.next)) << procedure.name << " " << step.name;
-  }
-}
-
-TEST_F(Server, ADirectoryHasNoSizeToSet) {
-  CountedServer server(&process_, &loop_, CountedServer::Config());
-  Getattr(server, 1, root_);
-  caller_.Reply();
-  ZnNFSSattrargs args;
-  args.file = root_;
-  args.attributes.size = 0;
-  caller_.Call(server, 2, 2, args);
-  EXPECT_EQ(caller_.Reply().at(kStatusWord), 21U);
 }
 
 TEST_F(Server, ARetransmissionOfACallInFlightIsServedByTheFirstReply) {

@@ -43,21 +43,6 @@ TEST_F(Conversation, TheOldestIsClosedWhenTooManyAreOpen) {
   EXPECT_NE(b->file, nullptr);
 }
 
-TEST_F(Conversation, IdleFilesAreClosedAndThenTheConnection) {
-  Connect();
-  ZnSMBNFSNode* node = Node("f");
-  Read(node);
-  Asked();
-  LetPass(17000);
-  EXPECT_FALSE(session->CleanUp());
-  LetPass(1000);
-  EXPECT_THAT(Asked(), ElementsAre(kClose));
-  EXPECT_EQ(node->file, nullptr);
-  LetPass(300000);
-  EXPECT_TRUE(session->CleanUp());
-  EXPECT_FALSE(session->IsConnected());
-}
-
 // ---- pieces ---------------------------------------------------------------------------------------------------------
 
 TEST_F(Conversation, ReadsAndWritesGoInPiecesThatFitTheServer) {
@@ -263,16 +248,4 @@ TEST_F(Conversation, AChangeThatWasNotTakenIsSentAgain) {
   EXPECT_THAT(ended, ElementsAre(0, 0));
   EXPECT_THAT(Asked(), ElementsAre(kNegotiate, kSetup, kTree, kTree, kOpen, kWrite));
   EXPECT_THAT(told->lines, testing::IsEmpty());
-}
-
-// A read's file goes with the connection: it is opened once more.
-TEST_F(Conversation, AReadFindsItsFileAgain) {
-  ZnSMBNFSNode* node = Node("f");
-  Read(node);
-  Asked();
-  HangUpOn(kRead, 1);
-  Read(node);
-  EXPECT_THAT(ended, ElementsAre(0, 0));
-  EXPECT_EQ(data, server.content);
-  EXPECT_THAT(Asked(), ElementsAre(kRead, kNegotiate, kSetup, kTree, kTree, kOpen, kRead));
 }

@@ -43,15 +43,11 @@ class ClientTest : public ScriptedServerTest, private ZnCallback<ZnSMBClient::Re
     EXPECT_EQ(client.OpenFile(&file, Values::DenyNone, false, Values::OFOpen, nullptr), kSuccess) << Why();
     return file;
   }
-  Result Delete(ZnSMBClient::Completion* done = nullptr) { return client.DeleteFile(File(), done); }
+  Result Delete() { return client.DeleteFile(File(), nullptr); }
   Result List() { return client.ListDirectory(ZnSMBCDirectoryObject(tree, "\\"), &listed, "*", nullptr); }
 
-  // For calls that aren't synchronous: `Done()` is their callback, and WaitForIt runs the loop until it fires.
+  // The callback for calls that aren't synchronous.
   ZnSMBClient::Completion* Done() { return this; }
-  Result WaitForIt() {
-    loop.EnterEventLoop();
-    return outcome;
-  }
 
   // For servers that are to be spoken to in the ways of old.
   static constexpr ZnSMBLogonRules kAnyLogon{true, ZnMinAuth::Lm};
@@ -60,12 +56,7 @@ class ClientTest : public ScriptedServerTest, private ZnCallback<ZnSMBClient::Re
   ZnSMBCTreeObject tree;
   ZnDList<ZnSMBCFileObject> listed;
   unsigned fired = 0;
-  Result outcome = kPending;
 
  private:
-  void Dispatch(Result result) override {
-    fired++;
-    outcome = result;
-    loop.ExitEventLoop(0);
-  }
+  void Dispatch(Result) override { fired++; }
 };

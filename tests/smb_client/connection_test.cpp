@@ -119,37 +119,6 @@ TEST_F(Connection, TinyBuffersDoNoHarm) {
   }
 }
 
-TEST_F(Connection, FailuresAreToldApart) {
-  for (unsigned dialect : {3U, 0xFFFFU}) {
-    server.dialect = dialect;
-    EXPECT_EQ(Reason(Open()), Values::ErrNegprot);
-    client.Disconnect();
-  }
-  server.dialect = 2;
-  peer.sessionResponse = ScriptedSmbPeer::Packet(0x83, "\x82");
-  EXPECT_EQ(Reason(Open()), Values::ErrConnect);
-  peer.sessionResponse = "";
-  EXPECT_EQ(Reason(Open()), Values::ErrTimedOut) << "no answer to the session request";
-  peer.sessionResponse = ScriptedSmbPeer::Packet(0x82, "");
-  LetPass(1);
-  client.Disconnect();
-  HangUpOn(kSetup, 1);
-  EXPECT_EQ(Reason(Open()), Values::ErrDisconnect);
-  Connect();  // no Disconnect is needed after a lost connection
-}
-
-TEST_F(Connection, OperationsNeedAConnectionATreeAndRest) {
-  EXPECT_EQ(Reason(Delete()), Values::ErrNotConnected);
-  Connect();
-  Asked();
-  EXPECT_EQ(Reason(client.DeleteFile({ZnSMBCTreeObject(), "\\f"}, nullptr)), Values::ErrBadTID);
-  EXPECT_EQ(Delete(Done()), kPending);
-  EXPECT_EQ(Reason(client.CreateDir(File(), Done())), Values::ErrBusy);
-  EXPECT_EQ(WaitForIt(), kSuccess);
-  EXPECT_EQ(fired, 1U);
-  EXPECT_THAT(Asked(), ElementsAre(kDelete));
-}
-
 // ---- out of step ----------------------------------------------------------------------------------------------------
 
 TEST_F(Connection, LateReplyIsTakenOutAndTold) {

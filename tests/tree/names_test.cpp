@@ -18,23 +18,6 @@ TEST(NameGen, Forms) {
   }
 }
 
-TEST(NameGen, SetNames) {
-  ZnUniString s, l;
-  ZnNameGen::SetNames("plain.txt", nullptr, s, l);
-  EXPECT_EQ(s, "plain.txt");
-  EXPECT_EQ(l, "plain.txt");
-  ZnNameGen::SetNames("averylongname.text", nullptr, s, l);
-  EXPECT_EQ(l, "averylongname.text");
-  EXPECT_EQ(s.Length(), 12U);
-  EXPECT_EQ(s.SubString(0, 6), "avery~");
-  EXPECT_EQ(s.SubString(8), ".tex");
-  ZnNameGen::SetNames("con", nullptr, s, l);
-  EXPECT_EQ(s, "con_");
-  EXPECT_EQ(l, "con_");
-  ZnNameGen::SetNames("..", nullptr, s, l);
-  EXPECT_EQ(s, "..");
-}
-
 class NewNames : public TreeTest {};
 
 TEST_F(NewNames, SettingsRefuse) {

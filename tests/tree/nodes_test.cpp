@@ -6,32 +6,6 @@ using E = ZnSMBNFSEnum;
 
 class Nodes : public TreeTest {};
 
-// That no handle of another start is known is shown with the daemon.
-TEST_F(Nodes, AnotherStartHasOtherHandlesAndIds) {
-  TestFileSystem restarted{&handler, nullptr, ZnSMBNFSServerConfig()};
-  restarted._init(filesystem.root()->handle);
-  auto command = CommandAt(restarted.root());
-  restarted.BUpdateNodeContents(command.get());
-  const ZnSMBNFSNode* user = *restarted.root()->children.Find("u");
-  EXPECT_NE(user->handle, Walk({"u"})->handle);
-  EXPECT_NE(user->id, Walk({"u"})->id);
-}
-
-TEST_F(Nodes, IdsAreNeverSmallNorAnAncestors) {
-  ZnSMBNFSNode* share = Share();
-  ZnSMBNFSNode probe;
-  probe.parent = share;
-  uint32_t last = 0;
-  for (int i = 0; i < 1000; i++) {
-    uint32_t id = filesystem.NextId(&probe);
-    EXPECT_GE(id, 3U);
-    EXPECT_GT(id, last);
-    last = id;
-  }
-  share->id = last + 1;
-  EXPECT_EQ(filesystem.NextId(&probe), last + 2);
-}
-
 TEST_F(Nodes, ARelistingKeepsHandlesAndIdsOfNamesThatStay) {
   ZnSMBNFSNode* share = Share();
   List(share, {Entry("a"), Entry("b"), Entry("c")});

@@ -19,20 +19,6 @@ TEST_F(Refresh, UsersWithoutAnAccountAndHiddenSharesAreNotShown) {
   EXPECT_EQ(std::set<std::string>(names.begin(), names.end()), (std::set<std::string>{"S", "T"}));
 }
 
-TEST_F(Refresh, LookedUpMachinesAreLimitedAndTheOneInUseStays) {
-  ZnSMBNFSNode* user = Walk({"u"});
-  static_cast<StandInSession*>(filesystem.GetSession(Walk({"u", "first"})))->connected = true;
-  for (int i = 0; i < 1100; i++) {
-    auto command = CommandAt(user, ("pc" + std::to_string(i)).c_str());
-    filesystem.NBFindByName(command.get(), ZnNameMatch::LookUp);
-    ASSERT_EQ(command->error, ZnNFSEnum::NFS_OK);
-  }
-  EXPECT_LE(user->children.Count(), 1025U);
-  EXPECT_TRUE(Child(user, "first"));
-  EXPECT_TRUE(Child(user, "pc1099"));
-  EXPECT_FALSE(Child(user, "pc0"));
-}
-
 class EditedProfile : public TreeTest {
  protected:
   EditedProfile() : TreeTest(kUser) {}
@@ -90,17 +76,4 @@ TEST_F(EditedProfile, TouchesOnlyWhatItChanges) {
     EXPECT_EQ(there, c.stays) << c.entry;
     EXPECT_TRUE(c.again.empty() || Walk(c.again)) << c.entry;
   }
-}
-
-TEST_F(EditedProfile, ReachesTheRecordsInUse) {
-  StandInSession* session = Session();
-  Update(Share());
-  Edit(
-      "[nfsserver/shares/smb/u/m/smbtimeout={(20)}][nfsserver/shares/smb/u/m/S/attribttl={(99)}]"
-      "[nfsserver/server/paranoidupdate={(0)}][nfsserver/shares/smb/daemon/machinenames={()}]");
-  EXPECT_EQ(session, Session());
-  EXPECT_EQ(session->config.smbtimeout, 20);
-  EXPECT_EQ(filesystem.GetTree(Share())->config.attribttl, 99);
-  EXPECT_FALSE(filesystem.serverconfig().paranoidupdate);
-  EXPECT_TRUE(Child(filesystem.root(), "daemon"));
 }
