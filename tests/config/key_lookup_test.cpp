@@ -33,21 +33,4 @@ TEST_F(KeyLookup, EachKeyHoldsAgainstAllBehindIt) {
   EXPECT_EQ(Value("u", "m", "t", "/setting"), "(none)");
 }
 
-TEST_F(KeyLookup, ValuesAreAsManyAsWereAskedFor) {
-  ASSERT_EQ(Initialise("[none={}][two={(1)(2)}][text={(x)}][f={(1:0:1)}][g={(1:2)}]"), "");
-  for (const char* key : {"none", "two", "absent"}) {
-    int32_t value = 99;
-    EXPECT_FALSE(ZnSMBNFSConfig::GetValue(key, "", "", "", "", value, 0, 9)) << key;
-    EXPECT_EQ(value, 99);
-  }
-  ZnDList<ZnUniString> list{"a", "b"};  // bounds count what the list held before
-  EXPECT_FALSE(ZnSMBNFSConfig::GetValue("text", "", "m", "s", "/ignored without a user", list, 1, 1));
-  EXPECT_EQ(Joined(list), "a,b,x");
-  std::vector<bool> flags;
-  EXPECT_TRUE(ZnSMBNFSConfig::GetValue("f", "", "", "", "", flags, 1, 3));
-  EXPECT_EQ(flags, (std::vector<bool>{true, false, true}));
-  EXPECT_FALSE(ZnSMBNFSConfig::GetValue("f", "", "", "", "", flags, 1, 2));
-  EXPECT_FALSE(ZnSMBNFSConfig::GetValue("g", "", "", "", "", flags, 1, 3));
-}
-
 }  // namespace

@@ -4,7 +4,6 @@
 
 #include "crypto/message_digest.h"
 #include "crypto/sha.h"
-#include "runtime/os_stream.h"
 #include "support/hex.h"
 
 namespace {
@@ -45,18 +44,6 @@ TEST(Sha, PublishedVectors) {
       {std::string(55, 'a'), "c1c8bbdc22796e28c0e15163d20899b65621d65a"},
   };
   for (const auto& [text, digest] : vectors) EXPECT_EQ(ToHex(ZnSHA::SHAEncrypt(Text(text))), digest) << text.size();
-}
-
-TEST(Sha, PartsOfFiles) {
-  ZnCFile file(tmpfile());
-  fputs((std::string(5000, 'x') + "abc").c_str(), file.get());
-  fflush(file.get());
-  const int fd = fileno(file.get());
-  for (const auto read : {ZnSHA::SHAEncryptmread, ZnSHA::SHAEncryptmmap}) {
-    EXPECT_EQ(ToHex(read(fd, 5000, 3)), "a9993e364706816aba3e25717850c26c9cd0d89d");
-    EXPECT_TRUE(read(fd, 5000, 4).IsEmpty());  // a byte that the file doesn't have
-    EXPECT_TRUE(read(fd, UINT64_MAX, 4).IsEmpty());
-  }
 }
 
 }  // namespace

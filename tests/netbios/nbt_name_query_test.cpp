@@ -151,21 +151,6 @@ TEST_F(NameQuery, ResendsThenFails) {
   }
 }
 
-TEST_F(NameQuery, NodeStatusAsksForAllNames) {
-  ZnMachine machine;
-  machine.Name(ZnInetAddr::AddressLoopback());
-  ASSERT_TRUE(query_->NodeStatus(machine, this, 0, kLate, false));
-  EXPECT_EQ(Received(), ToHex(Hex("0000 0001 0000 0000 0000"
-                                  "20 434B414141414141414141414141414141414141414141414141414141414141 00 0021 0001")));
-  Answer(
-      "8400 0000 0001 0000 0000 20 434B414141414141414141414141414141414141414141414141414141414141 00 0021 0001 "
-      "00000000 0013 01 465245442020202020202020202020 20 0400");
-  EXPECT_EQ(Result(), true);
-  ZnDList<ZnMachine> machines;
-  EXPECT_TRUE(query_->NodeStatusResults(machines));
-  EXPECT_EQ(machines, (ZnDList<ZnMachine>{ZnMachine("FRED", 0x20)}));
-}
-
 TEST_F(NameQuery, OwnerMayDeleteTheQueryInTheCallback) {
   deleteInCallback_ = true;
   ASSERT_TRUE(Lookup(0, kSoon));

@@ -123,16 +123,13 @@ TEST_F(Session, ResponsesToTheRequest) {
     bool hangUp;
     Events events;
   } cases[] = {
-      {"positive", "82000000", false, {SessionConnected}},
       {"positive with a body", "82000001 00", false, {SessionConnected}},
-      {"negative", "83000001 82", false, {SessionDisconnected}},
       {"keepalive in front", "85000000 82000000", false, {SessionConnected}},
       {"message before its time", "00000002 4142 82000000", false, {SessionConnected}},
       {"unknown packet in front", "77000003 010203 82000000", false, {SessionConnected}},
       {"retarget cut short", "84000005 7F00000100", false, {SessionDisconnected}},
       {"retarget to port 0 of nowhere", "84000006 000000000000", false, {SessionDisconnected}},
       {"end of connection", "", true, {SessionDisconnected}},
-      {"end inside a header", "8200", true, {SessionDisconnected}},
       {"end inside a body", "82000004 00", true, {SessionDisconnected}},
       {"silence", "", false, {SessionTimedOut, SessionDisconnected}},
   };
@@ -190,44 +187,23 @@ TEST_F(Session, LongestPayloadBothWays) {
   EXPECT_TRUE(session_->IsEstablished());
 }
 
-TEST_F(Session, RetargetIsFollowedUnseen) {
+TEST_F(Session, RetargetsWithoutEndEndTheConversation) {
   Peer other;
   Call();
-  peer_.Send(other.Retarget().substr(0, 8));  // in two pieces
-  loop_.RunFor(5);
-  peer_.Send(other.Retarget().substr(8));
-  TakeCall(other);
-  ASSERT_TRUE(session_->SendMessage(Hex("00"), ZnNBTSession::RequestPacket));
-  other.Send(peer_.Retarget() + "82000000");  // ignored after a second request
-  EXPECT_TRUE(HasEvents(1));
-  EXPECT_THAT(events_, ElementsAre(SessionConnected));
-  EXPECT_EQ(session_->Destination().Address(), other.Machine().Address());
-}
-
-TEST_F(Session, RetargetsWithoutEndEndTheConversation) {
-  Call();
+  peer_.Send(other.Retarget());
   for (int calls = 1; calls < 6; calls++) {
-    peer_.Send(peer_.Retarget());
-    TakeCall(peer_);
+    TakeCall(other);
+    other.Send(other.Retarget());
   }
-  peer_.Send(peer_.Retarget());
   EXPECT_TRUE(HasEvents(1));
   EXPECT_THAT(events_, ElementsAre(SessionDisconnected));
-  EXPECT_FALSE(peer_.Accept());
-}
-
-TEST_F(Session, KeepalivesGoOutWhileEstablished) {
-  session_->SetSessionTimeout(400ms);
-  session_->SetKeepAliveInterval(20ms);
-  Establish();
-  EXPECT_TRUE(loop_.RunUntil([&] { return peer_.Received().Length() >= kRequestSize + 100; }));
-  EXPECT_EQ(ToHex(peer_.Received()).substr(2 * kRequestSize, 16), "8500000085000000");
-  EXPECT_THAT(events_, ElementsAre());  // the time-out of the request is long over
+  EXPECT_FALSE(other.Accept());
 }
 
 TEST_F(Session, NothingSurvivesIntoTheNextConversation) {
   session_->SetKeepAliveInterval(20ms);
   Establish();
+  EXPECT_TRUE(loop_.RunUntil([&] { return ToHex(peer_.Received()).ends_with("85000000"); })) << "keepalives go out";
   peer_.Send("00000002 4142 00000010 43");  // a message nobody takes, and the beginning of another
   ASSERT_TRUE(HasEvents(1));
   loop_.RunFor(5);

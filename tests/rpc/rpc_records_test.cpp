@@ -1,9 +1,6 @@
 #include "rpc/rpc_records.h"
 
-#include "rpc/control_records.h"
-#include "rpc/mount_records.h"
 #include "rpc/nfs_records.h"
-#include "rpc/port_mapper.h"
 #include "support/layout_check.h"
 
 namespace {
@@ -41,32 +38,6 @@ TEST(RpcRecords, DataLongerThanTheDatagramIsRefusedUnread) {
     EXPECT_FALSE(args.Read(Hex(std::string(88, '0') + length + "a1a2a3a4 a5"))) << length;
     EXPECT_TRUE(args.data.IsEmpty()) << length;
   }
-}
-
-TEST(RpcRecords, StringsTravelInTheRpcEncoding) {
-  CheckRecord(ZnNFSMountGroup{{}, "é"}, "00000001 e9000000");
-  ZnRPCString::rpcenc = ZnCodeset::Utf8;
-  CheckRecord(ZnNFSMountGroup{{}, "é€"}, "00000005 c3a9e282 ac000000");
-  EXPECT_EQ(ZnRPCString::HowBig("é€"), 12U);
-  ZnRPCString::rpcenc = ZnCodeset::Latin1;
-}
-
-TEST(RpcRecords, ControlAndPortMapper) {
-  CheckRecord(ZnPortMapping{{}, 100003, 2, 17, 2049}, "000186a3 00000002 00000011 00000801");
-
-  const ZnNFSConnectInfo connect{{}, "l", ZnInetAddr(10, 0, 0, 7), 1, "m", "s", "u", "r", "p", 9, {2, 3, 4, 5}};
-#define CONNECT_HEX                                                                                    \
-  "00000001 6c000000 0a000007 00000001 00000001 6d000000 00000001 73000000 00000001 75000000 00000001" \
-  "72000000 00000001 70000000 09 00000002 00000003 00000004 00000005"
-  const ZnNFSUserConnection usage{{}, "u", "l", "f", {1, 2, 3, 4}};
-#define USAGE_HEX "00000001 75000000 00000001 6c000000 00000001 66000000 00000001 00000002 00000003 00000004"
-  CheckRecord(ZnNFSClientConnectResponse{{}, 0, 2, "u", "h", "c"},
-              "00000000 00000002 00000001 75000000 00000001 68000000 00000001 63000000");
-  CheckRecord(ZnNFSClientConnectResponse{{}, 5, 2, {}, {}, {}}, "00000005 00000002");
-  CheckRecord(ZnNFSClientConfigInfo{{}, 3, {connect}}, "00000003 00000001" CONNECT_HEX);
-  CheckRecord(ZnNFSClientConfigResponse{{}, 0, 2, {connect}}, "00000000 00000002 00000001" CONNECT_HEX);
-  CheckRecord(ZnNFSClientUsageResponse{{}, 0, 2, {usage, usage}}, "00000000 00000002 00000002" USAGE_HEX USAGE_HEX);
-  CheckRecord(ZnNFSClientTestInfo{{}, Hex("010203")}, "| 010203");
 }
 
 }  // namespace

@@ -9,24 +9,6 @@ namespace {
 
 ZnByteBuffer Bytes(const char* text) { return {text, strlen(text)}; }
 
-TEST(ByteBuffer, WritingToOneHandleLeavesTheOther) {
-  ZnByteBuffer original = Bytes("abcdef");
-  const std::pair<const char*, void (*)(ZnByteBuffer&)> kWriters[] = {
-      {"xbcdef", [](ZnByteBuffer& b) { b.Writable()[0] = 'x'; }},
-      {"abcdefabcdef", [](ZnByteBuffer& b) { b.Append(b); }},
-      {"aef", [](ZnByteBuffer& b) { b.Remove(1, 3); }},
-      {"abXYcdef", [](ZnByteBuffer& b) { b.Insert(2, 2, "XY"); }},
-      {"ab", [](ZnByteBuffer& b) { b.SetLength(2); }},
-      {"", [](ZnByteBuffer& b) { b.Clear(); }},
-  };
-  for (const auto& [expected, write] : kWriters) {
-    ZnByteBuffer copy(original);
-    write(copy);
-    EXPECT_EQ(std::string(reinterpret_cast<const char*>(copy.Data()), copy.Length()), expected);
-    EXPECT_TRUE(original == Bytes("abcdef")) << expected;
-  }
-}
-
 TEST(ByteBuffer, GrownBytesAreZeroAndWipingReachesSharedOnes) {
   ZnByteBuffer secret = Bytes("secret"), other(secret);
   secret.Wipe();

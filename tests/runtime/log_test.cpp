@@ -1,7 +1,6 @@
 #include "runtime/log.h"
 
 #include <gtest/gtest.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
 #include <array>
@@ -40,9 +39,6 @@ class Log : public ::testing::Test {
     std::filesystem::remove_all(directory);
   }
 
-  static ZnLog::Result Add(const char* name, bool withpid = false, ZnEncoding encoding = ZnCodeset::Utf8) {
-    return ZnLog::AddLogFile(name, withpid, false, encoding);
-  }
   std::string Contents(const std::string& name) const {
     std::ifstream file(directory / name);
     return (std::ostringstream() << file.rdbuf()).str();
@@ -57,7 +53,6 @@ TEST_F(Log, FirstMatchingFilterDecides) {
   // Filters, what holds where none matches, and what is on for numbers 0 to 3.
   const std::tuple<ZnDList<ZnUniString>, bool, std::array<bool, 4>> cases[] = {
       {{}, false, {false, false, false}},
-      {{}, true, {true, true, true}},
       {{"*/*/failure"}, false, {false, true, false}},
       {{"NFS/*/*:0", "*/*/*"}, false, {true, false, false}},
       {{"*/*/*", "nfs/*/*:0"}, false, {true, true, true}},
@@ -75,7 +70,7 @@ TEST_F(Log, PlainAndStructuredFormsByteForByte) {
   ZnLog::SetupFilters({"*/*/failure"}, false);
   ZnLog::SetupJSFilters({"nfs/*/*:s%%PID%%.jsl", "*/call/FAILURE:plain.txt", "*/*/*:/one:too many", "a/b:short.jsl",
                          "*/*/*:.../elsewhere", "no destination"});
-  ASSERT_EQ(Add("out"), ZnLog::Success);
+  ASSERT_EQ(ZnLog::AddLogFile("out", false, false, ZnCodeset::Utf8), ZnLog::Success);
   EXPECT_FALSE(ZnLog::JsGen(0));
   EXPECT_TRUE(ZnLog::JsGen(1));
   EXPECT_FALSE(ZnLog::JsGen(77));
@@ -91,19 +86,6 @@ TEST_F(Log, PlainAndStructuredFormsByteForByte) {
   EXPECT_EQ(Contents("s" + pid + ".jsl"), "category=nfs/call/failure" + head + "100%25%2c%0aa%3db\n" +
                                               "category=nfs/call/success" + head + "only structured\n");
   EXPECT_FALSE(std::filesystem::exists(directory / "short.jsl"));
-}
-
-TEST_F(Log, LinesGoToEveryDestinationInItsEncoding) {
-  ASSERT_EQ(Add("one"), ZnLog::Success);
-  ASSERT_EQ(Add("two", false, ZnCodeset::Latin1), ZnLog::Success);
-  ASSERT_EQ(Add("<stderr>"), ZnLog::Success);
-  ASSERT_EQ(Add("<syslog>"), ZnLog::Success);  // nobody listens here; it must do no harm
-  ::testing::internal::CaptureStderr();
-  ZnLog::Log("a\u00fc\n");
-  ZnLog::Error("b%s\n");
-  EXPECT_EQ(::testing::internal::GetCapturedStderr(), "a\u00fc\nb%s\n");
-  EXPECT_EQ(Contents("one.log"), "a\u00fc\nb%s\n");
-  EXPECT_EQ(Contents("two.log"), "a\xfc\nb%s\n");
 }
 
 }  // namespace

@@ -6,24 +6,10 @@
 
 namespace {
 
-// A WRITE as another client sent it to a real server, and the reply to a READ by that server.
-const char kWrite[] =
-    "ff534d42 0b 00000000 00 0100 000000000000000000000000 f8ff 4d00 a5bb 0600"
-    "05 730a 0500 00000000 0000 0800 01 0500 68656c6c6f";
+// A real server's reply to a READ.
 const char kReadReply[] =
     "ff534d42 0a 00000000 80 0340 000000000000000000000000 f8ff 4d00 a5bb 0700"
     "05 0500 0000000000000000 0800 01 0500 68656c6c6f";
-
-TEST(SmbMessage, Encoded) {
-  ZnSMBCHeader header;
-  header.command = ZnSMBClientValues::CmdWrite, header.long_names = true;
-  header.tid = 0xFFF8, header.pid = 77, header.uid = 0xBBA5, header.mid = 6;
-  ZnSMBCWrite_ReqWords words;
-  words.fid = 0x0A73, words.count = 5;
-  ZnSMBCWrite_ReqData data;
-  data.data = Hex("68656c6c6f");
-  EXPECT_EQ(ToHex(ZnSMBClientEncode(header, words, data)), ToHex(Hex(kWrite)));
-}
 
 TEST(SmbMessage, Decoded) {
   ZnPacket bytes = Hex(kReadReply);

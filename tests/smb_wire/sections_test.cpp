@@ -1,6 +1,5 @@
 // What conversations with a real server don't show: older dialects, blocks in unusual places, hostile offsets.
 
-#include "smb/wire/lanman_sections.h"
 #include "smb/wire/session_sections.h"
 #include "smb/wire/transaction_sections.h"
 #include "support/layout_check.h"
@@ -25,27 +24,6 @@ TEST(SessionSections, SessionSetup) {
   ZnSMBCSessionSetupX_ReqData older(V::DialectWfWg, kOem);
   data(older);
   EXPECT_EQ(ToHex(older.Pack()), ToHex(Hex("010203 616200 4700 556e697800 6800"))) << "no second password before NT";
-}
-
-// What real servers said of themselves, the time, and a user.
-TEST(LanmanSections, Records) {
-  const auto read = [](V::LanmanIPC api, const char* descriptor, const char* digits) {
-    return CheckLayout(ZnSMBCLanman_RespData(api, 1, 0, descriptor), digits);
-  };
-  const auto server =
-      read(V::IPCNetServerEnum, "B16BBDDz", "4f544845520000000000000000000000 04 09 03100040 05000000 34000000")
-          .servers[0];
-  EXPECT_EQ(std::tuple(server.second, server.comment), std::tuple(5, 0x34));
-  const ZnSMBCLanman_TOD time{{}, 0x6b03a72b, 4, 2, 38, 35, 9, 0xFFC4, 10000, 23, 11, 2026, 1};
-  EXPECT_EQ(read(V::IPCNetRemoteTOD, "DDBBBBWWBBWB", "2ba7036b 04000000 02 26 23 09 c4ff 1027 17 0b ea07 01").times[0],
-            time);
-  const auto user = read(V::IPCNetUserGetInfo, "B21BzzzWDDzzDDWWzWzDWb21W",
-                         "746573746572000000000000000000000000000000 00 56000000 5e000000 6a000000 0100 00000000"
-                         "ffffffff 71000000 7f000000 00000000 00000000 ffff ffff 80000000 0000 84000000 ffffffff a800"
-                         "85000000 0000 436f6d6d656e740055736572436f6d6d65")
-                        .users[0];
-  EXPECT_EQ(std::tuple(user.comment_at, user.privilege, user.password_age), std::tuple(0x56, V::PrivUser, 0xFFFFFFFF));
-  EXPECT_EQ(std::tuple(user.workstations_at, user.units_per_week), std::tuple(0x84, 168));
 }
 
 // Where the words say that the blocks are, they are; and that is an even position of the message.

@@ -4,7 +4,6 @@
 
 namespace {
 
-using V = ZnSMBClientValues;
 constexpr ZnEncoding kOem = ZnCodeset::Cp850;
 constexpr ZnEncoding kUnicode = ZnCodeset::Utf16Lsb;
 
@@ -35,23 +34,6 @@ TEST(Trans2Sections, EntryOfARealServer) {
     bytes.Writable()[68] = static_cast<uint8_t>(length);
     EXPECT_EQ(ZnSMBCTrans2_DIRENTRY(kOem, encoding, 260, 1).Read(bytes), good) << length;
   }
-}
-
-TEST(Trans2Sections, InformationAboutOneFile) {
-#define ATTRIBS_HEX "0100000000000000 0200000000000000 0300000000000000 0400000000000000 2000 0000"
-#define SIZE_HEX "0000100000000000 0500000000000000 01000000 01 01"
-  CheckLayout(ZnSMBCTrans2_FILEINFO(kOem, V::FileInfoAll),
-              ATTRIBS_HEX "0000" SIZE_HEX
-                          "0600000000000000 07000000 08000000 0900000000000000 0a000000 0b000000 0c000000"
-                          "02000000 | 5c6600",
-              [](auto& s) {
-                s.create_time.value = 1, s.last_access_time.value = 2, s.last_write_time.value = 3;
-                s.last_change_time.value = 4, s.xattribs.attribs.archive = true, s.allocation_size = 0x100000;
-                s.end_of_file = 5, s.link_count = 1, s.delete_pending = s.directory = true, s.index_number = 6;
-                s.ea_size = 7, s.access_flags = 8, s.file_index = 9, s.position = 10, s.mode = 11, s.alignment = 12;
-                s.filename = "\\f";
-              });
-  EXPECT_FALSE(ZnSMBCTrans2_FILEINFO(kOem, 256).Read(Hex(ATTRIBS_HEX))) << "no such level";
 }
 
 }  // namespace
