@@ -102,14 +102,13 @@ class StandInSession : public ZnSMBNFSSessionBase {
   ZnNFSEnum::Status ConvertError(const ZnSMBNFSCommand& command) const override {
     return command.failure == ZnNFSEnum::NFS_OK ? ZnNFSEnum::NFSERR_IO : command.failure;
   }
-  bool CleanUp() override { return !connected; }
-  bool IsConnected() const override { return connected; }
+  bool CleanUp() override { return true; }
+  bool IsConnected() const override { return false; }
   unsigned serverclass() const override { return 3; }
 
   std::deque<ZnSMBNFSCommand*> queue;
   std::vector<ZnSMBNFSEnum::SessionCommand> requests;
   Answer answer;
-  bool connected = false;
 
  private:
   ZnSMBNFSSessionHost* host_;
