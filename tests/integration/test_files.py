@@ -6,8 +6,7 @@ from gateway import EAGER, UNIX_USER, contents, wait_until
 from nfs_raw import status
 
 GATEWAY = {
-    "machines": {"pc": {"shares": {"SHARE": {}, "FIXED": {"read only": "yes"}}}, "laptop": {},
-                 "old": {"options": {"server max protocol": "LANMAN2"}}},
+    "machines": {"pc": {"shares": {"SHARE": {}, "FIXED": {"read only": "yes"}}}, "laptop": {}},
     "settings": EAGER + "[{user}/laptop/*/nosetreadonly={(0)}]\n[{user}/laptop/oldsetattr={(1)}]\n",
 }
 
@@ -23,7 +22,7 @@ def test_special_files_are_refused_and_nothing_is_made(nfs, place):
 
 
 def test_modes_without_effect_and_the_size_of_disks(gateway, nfs):
-    """What the server doesn't hold is neither an error nor shown; the disk is the server's, in each dialect."""
+    """What the server doesn't hold is neither an error nor shown; the disk is the server's."""
     (gateway.disk(share="FIXED") / "f").touch()
     shares = gateway.share(), gateway.share(share="FIXED")
     file, fixed = nfs.create(shares[0], "f").file, nfs.lookup(shares[1], "f").file
@@ -40,9 +39,6 @@ def test_modes_without_effect_and_the_size_of_disks(gateway, nfs):
         told = nfs.statfs(handle)
         assert abs(told.blocks * told.bsize - disk.f_blocks * disk.f_frsize) <= told.bsize
         assert abs(told.bavail * told.bsize - disk.f_bavail * disk.f_frsize) < 1 << 30  # others write, too
-    told = nfs.statfs(gateway.share("old"))  # what the old form can say
-    assert told.blocks * told.bsize >= min(disk.f_blocks * disk.f_frsize, 1 << 31) // 2
-    assert told.bfree <= told.blocks
 
 
 def test_attributes(gateway, nfs):

@@ -32,21 +32,15 @@ def profile():
 
 
 @contextlib.contextmanager
-def client(daemon):
-    with daemon.client(uid=OWNER.pw_uid, timeout=30, encoding="utf-8") as made:
+def client(profile):
+    with Daemon(profile) as daemon, daemon.client(uid=OWNER.pw_uid, timeout=30, encoding="utf-8") as made:
         made.getattr(ROOT)
         yield made
 
 
 @pytest.fixture
-def daemon():
-    with Daemon(profile()) as running:
-        yield running
-
-
-@pytest.fixture
-def nfs(daemon):
-    with client(daemon) as made:
+def nfs():
+    with client(profile()) as made:
         yield made
 
 
@@ -92,15 +86,6 @@ def test_a_wildcard_brings_machines_on_look_up(nfs):
     assert status(nfs.lookup, eve, "My Halden Drives") == 2
 
 
-def test_empty_names_and_dots_lead_nowhere_new(nfs):
-    eve = nfs.lookup(ROOT, "eve").file
-    expected = {"": (2, 2, 2, 2), ".": (0, 13, 13, 13), "..": (0, 13, 13, 13)}
-    assert {name: tuple(status(call, eve, name, *more) for call, *more in [
-        (nfs.lookup,), (nfs.remove,), (nfs.rmdir,), (nfs.rename, eve, "new")]) for name in expected} == expected
-    assert [nfs.lookup(eve, name).file for name in (".", "..")] == [eve, ROOT]
-    assert nfs.names(eve) == nfs.names(nfs.lookup(ROOT, "ann").file)
-
-
 def test_handles_of_what_has_gone_are_stale(nfs):
     eve = nfs.lookup(ROOT, "eve").file
     machine, configured = (nfs.lookup(eve, name).file for name in ("gone", "pc2"))
@@ -120,7 +105,7 @@ def test_handles_of_what_has_gone_are_stale(nfs):
 def test_a_root_of_the_profile_outlives_a_restart_and_no_other_handle_does():
     handles = []
     for _ in range(2):
-        with Daemon(f"[nfsserver/mount/roothandle={{({ROOT.hex()})}}]\n{profile()}") as daemon, client(daemon) as nfs:
+        with client(f"[nfsserver/mount/roothandle={{({ROOT.hex()})}}]\n{profile()}") as nfs:
             assert [status(nfs.getattr, handle) for handle in handles] == [70] * len(handles)
             handles = [nfs.walk(ROOT, path).file for path in ("ann", "ann/pc1", "ann/pc1/share 1")]
             assert [status(nfs.getattr, handle) for handle in handles] == [0] * len(handles)

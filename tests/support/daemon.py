@@ -45,11 +45,7 @@ class Daemon:
         self.logs.mkdir()
         self.port = free_udp_port()
         self.write_profile(self.profile)
-        try:
-            self.start()
-        except BaseException:
-            self.folder.cleanup()
-            raise
+        self.start()
         return self
 
     def __exit__(self, *_):
@@ -95,10 +91,8 @@ class Daemon:
         return re.search(rf"^{field}:\s*(\S+)", text, re.MULTILINE).group(1)
 
     def alive(self):
-        try:
+        with contextlib.suppress(FileNotFoundError):
             return self._status("State") != "Z"
-        except FileNotFoundError:
-            return False
 
     def resident(self):
         """Resident size in KiB."""

@@ -53,9 +53,8 @@ class Gateway:
     of the profile besides those that lead to the servers, as text lines; a line may hold {user}. environment: of the
     daemon, over this process's own.
 
-    rpc: the encoding of names on the NFS side.
-
-    users: whoever has all the machines; the first one is UNIX_USER, and what is said of `the user` is said of him.
+    rpc: the encoding of names on the NFS side. users: whoever has all the machines; the first one is UNIX_USER, and what
+    is said of `the user` is said of him.
 
     nfs: an NfsClient whose root is `root`. peers: name -> SmbPeer. daemon: the Daemon. errors(): what the user was told.
     """

@@ -1,11 +1,8 @@
 """An NFS version 2 client made of raw bytes: RFC 1057 and RFC 1094 by hand, with sockets and struct alone.
 
     with NfsClient(port, uid=1000, gid=100, groups=[4, 24]) as client:
-        root = b"any 32 bytes".ljust(32, b"\\0")
-        client.getattr(root).mode
         handle, attributes = client.lookup(root, "fred")
         client.create(handle, "new", mode=0o644)
-        client.read(handle, 0, 8192).data
 
 A status other than NFS_OK raises NfsError; an answer that isn't a success raises RpcError; no answer within `timeout`
 raises NoAnswer. Every reply is read strictly: a byte too many or too few, or padding that isn't zero, is a BadReply.
@@ -135,8 +132,7 @@ class Reader:
 
     def choice(self, count):
         """A number below `count`."""
-        value = self.u32()
-        if value >= count:
+        if (value := self.u32()) >= count:
             raise BadReply(f"{value} instead of one of {count}")
         return value
 
@@ -206,8 +202,7 @@ class NfsClient:
         """Sends a call of NFS and gives its xid."""
         parts = {"h": bytes, "n": self._name, "d": opaque, "w": u32, "c": u32, "s": lambda named: sattr(**named)}
         shape = SHAPES[procedure][0]
-        if shape.endswith("s"):
-            values += (attributes,)
+        values += (attributes,) * shape.endswith("s")
         args = b"".join(parts[letter](value) for letter, value in zip(shape, values, strict=True))
         return self.start(NFS, NFS_VERSION, PROCEDURES[procedure], args)
 
@@ -270,15 +265,11 @@ class NfsClient:
 
     def listing(self, directory, count=8192):
         """All entries of a directory, page by page."""
-        entries, cookie = [], 0
-        while True:
-            page = self.readdir(directory, cookie, count)
+        entries, page = [], self.readdir(directory, 0, count)
+        while not page.eof:
             entries += page.entries
-            if page.eof:
-                return entries
-            if not page.entries:
-                raise BadReply("an empty page that isn't the last")
-            cookie = page.entries[-1].cookie
+            page = self.readdir(directory, page.entries[-1].cookie, count)
+        return entries + page.entries
 
     def names(self, directory, count=8192):
         """Of all entries but the directory itself and the one above it."""
@@ -286,18 +277,13 @@ class NfsClient:
 
     def walk(self, directory, path):
         """LOOKUP along a path of names separated by "/"; a DirOpRes."""
-        found = DirOpRes(directory, None)
-        for name in path.split("/"):
-            found = self.lookup(found.file, name)
-        return found
+        return functools.reduce(lambda found, name: self.lookup(found.file, name), path.split("/"), DirOpRes(directory, None))
 
     def read_all(self, file, count=8192):
         data = b""
-        while True:
-            attributes, piece = self.read(file, len(data), count)
+        while piece := self.read(file, len(data), count).data:
             data += piece
-            if not piece or len(data) >= attributes.size:
-                return data
+        return data
 
     def write_all(self, file, data, count=8192):
         for offset in range(0, len(data), count):
@@ -311,15 +297,12 @@ class NfsClient:
 
     def pipelined(self, calls, window=16):
         """Makes calls, (procedure, *arguments), with up to `window` of them on their way. Gives of each, in order, its
-        NFS status and the Reader behind it; None for both when no answer came."""
+        NFS status and the Reader behind it."""
         waiting = collections.deque()
         for call in itertools.chain(calls, [None] * window):
             if waiting and (not call or len(waiting) == window):
-                try:
-                    reply = self.finish(waiting.popleft())
-                    yield reply.u32(), reply
-                except NoAnswer:
-                    yield None, None
+                reply = self.finish(waiting.popleft())
+                yield reply.u32(), reply
             if call:
                 waiting.append(self.begin(*call))
 

@@ -70,8 +70,7 @@ class SmbPeer:
     """
 
     def __init__(self, users=None, shares=None, port=PORT, options=None, tz=None, nmbd=False):
-        missing = [tool for tool in NEEDED if not shutil.which(tool)]
-        if missing:
+        if missing := [tool for tool in NEEDED if not shutil.which(tool)]:
             raise PeerError(f"{', '.join(missing)} not found: ./dev setup installs the real SMB peer")
         if os.geteuid() != 0:
             raise PeerError("the real SMB peer needs root: it adds users to its own password file")
@@ -94,11 +93,10 @@ class SmbPeer:
     def __exit__(self, *_):
         for process in reversed(self.processes):
             process.terminate()
-            try:
+            with contextlib.suppress(subprocess.TimeoutExpired):
                 process.wait(10)
-            except subprocess.TimeoutExpired:
-                process.kill()
-                process.wait()
+            process.kill()
+            process.wait()
         self._stop_rpc_helper()
         shutil.rmtree(self.folder, ignore_errors=True)
 
@@ -168,9 +166,8 @@ class SmbPeer:
             "log file": self.folder / "log" / "log.%m", "passdb backend": f"tdbsam:{state}/private/passdb.tdb",
             "nmbd:socket dir": state / "nmbd", **options,
         }
-        sections = {"global": settings}
-        for share, extra in shares.items():
-            sections[share] = {"path": self.root(share), **SHARE_OPTIONS, **extra}
+        sections = {"global": settings} | {
+            share: {"path": self.root(share), **SHARE_OPTIONS, **extra} for share, extra in shares.items()}
         (self.folder / f"{name}.conf").write_text("".join(
             f"[{section}]\n" + "".join(f"  {key} = {value}\n" for key, value in content.items())
             for section, content in sections.items()))
@@ -233,56 +230,37 @@ class Capture:
         self.command = ["dumpcap", "-q", "-i", "lo", "-f", f"tcp port {port} or udp port {port}", "-w", str(file)]
 
     def __enter__(self):
-        if not shutil.which(self.command[0]):
-            raise PeerError("dumpcap not found: ./dev setup installs tshark")
         self.process = subprocess.Popen(self.command, stderr=subprocess.PIPE, text=True)
-        output = ""
-        for line in self.process.stderr:  # ready when it names its file
-            output += line
-            if line.startswith("File:"):
-                return self
-        raise PeerError(f"dumpcap doesn't capture: {output}")
+        if not any(line.startswith("File:") for line in self.process.stderr):  # it is ready when it names its file
+            raise PeerError("dumpcap doesn't capture")
+        return self
 
     def __exit__(self, *_):
-        self._wait_for_the_last_packet()
+        """Packets reach its file late on a busy machine: once a last datagram is there, all before it are."""
+        mark = b"the capture ends here"
+        with socket.socket(socket.AF_INET, socket.SOCK_DGRAM) as sender:
+            assert wait_until(lambda: sender.sendto(mark, ("127.0.0.1", self.port)) and
+                              mark in self.file.read_bytes()[-65536:], READY_SECONDS), "dumpcap writes nothing"
         self.process.send_signal(signal.SIGINT)
         self.process.communicate(timeout=10)
 
     def frames(self, dissector, wanted, *fields):
         """The fields of each packet that a filter of tshark wants. dissector: as for its option -d."""
         command = ["tshark", "-2", "-r", self.file, "-d", dissector, "-Y", wanted, "-T", "fields"]
-        done = subprocess.run([*command, *(part for field in fields for part in ("-e", field))], text=True, capture_output=True)
-        if done.returncode != 0:
-            raise PeerError(f"tshark: {done.stderr}")
-        return [line.split("\t") for line in done.stdout.splitlines()]
+        command += [part for field in fields for part in ("-e", field)]
+        return [line.split("\t") for line in subprocess.check_output(command, text=True).splitlines()]
 
-    def _wait_for_the_last_packet(self):
-        """Packets reach dumpcap and its file late on a busy machine: once this datagram is there, all before it are."""
-        mark = b"the capture ends here"
-        with socket.socket(socket.AF_INET, socket.SOCK_DGRAM) as sender:
-            def written():
-                sender.sendto(mark, ("127.0.0.1", self.port))
-                return mark in self.file.read_bytes()[-65536:]
-            if not wait_until(written, READY_SECONDS):
-                raise PeerError("dumpcap doesn't write what it captures")
 
 
 def main():
     parser = argparse.ArgumentParser(
-        prog="with_smb_peer", formatter_class=argparse.RawDescriptionHelpFormatter,
-        description="Runs COMMAND beside a real SMB1 server, in a network that has only loopback.",
-        epilog="COMMAND finds HALDEN_SMB_PORT, _NAME, _USER, _PASSWORD, _SHARE and _ROOT (the folder of the share).\n"
-               "The exit status is COMMAND's; 125 when the server can't be had.")
+        prog="with_smb_peer", description="Runs COMMAND beside a real SMB1 server, in a network that has only loopback.",
+        epilog="COMMAND finds HALDEN_SMB_PORT, _NAME, _USER, _PASSWORD, _SHARE and _ROOT (the folder of the share).")
     parser.add_argument("command", nargs="+", metavar="COMMAND")
     command = parser.parse_args().command
-    try:
-        enter_private_network()
-        with SmbPeer() as peer:
-            status = subprocess.run(command, env=peer.environment()).returncode
-    except (PeerError, OSError) as error:
-        print(f"with_smb_peer: {error}", file=sys.stderr)
-        return 125
-    return status if status >= 0 else 128 - status
+    enter_private_network()
+    with SmbPeer() as peer:
+        return subprocess.run(command, env=peer.environment()).returncode
 
 
 if __name__ == "__main__":
