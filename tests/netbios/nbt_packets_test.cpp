@@ -1,4 +1,4 @@
-// Machines, names and packets against the examples and layouts of RFC 1001 and RFC 1002.
+// Names and packets against the examples and layouts of RFC 1001 and RFC 1002.
 
 #include "netbios/fred.h"
 #include "netbios/nbt_datagram.h"
@@ -6,20 +6,6 @@
 #include "support/layout_check.h"
 
 namespace {
-
-TEST(Machine, EncodesPaddedUpperCaseNames) {
-  const std::tuple<ZnUniString, uint8_t, const char*> cases[] = {
-      {"fred", 0x20, "EGFCEFEECACACACACACACACACACACACA"},
-      {"sixteen-or-more-characters", 0x1D, "FDEJFIFEEFEFEOCNEPFCCNENEPFCEFBN"},
-      {"\xC3\x89\xE2\x82\xAC", 0x03, "MJDPCACACACACACACACACACACACACAAD"},  // E acute is a byte, the euro sign isn't
-      {"", 0x20, "CACACACACACACACACACACACACACACACA"},
-  };
-  for (const auto& [name, type, letters] : cases) {
-    EXPECT_EQ(ZnMachine(name, type).EncodeRFC883(),
-              ZnUniString(" ") + letters + ZnUniString(std::u16string_view(u"\0", 1)));
-  }
-  EXPECT_EQ(ZnMachine(" a b  ", 0x20).ShortName(), " A B");
-}
 
 TEST(Name, Decodes) {
   const std::pair<const char*, const char*> cases[] = {

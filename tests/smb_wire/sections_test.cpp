@@ -1,30 +1,12 @@
-// What conversations with a real server don't show: older dialects, blocks in unusual places, hostile offsets.
+// What conversations with a real server don't show: blocks in unusual places, hostile offsets.
 
-#include "smb/wire/session_sections.h"
 #include "smb/wire/transaction_sections.h"
 #include "support/layout_check.h"
 
 namespace {
 
-using V = ZnSMBClientValues;
 constexpr ZnEncoding kOem = ZnCodeset::Cp850;
 constexpr ZnEncoding kUnicode = ZnCodeset::Utf16Lsb;
-
-TEST(SessionSections, SessionSetup) {
-  const auto data = [](auto& s) {
-    s.password = Hex("010203"), s.ntpassword = Hex("0405");
-    s.name = "ab", s.domain = "G", s.nativeos = "Unix", s.nativelanman = "h";
-  };
-  CheckLayout(ZnSMBCSessionSetupX_ReqData(V::DialectNT, kOem, 3, 2), "010203 0405 | 616200 4700 556e697800 6800", data);
-  // Unicode: the texts begin at odd distances, behind 5 bytes of passwords, so nothing is padded; behind 3 + 1, one is.
-  CheckLayout(ZnSMBCSessionSetupX_ReqData(V::DialectNT, kUnicode, 3, 2),
-              "010203 0405 | 610062000000 47000000 55006e0069007800 0000 68000000", data);
-  CheckLayout(ZnSMBCSessionSetupX_ReqData(V::DialectWfWg, kUnicode, 4), "01020304 | 00 61000000 0000 0000 0000",
-              [](auto& s) { s.password = Hex("01020304"), s.name = "a"; });
-  ZnSMBCSessionSetupX_ReqData older(V::DialectWfWg, kOem);
-  data(older);
-  EXPECT_EQ(ToHex(older.Pack()), ToHex(Hex("010203 616200 4700 556e697800 6800"))) << "no second password before NT";
-}
 
 // Where the words say that the blocks are, they are; and that is an even position of the message.
 TEST(TransactionSections, BlocksAreWhereTheWordsSay) {
