@@ -145,6 +145,7 @@ def test_two_who_remove_one_tree_end_cleanly(gateway, nfs, place):
         return sorted(client.finish(xid).u32() for client, xid in zip((nfs, second), calls))
 
     assert [status(call, directory, "top") for call in (nfs.create, nfs.mkdir, nfs.rmdir)] == [21, 17, 66]
+    assert status(nfs.setattr, directory, size=1) == 21
     with gateway.daemon.client(uid=os.geteuid()) as second:
         for i in range(3):
             sub = nfs.lookup(top, f"{i}").file

@@ -206,8 +206,7 @@ class SmbPeer:
             raise PeerError(f"{name} isn't there after its start:\n{''.join(logs)}")
 
     def _start_smbd(self):
-        with socket.socket() as probe:
-            self._start("smbd", lambda: probe.connect_ex(("127.0.0.1", self.port)) == 0)
+        self._start("smbd", lambda: answers_session_request(self.port))
 
     def _start_nmbd(self):
         self._write_config("nmb", NMBD_OPTIONS, {})
@@ -220,6 +219,17 @@ class SmbPeer:
         """smbd starts it for some remote calls; it makes itself a session and outlives smbd."""
         with contextlib.suppress(OSError, ValueError):
             os.kill(int((self.folder / "smb" / "pid" / "samba-dcerpcd.pid").read_text()), signal.SIGTERM)
+
+
+def answers_session_request(port):
+    """A server that only listens may reset the first connections that it takes."""
+    name = b"\x20" + b"CA" * 16 + b"\0"
+    with socket.socket() as probe, contextlib.suppress(OSError):
+        probe.settimeout(1)
+        probe.connect(("127.0.0.1", port))
+        probe.sendall(b"\x81\0\0\x44" + name + name)
+        return probe.recv(4)[:1] == b"\x82"
+    return False
 
 
 class Capture:
