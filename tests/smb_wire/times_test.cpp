@@ -29,25 +29,6 @@ TEST(SmbTimes, ADateIsTheMidnightOfThisHost) {
   EXPECT_EQ(date.AsTimeVal().seconds, 0xFFFFFFFF);
 }
 
-TEST(SmbTimes, AMomentIsReadOffTheCalendarWithoutRegardToTheZone) {
-  const std::pair<uint32_t, const char*> cases[] = {
-      {0, "0000 0000"},          {k20021026 + 12 * 3600 + 34 * 60 + 57, "5a2d 5c64"},
-      {951782399, "5c28 7dbf"},  // the second before a leap day
-      {86400, "2200 0000"},      // before 1980: day and month are kept
-      {0xFFFFFFFF, "47fc 8733"},
-  };
-  Zone("Asia/Kolkata");
-  for (const auto& [seconds, digits] : cases) {
-    SCOPED_TRACE(seconds);
-    ZnSMBCDate date;
-    ZnSMBCTime time;
-    date.FromTimeVal({seconds, 0});
-    time.FromTimeVal({seconds, 0});
-    EXPECT_EQ(ToHex(date.Pack()) + " " + ToHex(time.Pack()), digits);
-    EXPECT_EQ(time.AsTimeVal().seconds, seconds % 86400 / 2 * 2) << "odd seconds lose one";
-  }
-}
-
 TEST(SmbTimes, LongTimes) {
   const std::tuple<uint64_t, ZnTimeVal, uint64_t> cases[] = {
       {0, {}, 0},
