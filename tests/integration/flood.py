@@ -43,18 +43,12 @@ def sample_calls(rng):
 def mutate(rng, datagram):
     data = bytearray(datagram)
     for _ in range(rng.randrange(4)):
-        kind = rng.randrange(5)
-        at = rng.randrange(len(data)) if data else 0
-        if kind == 0:
-            data = data[:at]
-        elif kind == 1:
-            data += rng.randbytes(rng.randrange(64))
-        elif kind == 2 and data:
-            data[at] ^= 1 << rng.randrange(8)
-        elif kind == 3:
-            data[at:at] = rng.randbytes(rng.randrange(8))
-        elif kind == 4:
-            data[at & ~3:(at & ~3) + 4] = u32(rng.choice(WORDS))
+        at = rng.randrange(len(data) + 1)
+        word = at & ~3
+        begin, end, piece = rng.choice([
+            (at, len(data), b""), (len(data), len(data), rng.randbytes(rng.randrange(64))), (at, at + 1, rng.randbytes(1)),
+            (at, at, rng.randbytes(rng.randrange(8))), (word, word + 4, u32(rng.choice(WORDS)))])
+        data[begin:end] = piece
     return bytes(data)
 
 

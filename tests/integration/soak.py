@@ -31,15 +31,9 @@ TURN_SECONDS = 3.5
 MOST_GROWTH = 1024  # KiB
 
 
-def descriptors(pid):
-    return len(os.listdir(f"/proc/{pid}/fd"))
-
-
 def is_connected(peer):
     """Whether the daemon has a connection to this server."""
-    established, port = "01", f":{peer.port:04X}"
-    rows = [line.split() for line in pathlib.Path("/proc/net/tcp").read_text().splitlines()[1:]]
-    return any(row[2].endswith(port) and row[3] == established for row in rows)
+    return f":{peer.port:04X} 01 " in pathlib.Path("/proc/net/tcp").read_text()  # the other end's port, and ESTABLISHED
 
 
 def main():
@@ -59,27 +53,16 @@ def main():
 
 
 def turns(gateway, walks, restarts):
-    """Steps for a while at each machine. Gives how many calls were made, and how many other sessions had ended."""
-    calls = ended = 0
+    """Steps for a while at each machine. Gives how many other sessions had ended."""
+    ended = 0
     for machine, walk in walks.items():
         if restarts:
             gateway.peers[machine].restart()
-        before = walk.calls
         end = time.monotonic() + TURN_SECONDS
         while time.monotonic() < end:
             walk.step()
-        calls += walk.calls - before
         ended += sum(not is_connected(peer) for name, peer in gateway.peers.items() if name != machine)
-    return calls, ended
-
-
-def new_life(gateway, walks):
-    """The daemon is killed and started; all handles but the root's are looked up again."""
-    gateway.daemon.stop(signal.SIGKILL)
-    gateway.daemon.start()
-    gateway.nfs.getattr(gateway.root)
-    for machine, walk in walks.items():
-        walk.forget_handles(gateway.share(machine))
+    return ended
 
 
 def soak(gateway, walks, most_calls, restarts):
@@ -87,9 +70,9 @@ def soak(gateway, walks, most_calls, restarts):
     calls = ended = lives = 0
     early = None  # resident size and descriptors after a tenth of the calls, which is one life
     while calls < most_calls:
-        more = turns(gateway, walks, restarts)
-        calls, ended = calls + more[0], ended + more[1]
-        now = gateway.daemon.resident(), descriptors(gateway.daemon.pid)
+        ended += turns(gateway, walks, restarts)
+        calls = sum(walk.calls for walk in walks.values())
+        now = gateway.daemon.resident(), len(os.listdir(f"/proc/{gateway.daemon.pid}/fd"))
         print(f"{time.monotonic() - began:6.0f} s {calls:7} calls {ended:4} sessions ended  {now[0]:6} KiB resident "
               f"{now[1]:3} descriptors", flush=True)
         if calls < (lives + 1) * most_calls / 10:
@@ -99,7 +82,11 @@ def soak(gateway, walks, most_calls, restarts):
         assert now[0] - early[0] <= MOST_GROWTH, f"the daemon has grown from {early[0]} to {now[0]} KiB"
         assert now[1] <= early[1], "the daemon has left descriptors open"
         if restarts:
-            new_life(gateway, walks)
+            gateway.daemon.stop(signal.SIGKILL)
+            gateway.daemon.start()
+            gateway.nfs.getattr(gateway.root)
+            for machine, walk in walks.items():
+                walk.handles = {"": gateway.share(machine)}
     assert ended > 0, "no session ended"
 
 

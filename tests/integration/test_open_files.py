@@ -5,7 +5,6 @@ import os
 from gateway import contents
 from nfs_raw import status
 
-LINK = 5
 # Files below are called as a share is: they are found all the same.
 GATEWAY = {"machines": {"pc": {"shares": {"share": {}, "other": {}}}, "pc2": {}},
            "settings": "[{user}/pc/share/bannedchars={(%)}]\n"}
@@ -57,21 +56,20 @@ def test_a_rename_that_cannot_be_leaves_its_target_alone(gateway, nfs, place):
     nfs.put(nfs.lookup(directory, "full").file, "f", b"inside")
     for name in ("f", "gone", "target"):
         nfs.put(directory, name, name.encode())
-    places = [(gateway.share("pc", "other"), gateway.disk("pc", "other")), (gateway.share("pc2"), gateway.disk("pc2"))]
-    for share, _ in places:
+    elsewhere = gateway.share("pc", "other"), gateway.share("pc2")
+    for share in elsewhere:
         nfs.put(share, "target", b"theirs")
     (folder / "gone").unlink()
     before = contents(folder)
     full = nfs.lookup(directory, "full").file
-    refused = {("f", share, "target"): 18 for share, _ in places} | {
+    refused = {("f", share, "target"): 18 for share in elsewhere} | {
         ("f", directory, "100%"): 13, ("f", directory, "."): 13, ("f", directory, "x" * 256): 63,
         ("gone", directory, "target"): 2, ("none", directory, "target"): 2, ("f", full, "none/"): 13,
         ("f", directory, "empty"): 21, ("empty", directory, "target"): 20, ("empty", directory, "full"): 66,
         ("full", full, "f"): 13, ("f", nfs.lookup(directory, "target").file, "x"): 20}
     assert {call: status(nfs.rename, directory, *call) for call in refused} == refused
     assert contents(folder) == before
-    for share, disk in places:
-        assert (disk / "target").read_bytes() == b"theirs"
+    assert contents(gateway.disk("pc", "other")) == contents(gateway.disk("pc2")) == {"target": b"theirs"}
 
 
 def test_renames_over_what_the_tree_has_not_seen_or_may_not_write(nfs, place):
@@ -105,9 +103,7 @@ def test_a_directory_takes_the_place_of_an_empty_one(nfs, place):
     assert {path for path in contents(folder) if path.endswith("f")} == {"empty/f", "inner/empty/f"}
     (folder / "empty" / "f").unlink()  # by another machine, a moment ago
     nfs.rename(directory, "inner", directory, "empty")
-    (folder / "empty" / "empty" / "f").unlink()
-    nfs.rmdir(inner, "empty")
-    assert contents(folder) == {"empty": None}
+    assert contents(folder) == {"empty": None, "empty/empty": None, "empty/empty/f": b"inside"}
 
 
 def test_links_among_files(nfs, place):
@@ -117,15 +113,9 @@ def test_links_among_files(nfs, place):
     for name in ("file", "plain", "other"):
         nfs.put(directory, name, name.encode())
     assert [status(nfs.symlink, directory, name, "x") for name in ("late", "link", "file")] == [17] * 3
-    (folder / "came").touch()
-    nfs.symlink(directory, "went", "to")
-    (folder / "-)went").unlink()
-    assert (status(nfs.symlink, directory, "came", "x"), status(nfs.symlink, directory, "went", "y")) == (17, 0)
-    for name in ("came", "went"):
-        nfs.remove(directory, name)
     link = nfs.lookup(directory, "link").file
     nfs.rename(directory, "link", directory, "moved")
-    assert (nfs.readlink(link), nfs.getattr(link).type, nfs.lookup(directory, "moved").file) == ("to", LINK, link)
+    assert (nfs.readlink(link), nfs.lookup(directory, "moved").file) == ("to", link)
     nfs.rename(directory, "moved", directory, "file")  # clients see both under one name, but the share doesn't
     nfs.rename(directory, "plain", directory, "late")
     assert nfs.names(directory) == ["file", "late", "other"]

@@ -92,20 +92,17 @@ def test_a_fatal_signal():
 def test_an_edited_profile_counts_without_a_restart():
     """When a user lists the mount point, and on SIGHUP; one with a mistake, or none, changes nothing and is told."""
     user = "[nfsserver/shares/smb/{}/unixname={{(root)}}]\n".format
-    root, start, port = bytes(32), user("ann"), "[nfsserver/mount/port={(0)}]\n"
+    root, start = bytes(32), user("ann")
     machine = "[nfsserver/shares/smb/cyd/machinename={(pc)}]\n"
     with Daemon(start) as daemon, daemon.client() as client:
         client.getattr(root)
         ann = client.lookup(root, "ann").file
         for edited, by_signal, users, said in [
-                (start, False, ["ann"], "profile/read"),
                 (start + user("bob"), False, ["ann", "bob"], "profile/read"),
                 (start + user("cyd") + "[oops\n", False, ["ann", "bob"],
                  'Error: found "(EOF)" at character 1 in line 6 whilst looking for "="'),
                 (start + user("cyd") + machine, True, ["ann", "cyd"],
                  "the nearest known one is nfsserver/shares/smb/cyd/machinenames"),
-                (port + start, True, ["ann", "cyd"],
-                 "the value of nfsserver/mount/port at character 1 in line 2 must be one number from 1 to 65535"),
                 (None, False, ["ann", "cyd"], "Failed to stat() configuration file: ")]:
             before = len(daemon.log.read_text())
             daemon.write_profile(edited) if edited else daemon.profile_file.unlink()

@@ -76,14 +76,11 @@ def test_all_of_it_is_walked_and_its_handles_stay(nfs):
 def test_a_wildcard_brings_machines_on_look_up(nfs):
     ann, eve = (nfs.lookup(ROOT, user).file for user in ("ann", "eve"))
     assert status(nfs.lookup, ann, "laptop") == 2
-    for name in ("laptop", "a", "grün", "x" * 255):
-        handle = nfs.lookup(eve, name).file
-        assert nfs.lookup(eve, name).file == handle
-        assert name in nfs.names(eve)
-    refused = ["ls", "cd", "..+", "x" * 256, "a\nb", "LAPTOP"]
-    assert {name: status(nfs.lookup, eve, name) for name in refused} == dict.fromkeys(refused, 2)
-    assert sorted(nfs.names(eve)) == sorted([*MACHINES, "laptop", "a", "grün", "x" * 255])
-    assert status(nfs.lookup, eve, "My Halden Drives") == 2
+    for name in ("laptop", "grün", "x" * 255):
+        assert nfs.lookup(eve, name).file == nfs.lookup(eve, name).file
+    for name in ("ls", "cd", "..+", "x" * 256, "a\nb", "LAPTOP", "My Halden Drives"):
+        assert status(nfs.lookup, eve, name) == 2, name
+    assert nfs.names(eve) == sorted([*MACHINES, "laptop", "grün", "x" * 255])
 
 
 def test_handles_of_what_has_gone_are_stale(nfs):

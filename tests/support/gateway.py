@@ -53,17 +53,15 @@ class Gateway:
     of the profile besides those that lead to the servers, as text lines; a line may hold {user}. environment: of the
     daemon, over this process's own.
 
-    rpc: the encoding of names on the NFS side. users: whoever has all the machines; the first one is UNIX_USER, and what
-    is said of `the user` is said of him.
+    rpc: the encoding of names on the NFS side.
 
     nfs: an NfsClient whose root is `root`. peers: name -> SmbPeer. daemon: the Daemon. errors(): what the user was told.
     """
 
-    def __init__(self, machines=None, settings="", environment=None, client=None, users=(UNIX_USER,), rpc="UTF-8"):
-        self.machines, self.settings, self.environment, self.users = machines or {"pc": {}}, settings, environment, users
-        self.rpc = rpc
+    def __init__(self, machines=None, settings="", environment=None, client=None, rpc="UTF-8"):
+        self.machines, self.settings, self.environment = machines or {"pc": {}}, settings, environment
+        self.rpc, self.root = rpc, ROOT
         self.client_options = {"uid": pwd.getpwnam(UNIX_USER).pw_uid, "timeout": 30, "encoding": "utf-8", **(client or {})}
-        self.root = ROOT
 
     def __enter__(self):
         enter_private_network()
@@ -93,30 +91,26 @@ class Gateway:
             print(f"--- the daemon's log\n{self.log()}\n--- the user's errors\n{self.errors()}", file=sys.stderr)
 
     def profile(self):
-        settings = self.settings.replace("{user}", f"nfsserver/shares/smb/{UNIX_USER}")
-        return "\n".join([f"[nfsserver/server/encoding/rpc={{({self.rpc})}}]", *map(self._of_user, self.users), settings])
-
-    def _of_user(self, name):
-        user = f"nfsserver/shares/smb/{name}"
-        lines = [f"[{user}/logfile={{({self.error_file if name == UNIX_USER else ''})}}]",
+        user = f"nfsserver/shares/smb/{UNIX_USER}"
+        lines = [f"[nfsserver/server/encoding/rpc={{({self.rpc})}}]", f"[{user}/logfile={{({self.error_file})}}]",
                  f"[{user}/machinenames={{{''.join(f'({machine})' for machine in self.machines)}}}]"]
         for machine, peer in self.peers.items():
             lines += [f"[{user}/{machine}/{key}={{({value})}}]" for key, value in {
                 "ipaddress": "127.0.0.1", "port": peer.port, "nbtname": NAME, "winname": SMB_USER,
-                "password": stored_password(SMB_PASSWORD, name)}.items()]
+                "password": stored_password(SMB_PASSWORD, UNIX_USER)}.items()]
             lines.append(f"[{user}/{machine}/sharenames={{{''.join(f'({share})' for share in peer.shares)}}}]")
             lines += [f"[{user}/{machine}/{share}/password={{()}}]" for share in peer.shares]
-        return "\n".join(lines)
+        return "\n".join([*lines, self.settings.replace("{user}", user)])
 
     def client(self):
         """One more that calls as the user does."""
         return self.daemon.client(**self.client_options)
 
-    def share(self, machine=None, share=None, user=UNIX_USER):
+    def share(self, machine=None, share=None):
         """The handle of a share; the first machine's first one if none is named."""
         machine = machine or next(iter(self.peers))
         share = share or next(iter(self.peers[machine].shares))
-        return self.nfs.walk(self.root, f"{user}/{machine}/{share}").file
+        return self.nfs.walk(self.root, f"{UNIX_USER}/{machine}/{share}").file
 
     def disk(self, machine=None, share=None):
         """The folder behind a share on its server's disk."""

@@ -24,7 +24,7 @@ class Mismatch(AssertionError):
 
 
 class RandomWalk:
-    """model: path -> bytes of a file, None for a directory; "" is the share. calls: of NFS, so far."""
+    """model: path -> bytes of a file, None for a directory; "" is the share. handles: path -> what is known. calls: of NFS."""
 
     def __init__(self, nfs, share, seed):
         self.nfs, self.seed = nfs, seed
@@ -43,10 +43,6 @@ class RandomWalk:
             action()
         except (NfsError, Mismatch) as error:
             raise Mismatch(f"seed {self.seed}, step {self.steps}, {action.__name__}: {error}") from error
-
-    def forget_handles(self, share):
-        """All but the share's, which is another one now."""
-        self.handles = {"": share}
 
     # The steps.
 
@@ -110,21 +106,17 @@ class RandomWalk:
         if to == path:
             return
         self.handles.pop(to, None)
-        for old in [old for old in self.model if old == path or old.startswith(path + "/")]:
-            self.model[to + old[len(path):]] = self.model.pop(old)
-            if old in self.handles:
-                self.handles[to + old[len(path):]] = self.handles.pop(old)
+        for known in (self.model, self.handles):
+            for old in [old for old in known if old == path or old.startswith(path + "/")]:
+                known[to + old[len(path):]] = known.pop(old)
 
     def remove(self):
         if not (path := self.pick([path for path in self.model if path])):
             return
         where = self.handle(posixpath.dirname(path)), posixpath.basename(path)
-        if self.model[path] is not None:
-            self.call(self.nfs.remove, *where)
-        elif self.children(path):
+        if self.children(path):
             return self.refused(66, self.nfs.rmdir, *where)
-        else:
-            self.call(self.nfs.rmdir, *where)
+        self.call(self.nfs.rmdir if self.model[path] is None else self.nfs.remove, *where)
         del self.model[path]
         self.handles.pop(path, None)
 

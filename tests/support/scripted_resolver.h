@@ -10,9 +10,8 @@ class ScriptedResolver : public ZnDNSResolver {
  public:
   // In place of the host's resolver, until the test ends.
   static ScriptedResolver* Install() {
-    auto made = std::make_unique<ScriptedResolver>();
-    ScriptedResolver* resolver = made.get();
-    ZnDNS::SetResolver(std::move(made));
+    auto* resolver = new ScriptedResolver;
+    ZnDNS::SetResolver(std::unique_ptr<ZnDNSResolver>(resolver));
     return resolver;
   }
 

@@ -21,13 +21,9 @@ std::string Number(uint64_t value, size_t size) {
 std::string Message(const Request& request, unsigned errorClass, unsigned code, const std::string& words,
                     const std::string& data) {
   std::string message = "\xFFSMB";
-  message += static_cast<char>(request.command);
-  message += static_cast<char>(errorClass) + std::string(1, '\0') + U16(code);
-  message += '\x88';
-  message += U16(request.flags2) + std::string(12, '\0');
-  message += U16(request.tid) + U16(request.pid) + U16(request.uid) + U16(request.mid);
-  message += static_cast<char>(words.size() / 2) + words;
-  return message + U16(static_cast<unsigned>(data.size())) + data;
+  message += Number(request.command, 1) + Number(errorClass, 2) + U16(code) + '\x88' + U16(request.flags2) +
+             std::string(12, '\0') + U16(request.tid) + U16(request.pid) + U16(request.uid) + U16(request.mid);
+  return message + Number(words.size() / 2, 1) + words + U16(static_cast<unsigned>(data.size())) + data;
 }
 
 }  // namespace
@@ -139,19 +135,11 @@ void ScriptedSmbPeer::Handle(uint8_t type, const std::string& body) {
   if (type == 0x81) return SendRaw(sessionResponse);
   if (type != 0) return;
   ASSERT_GE(body.size(), 35U) << "the client has sent a cut message";
-  Request request;
-  request.command = static_cast<uint8_t>(body[4]);
-  request.flags2 = At16(body, 10);
-  request.tid = At16(body, 24);
-  request.pid = At16(body, 26);
-  request.uid = At16(body, 28);
-  request.mid = At16(body, 30);
-  size_t words = size_t{2} * static_cast<uint8_t>(body[32]);
-  request.words = body.substr(33, words);
-  request.data = body.substr(35 + words);
+  const size_t words = size_t{2} * static_cast<uint8_t>(body[32]);
+  const Request request{static_cast<uint8_t>(body[4]), At16(body, 10), At16(body, 24), At16(body, 26), At16(body, 28),
+                        At16(body, 30), body.substr(33, words), body.substr(35 + words)};
   EXPECT_EQ(request.data.size(), At16(body, 33 + words)) << "byte count of a request";
   requests.push_back(request);
-  std::vector<std::string> messages;
-  if (script) messages = script(request);
-  for (const std::string& message : messages) Send(message);
+  if (!script) return;
+  for (const std::string& message : script(request)) Send(message);
 }

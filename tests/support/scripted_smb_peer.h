@@ -20,13 +20,8 @@ std::string U64(uint64_t value);
 // A request, taken apart.
 struct Request {
   uint8_t command = 0;
-  unsigned flags2 = 0;
-  unsigned tid = 0;
-  unsigned pid = 0;
-  unsigned uid = 0;
-  unsigned mid = 0;
-  std::string words;
-  std::string data;
+  unsigned flags2 = 0, tid = 0, pid = 0, uid = 0, mid = 0;
+  std::string words, data;
 
   unsigned Word(size_t index) const;  // 0 when there are fewer
 };

@@ -2,21 +2,14 @@
 
 #include <algorithm>
 
-using smb_script::DirEntry;
-using smb_script::Reply;
-using smb_script::Request;
-using smb_script::TransReply;
-using smb_script::U16;
-using smb_script::U32;
-using smb_script::U64;
+using namespace smb_script;
 using namespace std::string_literals;
 
 namespace {
 
 const std::string kNoChain = "\xFF\0\0\0"s;
 
-constexpr unsigned kUid = 100;
-constexpr unsigned kFid = 0x4001;
+constexpr unsigned kUid = 100, kFid = 0x4001;
 
 Request WithIds(Request request, unsigned tid, unsigned uid) {
   request.tid = tid;

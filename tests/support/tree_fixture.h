@@ -10,7 +10,6 @@
 #include <fstream>
 #include <functional>
 #include <map>
-#include <sstream>
 
 #include "config/smbnfs_config.h"
 #include "runtime/event_loop.h"
@@ -38,15 +37,12 @@ class TestProfile {
   // A user's machine with these shares; all accounts are root's.
   static std::string Machine(const std::string& user, const std::string& machine,
                              const std::vector<std::string>& shares, const std::string& more = "") {
-    const std::string ofuser = "[nfsserver/shares/smb/" + user + "/";
-    const std::string ofmachine = ofuser + machine + "/";
-    std::ostringstream text;
-    text << ofuser << "unixname={(root)}]\n" << ofmachine << "unixname={(root)}]\n";
-    for (const std::string& share : shares) {
-      text << ofmachine << share << "/password={()}]\n" << ofmachine << share << "/unixname={(root)}]\n";
-    }
-    text << more;
-    return text.str();
+    const std::string ofuser = "[nfsserver/shares/smb/" + user + "/", ofmachine = ofuser + machine + "/";
+    const std::string root = "unixname={(root)}]\n";
+    std::string text = ofuser + root + ofmachine + root;
+    for (const std::string& share : shares)
+      text += ofmachine + share + "/password={()}]\n" + ofmachine + share + "/" + root;
+    return text + more;
   }
 
  private:
@@ -191,10 +187,7 @@ class TreeTest : public ::testing::Test {
     return command;
   }
   // Brings a node's contents up to date as a call would.
-  void Update(ZnSMBNFSNode* node) {
-    auto command = CommandAt(node);
-    filesystem.BUpdateNodeContents(command.get());
-  }
+  void Update(ZnSMBNFSNode* node) { filesystem.BUpdateNodeContents(CommandAt(node).get()); }
   ZnSMBNFSNode* Child(ZnSMBNFSNode* node, const ZnUniString& name) {
     auto* child = node->children.Find(name);
     return child ? child->node : nullptr;
