@@ -16,10 +16,10 @@ CLEAR = SMB_PASSWORD.upper().encode()
 
 
 class Relay:
-    """Between the daemon and a server: packets go through `request` and `reply`, and `logons` keeps session setups."""
+    """Between the daemon and a server: replies go through `reply`, and `logons` keeps session setups."""
 
-    def __init__(self, port, request=bytes, reply=bytes):
-        self.request, self.reply, self.logons, self.server = request, reply, [], port
+    def __init__(self, port, reply=bytes):
+        self.reply, self.logons, self.server = reply, [], port
         self.listener = socket.create_server(("127.0.0.1", 0))
         self.port = self.listener.getsockname()[1]
         threading.Thread(target=self.accept, daemon=True).start()
@@ -35,7 +35,7 @@ class Relay:
     def sent(self, packet):
         if packet[8:9] == SESSION_SETUP:
             self.logons.append(packet)
-        return self.request(packet)
+        return packet
 
     @staticmethod
     def pump(source, target, change):
@@ -53,16 +53,6 @@ def asks_for_clear_text(packet):
     return packet[:at] + bytes([packet[at] & ~2]) + packet[at + 1:] if packet[8:9] == NEGOTIATE else packet
 
 
-def offers_an_old_dialect(packet):
-    """The middle one of the offered dialects, which the server doesn't know, is replaced by one that is as good."""
-    if packet[8:9] != NEGOTIATE:
-        return packet
-    start = 4 + 32 + 3
-    dialects = packet[start:].replace(b"Windows for Workgroups 3.1a", b"LANMAN2.1")
-    payload = packet[4:start - 2] + len(dialects).to_bytes(2, "little") + dialects
-    return len(payload).to_bytes(4, "big") + payload
-
-
 def memory(pid):
     """What a process may write to, in pieces."""
     with open(f"/proc/{pid}/mem", "rb", buffering=0) as whole:
@@ -75,18 +65,15 @@ def memory(pid):
 
 
 @contextlib.contextmanager
-def relayed(settings="", options=None, **changes):
+def relayed(settings="", **changes):
     enter_private_network()
     relay = Relay(free_tcp_port(), **changes)
-    machine = {"port": relay.server, "options": options or {}}
-    with Gateway({"pc": machine}, f"[{{user}}/pc/port={{({relay.port})}}]\n{settings}") as gateway:
+    with Gateway({"pc": {"port": relay.server}}, f"[{{user}}/pc/port={{({relay.port})}}]\n{settings}") as gateway:
         yield gateway, relay
 
 
 WAYS = {  # the key that is to be named, settings that forbid and that allow it, and what makes it weak
     "clear text": ("cleartext", "", "[{user}/pc/cleartext={(1)}]", {"reply": asks_for_clear_text}),
-    "an old dialect": ("minauth", "", "[{user}/pc/minauth={(lm)}]",
-                       {"request": offers_an_old_dialect, "options": {"server max protocol": "LANMAN2"}}),
     "less than ntlmv2, which is unknown": ("minauth", "[{user}/pc/minauth={(ntlmv2)}]", "", {}),
 }
 

@@ -1,7 +1,7 @@
 """Names between NFS and the server: each comes back as it was given, and two different names are two different files."""
 
 import pytest
-from gateway import EAGER, Gateway, contents, wait_until
+from gateway import EAGER, contents, wait_until
 from nfs_raw import status
 
 GATEWAY = {
@@ -17,36 +17,25 @@ STORED = {
 }
 
 
-def test_names_on_the_disk(nfs, place):
-    directory, folder = place
-    for name in STORED:
-        nfs.put(directory, name, name.encode())
-    assert contents(folder) == {stored: name.encode() for name, stored in STORED.items()}
-    assert nfs.names(directory, 1024) == sorted(STORED)
-    assert nfs.lookup(directory, "pLAIN").file == nfs.lookup(directory, "plain").file
-    for name in STORED:
-        nfs.rename(directory, name, directory, "other")
-        nfs.rename(directory, "other", directory, name)
-        assert nfs.read(nfs.lookup(directory, name).file).data == name.encode()
-        nfs.remove(directory, name)
-        nfs.mkdir(directory, name)
-        nfs.rmdir(directory, name)
-    assert contents(folder) == {}
-
-
 def test_every_name_comes_back_as_it_was_given(nfs, place):
     """What Windows can't hold is escaped on the server, and what looks like an escape is the name of another file."""
     directory, folder = place
-    wanted = [f"{chr(code)}{code}" for code in range(1, 128) if chr(code) not in "/\\"]
-    wanted += ["end.", "end ", "end. ", " end", "...", "CON", "nul.txt", "Com7", "LPT1 .x", "con.x.y", "LOCK$"]
-    wanted += [";3F", ";;3F", "?", ";", ";;", "a;b", "a;;b", "a;3Bb", ";43ON", "y" * 251 + "~1.c"]
+    wanted = {*STORED, *(f"{chr(code)}{code}" for code in range(1, 128) if chr(code) not in "/\\"),
+              "end.", "end ", "end. ", " end", "...", "CON", "nul.txt", "Com7", "LPT1 .x", "con.x.y", "LOCK$",
+              ";3F", ";;3F", "?", ";;", "a;;b", "a;3Bb", ";43ON", "y" * 251 + "~1.c"}
     for name in wanted:
         nfs.put(directory, name, name.encode())
     nfs.mkdir(directory, "-)d")
-    assert nfs.names(directory) == sorted([*wanted, "-)d"])
+    assert nfs.names(directory, 1024) == sorted([*wanted, "-)d"])
+    assert contents(folder).items() >= {(stored, name.encode()) for name, stored in STORED.items()}
+    assert nfs.lookup(directory, "pLAIN").file == nfs.lookup(directory, "plain").file
     for name in wanted:
+        nfs.rename(directory, name, directory, "other")
+        nfs.rename(directory, "other", directory, name)
         assert nfs.read_all(nfs.lookup(directory, name).file) == name.encode()
         nfs.remove(directory, name)
+        nfs.mkdir(directory, name)
+        nfs.rmdir(directory, name)
     assert contents(folder) == {"-)d": None}
 
 
@@ -104,23 +93,6 @@ def test_names_that_an_8_bit_server_cannot_hold_are_refused(gateway, nfs):
         assert status_of_changes(nfs, share, name) == {13}, name
     assert contents(folder) == {"doc1": b"keep", "old": b"", "Grüße": b""}
     assert 'names are in IBM850, which has no "–" (2013)' in gateway.errors()
-
-
-def test_names_that_latin_1_cannot_hold_are_shown_as_escapes():
-    """Each in a way of its own, by which it is found again."""
-    with Gateway(settings=EAGER, client={"encoding": "iso-8859-1"}, rpc="ISO-8859-1") as gateway:
-        nfs, share, folder = gateway.nfs, gateway.share(), gateway.disk()
-        shown = {"日本": "#65E5#672C", "日.": "#65E5.", "日.日.txt": "#65E5.#65E5.txt", "😀": "#D83D#DE00", "é#1": "é#1",
-                 "#65E5": "##65E5"}
-        for name in shown:
-            (folder / name).write_text(name)
-        assert nfs.names(share) == sorted(shown.values())
-        for name, form in shown.items():
-            assert nfs.read_all(nfs.lookup(share, form).file).decode() == name
-        nfs.create(share, "new #672C")
-        nfs.rename(share, "#65E5.", share, "#65E5x")
-        nfs.remove(share, "##65E5")
-        assert {path.name for path in folder.iterdir()} == {*shown, "日x", "new 本"} - {"日.", "#65E5"}
 
 
 @pytest.mark.parametrize("place, found", [("EXACT", 2), ("SIMILAR", 0)])

@@ -1,9 +1,9 @@
 """The daemon's conversation with real servers, every packet recorded: an independent dissector must understand both sides."""
 
-import pytest
 from gateway import Gateway
 from smb_peer import PORT, Capture, enter_private_network
 
+DISSECTOR = f"tcp.port=={PORT},nbss"
 # A mode is told to the server only where an attribute stands for it.
 DIALECTS = {"run": "", "old": "[{user}/pc/oldsetattr={(1)}]\n[{user}/*/*/hidden={(1)}]"}
 # Requests that the run has to contain, else it proves nothing about them.
@@ -31,28 +31,14 @@ def everyday_work(nfs, share):
     nfs.rmdir(share, "sub")
 
 
-@pytest.fixture(scope="module")
-def captures(tmp_path_factory):
+def test_every_packet_is_understood_and_every_request_answered(tmp_path):
     enter_private_network()
-    made = []
+    seen = set()
     for name, settings in DIALECTS.items():
-        file = tmp_path_factory.mktemp(name) / "run"
-        with Capture(file, PORT) as capture, Gateway({"pc": {"port": PORT}}, settings) as gateway:
+        with Capture(tmp_path / name, PORT) as capture, Gateway({"pc": {"port": PORT}}, settings) as gateway:
             everyday_work(gateway.nfs, gateway.share())
-        made.append(capture)
-    return made
-
-
-def frames(captures, wanted, *fields):
-    return [row for capture in captures for row in capture.frames(f"tcp.port=={PORT},nbss", wanted, "frame.number", *fields)]
-
-
-def test_no_packet_is_malformed(captures):
-    assert frames(captures, "_ws.malformed", "_ws.col.Info") == []
-
-
-def test_every_request_is_answered_and_none_is_missing(captures):
-    requests = frames(captures, "smb.flags.response == 0", "smb.cmd", "smb.response_in")
-    assert [row for row in requests if not row[2]] == []
-    seen = {int(row[1].split(",")[0], 16) for row in requests}
+        assert capture.frames(DISSECTOR, "_ws.malformed", "frame.number", "_ws.col.Info") == []
+        requests = capture.frames(DISSECTOR, "smb.flags.response == 0", "frame.number", "smb.cmd", "smb.response_in")
+        assert [row for row in requests if not row[2]] == []
+        seen |= {int(row[1].split(",")[0], 16) for row in requests}
     assert {name for name, code in COMMANDS.items() if code not in seen} == set()

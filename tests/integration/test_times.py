@@ -107,17 +107,6 @@ def test_what_else_is_set_of_an_open_file_leaves_its_time(gateway):
         assert "atime" not in change or int(path.stat().st_atime) == LONG_AGO + 2
 
 
-def test_times_on_the_disk_are_shown_as_they_are(gateway):
-    for make in (pathlib.Path.touch, pathlib.Path.mkdir):
-        for when, shown in (((LONG_AGO, 123456789), (LONG_AGO, 123456)), ((LONG_AGO, 0), (LONG_AGO, 0)),
-                            ((100_000_001, 999999999), (100_000_001, 999999)), ((-86400, 500), (0, 0))):
-            path, file = aged_file(gateway, f"{make.__name__} {when}", make)
-            os.utime(path, ns=(when[0] * 10**9 + when[1],) * 2)
-            found = gateway.nfs.getattr(file)
-            if not (gateway.old and path.is_dir()):
-                assert (found.atime, found.mtime) == (shown, shown)
-
-
 def test_unflushed_writes_count_from_the_write():
     """On a server that dates writes as servers do by default: at a flush, else late, and once more at the close."""
     settings = SETTINGS % 0 + "[{user}/*/*/syncwrites={(0)}]\n[{user}/*/*/openfilettl={(4)}]\n"

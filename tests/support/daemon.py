@@ -62,15 +62,15 @@ class Daemon:
         new.rename(self.profile_file)
 
     def start(self):
-        before = set(self._logs())
+        before = set(self.logs.glob("cl[0-9]*.log"))
         # Its output goes to a file: a pipe would be kept open by the daemon.
         with open(self.logs / "output", "a") as output:
             code = subprocess.run([PROGRAM, self.profile_file, self.logs], stdin=subprocess.DEVNULL, stdout=output,
                                   stderr=output, env=self.environment, timeout=START_SECONDS).returncode
-        logs = [path for path in self._logs() if path not in before]
+        logs = set(self.logs.glob("cl[0-9]*.log")) - before
         if code != 0 or len(logs) != 1:
             raise RuntimeError(f"the daemon didn't start: code {code}\n{(self.logs / 'output').read_text()}")
-        self.log = logs[0]
+        self.log = logs.pop()
         self.pid = int(self.log.stem[2:])
 
     def stop(self, number=signal.SIGTERM):
@@ -78,9 +78,6 @@ class Daemon:
             os.kill(self.pid, number)
             if not wait_until(lambda: not self.alive(), STOP_SECONDS):
                 os.kill(self.pid, signal.SIGKILL)
-
-    def _logs(self):
-        return [path for path in self.logs.iterdir() if re.fullmatch(r"cl\d+\.log", path.name)]
 
     def client(self, **options):
         """Options are those of NfsClient."""

@@ -53,15 +53,12 @@ class Gateway:
     of the profile besides those that lead to the servers, as text lines; a line may hold {user}. environment: of the
     daemon, over this process's own.
 
-    rpc: the encoding of names on the NFS side.
-
     nfs: an NfsClient whose root is `root`. peers: name -> SmbPeer. daemon: the Daemon. errors(): what the user was told.
     """
 
-    def __init__(self, machines=None, settings="", environment=None, client=None, rpc="UTF-8"):
+    def __init__(self, machines=None, settings="", environment=None):
         self.machines, self.settings, self.environment = machines or {"pc": {}}, settings, environment
-        self.rpc, self.root = rpc, ROOT
-        self.client_options = {"uid": pwd.getpwnam(UNIX_USER).pw_uid, "timeout": 30, "encoding": "utf-8", **(client or {})}
+        self.uid, self.root = pwd.getpwnam(UNIX_USER).pw_uid, ROOT
 
     def __enter__(self):
         enter_private_network()
@@ -70,7 +67,7 @@ class Gateway:
             self.folder.chmod(0o755)
             home = self.folder / "home"
             home.mkdir()
-            os.chown(home, pwd.getpwnam(UNIX_USER).pw_uid, -1)
+            os.chown(home, self.uid, -1)
             self.error_file = home / "errors"
             self.peers = {}
             for machine, options in self.machines.items():
@@ -92,7 +89,7 @@ class Gateway:
 
     def profile(self):
         user = f"nfsserver/shares/smb/{UNIX_USER}"
-        lines = [f"[nfsserver/server/encoding/rpc={{({self.rpc})}}]", f"[{user}/logfile={{({self.error_file})}}]",
+        lines = [f"[nfsserver/server/encoding/rpc={{(UTF-8)}}]", f"[{user}/logfile={{({self.error_file})}}]",
                  f"[{user}/machinenames={{{''.join(f'({machine})' for machine in self.machines)}}}]"]
         for machine, peer in self.peers.items():
             lines += [f"[{user}/{machine}/{key}={{({value})}}]" for key, value in {
@@ -104,7 +101,7 @@ class Gateway:
 
     def client(self):
         """One more that calls as the user does."""
-        return self.daemon.client(**self.client_options)
+        return self.daemon.client(uid=self.uid, timeout=30, encoding="utf-8")
 
     def share(self, machine=None, share=None):
         """The handle of a share; the first machine's first one if none is named."""

@@ -127,9 +127,6 @@ class Reader:
             raise BadReply("padding isn't zero")
         return data
 
-    def name(self):
-        return self.opaque().decode(self.encoding)
-
     def choice(self, count):
         """A number below `count`."""
         if (value := self.u32()) >= count:
@@ -142,13 +139,13 @@ class Reader:
     def entries(self):
         entries = []
         while self.choice(2):
-            entries.append(Entry(self.u32(), self.name(), self.u32()))
+            entries.append(Entry(self.u32(), self.opaque().decode(self.encoding), self.u32()))
         return ReaddirRes(entries, bool(self.choice(2)))
 
     def result(self, shape):
         """All of a result: what its one letter stands for, a named tuple for several, None for none."""
-        parts = {"h": lambda: self.raw(32), "n": self.name, "d": self.opaque, "w": self.u32, "a": self.fattr,
-                 "e": self.entries}
+        parts = {"h": lambda: self.raw(32), "n": lambda: self.opaque().decode(self.encoding), "d": self.opaque, "w": self.u32,
+                 "a": self.fattr, "e": self.entries}
         values = [parts[letter]() for letter in shape]
         return self.end(RESULTS[shape](*values) if shape in RESULTS else next(iter(values), None))
 
@@ -174,15 +171,13 @@ class NfsClient:
         with contextlib.suppress(PermissionError):  # room for the replies to many calls at once takes a privilege
             self.socket.setsockopt(socket.SOL_SOCKET, SO_RCVBUFFORCE, 1 << 21)
         self.socket.connect(("127.0.0.1", port))
+        self.send = self.socket.send
 
     def __enter__(self):
         return self
 
     def __exit__(self, *_):
         self.socket.close()
-
-    def send(self, datagram):
-        self.socket.send(datagram)
 
     def receive(self, timeout=None):
         """The next datagram, or None when none comes in time."""
@@ -280,10 +275,10 @@ class NfsClient:
         return functools.reduce(lambda found, name: self.lookup(found.file, name), path.split("/"), DirOpRes(directory, None))
 
     def read_all(self, file, count=8192):
-        data = b""
+        data = bytearray()
         while piece := self.read(file, len(data), count).data:
             data += piece
-        return data
+        return bytes(data)
 
     def write_all(self, file, data, count=8192):
         for offset in range(0, len(data), count):

@@ -136,8 +136,14 @@ void ScriptedSmbPeer::Handle(uint8_t type, const std::string& body) {
   if (type != 0) return;
   ASSERT_GE(body.size(), 35U) << "the client has sent a cut message";
   const size_t words = size_t{2} * static_cast<uint8_t>(body[32]);
-  const Request request{static_cast<uint8_t>(body[4]), At16(body, 10), At16(body, 24), At16(body, 26), At16(body, 28),
-                        At16(body, 30), body.substr(33, words), body.substr(35 + words)};
+  const Request request{static_cast<uint8_t>(body[4]),
+                        At16(body, 10),
+                        At16(body, 24),
+                        At16(body, 26),
+                        At16(body, 28),
+                        At16(body, 30),
+                        body.substr(33, words),
+                        body.substr(35 + words)};
   EXPECT_EQ(request.data.size(), At16(body, 33 + words)) << "byte count of a request";
   requests.push_back(request);
   if (!script) return;

@@ -106,9 +106,8 @@ class SmbPeer:
 
     def environment(self):
         """What a test needs to know, on top of the environment of this process."""
-        user, password = next(iter(self.users.items()))
-        known = {"PORT": self.port, "NAME": NAME, "USER": user, "PASSWORD": password, "SHARE": next(iter(self.shares)),
-                 "ROOT": self.root()}
+        (user, password), share = next(iter(self.users.items())), next(iter(self.shares))
+        known = {"PORT": self.port, "NAME": NAME, "USER": user, "PASSWORD": password, "SHARE": share, "ROOT": self.root()}
         return {**os.environ, **{f"HALDEN_SMB_{key}": str(value) for key, value in known.items()}}
 
     # What happens to servers.
@@ -125,11 +124,9 @@ class SmbPeer:
 
     def hang_up(self):
         """Ends its connections; it takes new ones."""
-        ended = self.serving()
-        for pid in ended:
+        for pid in (ended := self.serving()):
             os.kill(pid, signal.SIGKILL)
-        if not wait_until(lambda: not set(ended) & set(self.serving()), READY_SECONDS):
-            raise PeerError("killed processes of smbd are still there")
+        assert wait_until(lambda: not set(ended) & set(self.serving()), READY_SECONDS)
 
     def kill(self):
         self.signal(signal.SIGKILL)
@@ -179,19 +176,15 @@ class SmbPeer:
         (self.folder / "passwd").write_text(Path("/etc/passwd").read_text() + lines)
         (self.folder / "group").write_text(Path("/etc/group").read_text())
         for user, password in self.users.items():
-            self._run(["smbpasswd", "-c", self.folder / "smb.conf", "-L", "-s", "-a", user],
-                      f"{password}\n{password}\n")
+            done = subprocess.run(["smbpasswd", "-c", self.folder / "smb.conf", "-L", "-s", "-a", user], text=True,
+                                  input=f"{password}\n" * 2, capture_output=True, env=self._environment_of_samba())
+            if done.returncode != 0 or "cannot be preloaded" in done.stderr:
+                raise PeerError(f"smbpasswd failed: {done.stdout}{done.stderr} (it needs libnss-wrapper, as ./dev setup installs)")
 
     def _environment_of_samba(self):
         wrapped = {"LD_PRELOAD": "libnss_wrapper.so", "NSS_WRAPPER_PASSWD": str(self.folder / "passwd"),
                    "NSS_WRAPPER_GROUP": str(self.folder / "group")}
         return {**os.environ, **wrapped, **({"TZ": self.tz} if self.tz else {})}
-
-    def _run(self, command, text):
-        done = subprocess.run(command, input=text, text=True, capture_output=True, env=self._environment_of_samba())
-        if done.returncode != 0 or "cannot be preloaded" in done.stderr:
-            raise PeerError(f"{command[0]} failed: {done.stdout}{done.stderr}"
-                            " (it needs libnss-wrapper too: ./dev setup installs it)")
 
     def _start(self, name, ready, *extra):
         """In a session of its own, for on its end smbd kills its whole process group."""
