@@ -83,6 +83,15 @@ def test_a_wildcard_brings_machines_on_look_up(nfs):
     assert nfs.names(eve) == sorted([*MACHINES, "laptop", "grün", "x" * 255])
 
 
+def test_empty_names_and_dots_lead_nowhere_new(nfs):
+    eve = nfs.lookup(ROOT, "eve").file
+    expected = {"": (2, 2, 2, 2), ".": (0, 13, 13, 13), "..": (0, 13, 13, 13)}
+    assert {name: tuple(status(call, eve, name, *more) for call, *more in [
+        (nfs.lookup,), (nfs.remove,), (nfs.rmdir,), (nfs.rename, eve, "new")]) for name in expected} == expected
+    assert [nfs.lookup(eve, name).file for name in (".", "..")] == [eve, ROOT]
+    assert nfs.names(eve) == nfs.names(nfs.lookup(ROOT, "ann").file)
+
+
 def test_handles_of_what_has_gone_are_stale(nfs):
     eve = nfs.lookup(ROOT, "eve").file
     machine, configured = (nfs.lookup(eve, name).file for name in ("gone", "pc2"))
