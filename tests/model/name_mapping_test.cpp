@@ -76,7 +76,7 @@ TEST(NameMapping, NoTwoNamesBecomeOne) {
       auto [owner, isnew] = owners.emplace(share, name);
       ASSERT_TRUE(isnew || owner->second == name) << share << " is " << owner->second << " and " << name;
     };
-    for (size_t number = 1; number < 14 * 14 * 14 * 14; number++) {
+    for (size_t number = 1; number < size_t{14} * 14 * 14 * 14; number++) {
       std::string name;
       for (size_t rest = number; rest > 0; rest /= 14) name += kUnits[rest % 14];
       check(name);

@@ -158,7 +158,8 @@ TEST_F(Directory, ALargeDirectoryGoesInSlicesAndMayBePrunedMeanwhile) {
     EXPECT_LE(milliseconds([&] { command = BeginList(node, entries); }), 20);
     EXPECT_EQ(handler.steps, 0) << "it goes on in the next turn";
     meanwhile();
-    for (bool more = true; more;) EXPECT_LE(milliseconds([&] { more = turns.Next(); }), 20);
+    bool more = true;
+    while (more) EXPECT_LE(milliseconds([&] { more = turns.Next(); }), 20);
     EXPECT_EQ(handler.steps, 1);
     return command->error;
   };
