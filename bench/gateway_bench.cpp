@@ -262,7 +262,7 @@ class SmbSide {
     Check(client_.TreeConnect(&tree_, "", nullptr));
     file_ = ZnSMBCFileObject(tree_, "\\data of the client");
     file_.access = ZnSMBClientValues::AccessReadWrite;
-    Check(client_.OpenFile(&file_, ZnSMBClientValues::DenyNone, false, false, nullptr));
+    Check(client_.OpenFile(&file_, ZnSMBClientValues::DenyNone, false, ZnSMBClientValues::OFOpen, nullptr));
   }
 
   void Run(unsigned count, Request request) {

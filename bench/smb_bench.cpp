@@ -151,7 +151,7 @@ class Bench {
     Check(client_.TreeConnect(&tree_, "", nullptr));
     file_ = ZnSMBCFileObject(tree_, "\\bench");
     file_.access = Values::AccessReadWrite;
-    Check(client_.OpenFile(&file_, Values::DenyNone, true, false, nullptr));
+    Check(client_.OpenFile(&file_, Values::DenyNone, true, Values::OFOpen, nullptr));
   }
 
   // What the client sends during `work`.
