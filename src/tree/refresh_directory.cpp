@@ -68,6 +68,8 @@ bool TakeName(Listed& listed, const ZnSMBNFSShareConfig& config) {
 ZnSMBNFSChild* TakePlace(Listed& listed, ZnSMBNFSNode& directory, const ZnSMBNFSShareConfig& config) {
   ZnUniString& name = listed.file.path;
   const auto isIt = [&listed](const ZnSMBNFSChild* child) { return child && child->node->stored == listed.stored; };
+  ZnSMBNFSChild* usual = directory.children.Find(name);
+  if (isIt(usual) || (!usual && listed.stored.IsEmpty())) return usual;
   const ZnUniString given = listed.stored.IsEmpty() ? InternalToWindowsName(name, config) : listed.stored;
   const ZnUniString more(std::u16string(2, static_cast<char16_t>(config.hashchar)));
   while (true) {
