@@ -135,7 +135,12 @@ void ZnSMBNFSSession::HandleCommand(Command& command) {
   if (flushing_) command.sessionstatus = E::SSTError;
   const Row* row = FindRow(command.sessioncommand, command.sessionstatus);
   if (!row) return;
-  if (row->needsnode && !command.node) return Fail();
+  if (row->needsnode && !command.node) {
+    // Whatever was moved out of a rename's way mustn't be lost from sight.
+    command.refusal = 0;  // the last step, at least, was done
+    const ZnUniString aside = WhereItIs(command);
+    return aside.IsEmpty() ? Fail() : SendError("What was to be renamed has gone." + aside, ZnNFSEnum::NFSERR_STALE);
+  }
   command.sessionstatus = row->next;
   (this->*row->action)(command);
 }

@@ -196,6 +196,22 @@ TEST_F(Conversation, RemovalsAndRenamesFindAWay) {
   }
 }
 
+TEST_F(Conversation, ARenameThatIsCutSaysWhereItLeftWhatWasInTheWay) {
+  ZnSMBNFSNode *node = Node("f"), *target = Node("new");
+  share.children.Insert(target->name, {target, target->id});
+  int renames = 0;
+  Replace(kRename, [&](const auto& request) {
+    if (renames++ == 0) return Messages{smb_script::Refusal(request, 1, 183)};
+    Prune(node);
+    return Messages{smb_script::Reply(request)};
+  });
+  Ask(node, {E::SCRequestRename}, [&](auto& command) { command.node2 = &share; });
+  Wait();
+  EXPECT_EQ(renames, 2);
+  EXPECT_THAT(ended, ElementsAre(70));
+  EXPECT_THAT(told->lines, testing::Contains(HasSubstr("may now be S\\~h")));
+}
+
 // ---- a server that goes away ----------------------------------------------------------------------------------------
 
 // The server hangs up when it sees the first request after a pause: what can't do harm twice is sent once more.
