@@ -1,6 +1,7 @@
 #pragma once
 // Contract (the public part). The daemon's only loop: signals, one timer, or the descriptors that are ready, turn by
-// turn.
+// turn. What several callers of one turn add up to (requests of one connection, replies of one socket) is done once at
+// its end.
 
 #include "runtime/callback.h"
 #include "runtime/clock.h"
@@ -30,5 +31,12 @@ class ZnEventLoopBase {
   virtual bool AddFileEvent(unsigned fd, bool read, bool write, ZnEventCallback* callback) = 0;
   // Stops watching the sides asked for. False when the descriptor isn't watched.
   virtual bool RemoveFileEvent(unsigned fd, bool read, bool write, ZnEventCallback* callback) = 0;
+  // One-shot: the callback sees Fired once, when all that was ready in this turn has been handled and before the loop
+  // sleeps again; from outside the loop, before its first sleep. From a callback of a turn's end it is for this end
+  // or that of another turn, which doesn't sleep. Registering twice is as good as once. Costs a look through what is
+  // registered, which are a few at most. Not owned.
+  virtual void AtTurnEnd(ZnEventCallback* callback) = 0;
+  // Withdraws it, so that its owner may die; the callback isn't told. No effect when it isn't registered.
+  virtual void CancelTurnEnd(ZnEventCallback* callback) = 0;
   virtual bool ShouldContinue() = 0;
 };

@@ -32,7 +32,11 @@ int ZnEventLoop::EnterEventLoop() {
   const int outer_code = exit_code_;
   depth_++;
   running_ = true;
-  while (ShouldContinue()) Turn();
+  EndTurn();  // what was left to do before this run
+  while (ShouldContinue()) {
+    Turn();
+    EndTurn();
+  }
   const int code = exit_code_;
   if (--depth_ == 0) {
     ZnTurnTime::Release();
@@ -51,19 +55,20 @@ int ZnEventLoop::ExitEventLoop(int code) {
 
 void ZnEventLoop::Turn() {
   if (process_->ProcessSignals()) return;  // one of them may have asked to stop
-  const int64_t due = TimeUntilFirstTimer();
-  const int timeout = static_cast<int>(std::min<int64_t>(due, std::numeric_limits<int>::max()));
+  const int64_t due = TimeUntilFirstTimer(ZnSteadyClock::Read());
+  const int longest = static_cast<int>(std::min<int64_t>(due, std::numeric_limits<int>::max()));
+  const int timeout = turn_end_.empty() ? longest : 0;
   const int ready = Wait(timeout);
   const int error = errno;
   ZnTurnTime::Renew();
-  if (ready > 0) return WalkPollList();
   if (ready < 0) return PollFailed(error);
-  if (timeout == due) FireFirstTimer();  // else a part of a wait that poll can't take in one
+  if (ready > 0) WalkPollList();
+  FireDueTimer();  // whatever was ready: descriptors that always are keep no timer waiting for more than one walk
 }
 
-int64_t ZnEventLoop::TimeUntilFirstTimer() const {
+int64_t ZnEventLoop::TimeUntilFirstTimer(ZnMoment now) const {
   if (timeouts_.empty()) return -1;
-  const auto wait = std::chrono::floor<std::chrono::milliseconds>(timeouts_.begin()->first - ZnSteadyClock::Read());
+  const auto wait = std::chrono::floor<std::chrono::milliseconds>(timeouts_.begin()->first - now);
   return std::max<int64_t>(0, wait.count());
 }
 
@@ -85,8 +90,8 @@ void ZnEventLoop::PollFailed(int error) {
   ExitEventLoop(kPollFailedCode);
 }
 
-void ZnEventLoop::FireFirstTimer() {
-  if (timeouts_.empty()) return;
+void ZnEventLoop::FireDueTimer() {
+  if (TimeUntilFirstTimer(ZnSteadyClock::now()) != 0) return;
   ZnEventCallback* const callback = timeouts_.begin()->second;
   timeouts_.erase(timeouts_.begin());
   callback->Dispatch(ZnEvent::Fired);
@@ -118,6 +123,22 @@ void ZnEventLoop::DropBadDescriptor(const pollfd& entry) {
   if (entry.events & POLLIN) fprintf(stderr, kMessage, kLoopName, static_cast<int>(getpid()), "read", entry.fd);
   RemoveFileEvent(static_cast<unsigned>(entry.fd), true, true, nullptr);
 }
+
+// A nested run may take callbacks from the list, and one may withdraw others or come back to the end of it: only as
+// many are run as there were, the rest has the next turn.
+void ZnEventLoop::EndTurn() {
+  for (size_t left = turn_end_.size(); left > 0 && !turn_end_.empty(); left--) {
+    ZnEventCallback* const callback = turn_end_.front();
+    turn_end_.pop_front();
+    callback->Dispatch(ZnEvent::Fired);
+  }
+}
+
+void ZnEventLoop::AtTurnEnd(ZnEventCallback* callback) {
+  if (std::find(turn_end_.begin(), turn_end_.end(), callback) == turn_end_.end()) turn_end_.push_back(callback);
+}
+
+void ZnEventLoop::CancelTurnEnd(ZnEventCallback* callback) { std::erase(turn_end_, callback); }
 
 bool ZnEventLoop::AddTimeoutEvent(ZnMoment when, ZnEventCallback* callback) {
   timeouts_.emplace(when, callback);

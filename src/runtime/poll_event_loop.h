@@ -9,6 +9,7 @@
 
 #include <poll.h>
 
+#include <deque>
 #include <map>
 #include <unordered_map>
 #include <vector>
@@ -28,6 +29,8 @@ class ZnEventLoop : public ZnEventLoopBase {
   bool RemoveTimeoutEvent(ZnMoment when, ZnEventCallback* callback) override;
   bool AddFileEvent(unsigned fd, bool read, bool write, ZnEventCallback* callback) override;
   bool RemoveFileEvent(unsigned fd, bool read, bool write, ZnEventCallback* callback) override;
+  void AtTurnEnd(ZnEventCallback* callback) override;
+  void CancelTurnEnd(ZnEventCallback* callback) override;
   bool ShouldContinue() override { return running_; }
 
  protected:
@@ -42,11 +45,12 @@ class ZnEventLoop : public ZnEventLoopBase {
   };
 
   void Turn();
-  // Milliseconds until the first timer is due, 0 if it is overdue, -1 without timers.
-  int64_t TimeUntilFirstTimer() const;
+  // Milliseconds from `now` until the first timer is due, 0 if it is overdue, -1 without timers.
+  int64_t TimeUntilFirstTimer(ZnMoment now) const;
   int Wait(int timeout);
-  void FireFirstTimer();
+  void FireDueTimer();
   void WalkPollList();
+  void EndTurn();
   void PollFailed(int error);
   void DropBadDescriptor(const pollfd& entry);
   // The entry of a descriptor, or the list's end. A scan: it costs a small part of what poll itself does with the list.
@@ -57,6 +61,7 @@ class ZnEventLoop : public ZnEventLoopBase {
   int exit_code_ = 0;
   int depth_ = 0;  // runs that are on the stack
   std::multimap<ZnMoment, ZnEventCallback*> timeouts_;
+  std::deque<ZnEventCallback*> turn_end_;  // in the order in which they run
   std::vector<pollfd> poll_list_;
   std::unordered_map<int, ZnEventFile> files_;  // exactly the descriptors of poll_list_
 };

@@ -45,7 +45,7 @@ class ScriptedLoop : public ZnEventLoop {
   std::vector<int> timeouts;  // what each poll was given
 
   ScriptedLoop& TimesOut() {
-    return Then([](auto&) { return 0; });
+    return Then([this](auto&) { return fake_now += std::chrono::milliseconds(timeouts.back()), 0; });
   }
   ScriptedLoop& Reports(const std::vector<std::pair<int, short>>& events) {
     return Then([events](std::vector<pollfd>& list) {
@@ -118,7 +118,7 @@ TEST_F(EventLoop, TimeOutIsTheWaitForTheFirstTimer) {
   EXPECT_THAT(seen, ElementsAre());
 }
 
-TEST_F(EventLoop, DueTimersFireOneATurnAndWaitWhileDescriptorsAreReady) {
+TEST_F(EventLoop, DueTimersFireOneATurnBehindTheReadyDescriptors) {
   Callback late = Note("late"), ready = Note("ready"), removed = Note("removed");
   Callback early([&](auto) {
     seen.emplace_back("early");
@@ -130,9 +130,53 @@ TEST_F(EventLoop, DueTimersFireOneATurnAndWaitWhileDescriptorsAreReady) {
   EXPECT_FALSE(loop.RemoveTimeoutEvent(At(10), &late));
   EXPECT_TRUE(loop.RemoveTimeoutEvent(At(10), &removed));
   loop.AddFileEvent(7, true, false, &ready);
-  loop.Reports({{7, POLLIN}}).Reports({{7, POLLIN}}).TimesOut().Reports({{7, POLLIN}}).TimesOut().TimesOut().TimesOut();
+  loop.AddTimeoutEvent(At(2000), &late);
+  loop.Reports({{7, POLLIN}}).Reports({{7, POLLIN}}).TimesOut().Reports({{7, POLLIN}}).TimesOut();
   loop.EnterEventLoop();
-  EXPECT_THAT(seen, ElementsAre("removed", "ready", "ready", "early", "ready", "late", "late"));
+  EXPECT_THAT(seen, ElementsAre("removed", "ready", "early", "ready", "late", "late", "ready", "late"));
+  EXPECT_THAT(loop.timeouts, ElementsAre(0, 0, 0, 999500, 999500, -1));
+}
+
+TEST_F(EventLoop, ATurnsEndComesOnceBehindItsEventsAndBeforeTheLoopSleeps) {
+  Callback due = Note("due"), first = Note("first"), withdrawn = Note("withdrawn");
+  Callback last([&](auto) {
+    seen.emplace_back("last");
+    loop.AtTurnEnd(&first);
+  });
+  Callback again([&](auto) {
+    seen.emplace_back("again");
+    loop.CancelTurnEnd(&withdrawn);
+    loop.AtTurnEnd(&last);
+  });
+  Callback ready([&](auto) {
+    seen.emplace_back("ready");
+    for (ZnEventCallback* callback : {&again, &withdrawn, &again}) loop.AtTurnEnd(callback);
+  });
+  loop.AtTurnEnd(&first);
+  loop.AddTimeoutEvent(At(1001), &due);
+  loop.AddFileEvent(5, true, false, &ready);
+  loop.AddFileEvent(6, true, false, &ready);
+  const auto sleeps = [&](auto&) { return seen.emplace_back("poll"), 0; };
+  loop.Then(sleeps).Reports({{5, POLLIN}, {6, POLLIN}}).Then(sleeps).TimesOut().EnterEventLoop();
+  EXPECT_THAT(seen, ElementsAre("first", "poll", "ready", "ready", "again", "last", "poll", "first", "due"));
+  EXPECT_THAT(loop.timeouts, ElementsAre(500, 500, 0, 500, -1));
+}
+
+// The end of the outer turn isn't lost in a nested run, nor run twice; a run that is told to end has its turn's end.
+TEST_F(EventLoop, ATurnsEndComesInANestedRunToo) {
+  Callback leave([&](auto) { loop.ExitEventLoop(1); });
+  Callback end([&](auto) { seen.emplace_back("end"); });
+  Callback nested([&](auto) {
+    loop.EnterEventLoop();
+    seen.emplace_back("back");
+    loop.ExitEventLoop(2);
+    loop.AtTurnEnd(&end);
+  });
+  loop.AddFileEvent(6, true, false, &leave);
+  loop.AtTurnEnd(&nested);
+  loop.AtTurnEnd(&end);
+  EXPECT_EQ(loop.Reports({{6, POLLIN}}).EnterEventLoop(), 2);
+  EXPECT_THAT(seen, ElementsAre("end", "back", "end"));
 }
 
 TEST_F(EventLoop, CallbackRemovesWhatIsAboutToBeCalled) {

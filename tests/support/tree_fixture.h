@@ -126,6 +126,8 @@ class Turns : public ZnEventLoopBase {
   bool RemoveTimeoutEvent(ZnMoment, ZnEventCallback* callback) override { return std::erase(due, callback) > 0; }
   bool AddFileEvent(unsigned, bool, bool, ZnEventCallback*) override { return false; }
   bool RemoveFileEvent(unsigned, bool, bool, ZnEventCallback*) override { return false; }
+  void AtTurnEnd(ZnEventCallback* callback) override { due.push_back(callback); }
+  void CancelTurnEnd(ZnEventCallback* callback) override { std::erase(due, callback); }
   bool ShouldContinue() override { return false; }
 
   // False when nothing is left.
