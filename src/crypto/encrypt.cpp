@@ -1,91 +1,94 @@
 #include "crypto/encrypt.h"
 
-#include "crypto/des.h"
-#include "crypto/message_digest.h"
-#include "runtime/random.h"
+#include <nettle/arcfour.h>
+#include <nettle/des.h>
+
+#include <algorithm>
+
+#include "crypto/digest.h"
+#include "crypto/wipe.h"
 
 namespace {
 
-constexpr size_t kPasswordSize = 14;  // of LAN manager
-constexpr size_t kHashSize = 16;
+constexpr size_t kBlock = DES_BLOCK_SIZE;
+constexpr size_t kKeyBytes = 7;
 
-// `length` bytes: cut, or filled up with zeros.
-ZnByteBuffer Fit(const ZnByteBuffer& bytes, size_t length) {
-  ZnByteBuffer fitted(bytes.Data(), bytes.Length() < length ? bytes.Length() : length);
-  fitted.SetLength(length);
-  return fitted;
+// What the definition of the LAN manager hash encrypts.
+constexpr char kLanManagerText[] = "KGS!@#$%";
+
+// `Size` bytes of a buffer from `start` on; those that it hasn't got are zero.
+template <size_t Size>
+struct Part {
+  Part(const ZnByteBuffer& buffer, size_t start) {
+    if (start >= buffer.Length()) return;
+    std::copy_n(buffer.Data() + start, std::min(Size, buffer.Length() - start), bytes);
+  }
+  Part(const Part&) = delete;
+  Part& operator=(const Part&) = delete;
+  ~Part() { ZnWipe(bytes); }
+  uint8_t bytes[Size] = {};
+};
+
+// Each of the key's bytes has 7 of its 56 bits, above a bit of parity, which nobody looks at.
+void SetKey(des_ctx& context, const Part<kKeyBytes>& key) {
+  uint8_t spread[DES_KEY_SIZE];
+  for (size_t i = 0; i < DES_KEY_SIZE; i++) {
+    const unsigned before = i > 0 ? key.bytes[i - 1] : 0U, here = i < kKeyBytes ? key.bytes[i] : 0U;
+    spread[i] = static_cast<uint8_t>((before << 8 | here) >> i & 0xFE);
+  }
+  des_set_key(&context, spread);  // says whether the key is a weak one; passwords may make such
+  ZnWipe(spread);
 }
 
-// Takes as long for a near miss as for a far one.
-bool Equal(const ZnByteBuffer& a, const ZnByteBuffer& b) {
-  if (a.Length() != b.Length()) return false;
-  unsigned difference = 0;
-  for (size_t i = 0; i < a.Length(); i++) difference |= a[i] ^ b[i];
-  return difference == 0;
+// `direction` encrypts or decrypts.
+void AppendDes(decltype(des_encrypt)* direction, const Part<kBlock>& block, const Part<kKeyBytes>& key,
+               ZnByteBuffer& secret) {
+  uint8_t result[kBlock];
+  ZnWiped<des_ctx> context;
+  SetKey(context, key);
+  direction(&context, kBlock, result, block.bytes);
+  secret.MarkSecret();
+  secret.Append(result, kBlock);
+  ZnWipe(result);
 }
 
 }  // namespace
 
-ZnByteBuffer ZnEncrypt::Set_C8key() { return ZnRandom::RndBuffer(8); }
-
-ZnByteBuffer ZnEncrypt::MSHash(const ZnByteBuffer& text, bool) {
-  ZnByteBuffer password = Fit(text, kPasswordSize);
-  ZnByteBuffer hash = ZnDES::hashfn(password);
-  password.Wipe();
+ZnByteBuffer ZnEncrypt::MSHash(const ZnByteBuffer& text) {
+  const ZnByteBuffer fixed(kLanManagerText, kBlock);
+  ZnByteBuffer hash;
+  for (size_t half = 0; half < 2; half++) AppendDes(des_encrypt, {fixed, 0}, {text, half * kKeyBytes}, hash);
   return hash;
 }
 
-ZnByteBuffer ZnEncrypt::UNIHash(const ZnByteBuffer& text) { return MD4_Encode(text); }
+ZnByteBuffer ZnEncrypt::UNIHash(const ZnByteBuffer& text) { return ZnSecretOf(ZnMd4({ZnBytesOf(text)})); }
 
-void ZnEncrypt::Password_Hash(const ZnByteBuffer& text, ZnByteBuffer& lmhash, ZnByteBuffer& nthash) {
-  lmhash = MSHash(text, true);
-  nthash = UNIHash(text);
-}
-
-void ZnEncrypt::Encrypt_hash(const ZnByteBuffer& hash, const ZnByteBuffer& challenge, ZnByteBuffer& response) {
-  ZnByteBuffer keys = Fit(hash, 21);  // three DES keys
-  ZnDES::enc_password(keys, challenge, response);
-  keys.Wipe();
-}
-
-bool ZnEncrypt::CheckNTLMPassword(const ZnByteBuffer& hash, const ZnByteBuffer& response,
-                                  const ZnByteBuffer& challenge) {
-  ZnByteBuffer expected;
-  Encrypt_hash(hash, challenge, expected);
-  return Equal(expected, response);
-}
-
-bool ZnEncrypt::compare_pwd(const ZnByteBuffer& lmhash, const ZnByteBuffer& nthash, const ZnByteBuffer& response,
-                            const ZnByteBuffer& challenge) {
-  return CheckNTLMPassword(lmhash, response, challenge) || CheckNTLMPassword(nthash, response, challenge);
-}
-
-bool ZnEncrypt::compare_pwd_low(const ZnByteBuffer& stored, const ZnByteBuffer&, const ZnByteBuffer& password) {
-  if (password.Length() >= kHashSize && Equal(password, stored)) return true;
-  ZnByteBuffer hash = MSHash(password, true);
-  bool same = Equal(hash, stored);
-  hash.Wipe();
-  return same;
+ZnByteBuffer ZnEncrypt::Encrypt_hash(const ZnByteBuffer& hash, const ZnByteBuffer& challenge) {
+  ZnByteBuffer response;
+  for (size_t third = 0; third < 3; third++) {
+    AppendDes(des_encrypt, {challenge, 0}, {hash, third * kKeyBytes}, response);
+  }
+  return response;
 }
 
 ZnByteBuffer ZnEncrypt::DES_Encrypt(const ZnByteBuffer& block, const ZnByteBuffer& key) {
-  return ZnDES::Encrypt_Word(block, key);
+  ZnByteBuffer result;
+  AppendDes(des_encrypt, {block, 0}, {key, 0}, result);
+  return result;
 }
 
 ZnByteBuffer ZnEncrypt::DES_Decrypt(const ZnByteBuffer& block, const ZnByteBuffer& key) {
-  return ZnDES::Decrypt_Word(block, key);
+  ZnByteBuffer result;
+  AppendDes(des_decrypt, {block, 0}, {key, 0}, result);
+  return result;
 }
 
-ZnByteBuffer ZnEncrypt::Triple_DES_Encrypt(const ZnByteBuffer& block, const ZnByteBuffer& k1, const ZnByteBuffer& k2,
-                                           const ZnByteBuffer& k3) {
-  return ZnDES::Triple_DES_Encrypt(block, k1, k2, k3);
+ZnByteBuffer ZnEncrypt::Arcfour(const ZnByteBuffer& bytes, const ZnByteBuffer& key) {
+  ZnWiped<arcfour_ctx> context;
+  arcfour_set_key(&context, key.Length(), key.Data());
+  ZnByteBuffer result;
+  result.SetLength(bytes.Length());
+  result.MarkSecret();
+  arcfour_crypt(&context, result.Length(), result.Writable(), bytes.Data());
+  return result;
 }
-
-ZnByteBuffer ZnEncrypt::Triple_DES_Decrypt(const ZnByteBuffer& block, const ZnByteBuffer& k1, const ZnByteBuffer& k2,
-                                           const ZnByteBuffer& k3) {
-  return ZnDES::Triple_DES_Decrypt(block, k1, k2, k3);
-}
-
-ZnByteBuffer ZnEncrypt::MD4_Encode(const ZnByteBuffer& buffer) { return ZnMessageDigest::MDEncode(buffer, 4); }
-
-ZnByteBuffer ZnEncrypt::MD5_Encode(const ZnByteBuffer& buffer) { return ZnMessageDigest::MDEncode(buffer, 5); }

@@ -10,10 +10,8 @@ namespace {
 
 ZnByteBuffer Text(const std::string& text) { return {text.data(), text.size()}; }
 
-const ZnByteBuffer kChallenge = Hex("0123456789abcdef");
-
-// Well-known answers for this challenge, those of MS-NLMP 4.2.2 among them: the password in upper case and as it is,
-// its LAN manager and NT hashes, and the responses by each.
+// Well-known answers, those of MS-NLMP 4.2.2 among them: the password in upper case and as it is, its LAN manager and
+// NT hashes, and the responses by each to one challenge.
 const std::array<const char*, 6> kPasswords[] = {
     {"PASSWORD", "Password", "e52cac67419a9a224a3b108f3fa6cb6d", "a4f49c406510bdcab6824ee7c30fd852",
      "98def7b87f88aa5dafe2df779688a172def11c7d5ccdef13", "67c43011f30298a2ad35ece64f16331c44bdbed927841f94"},
@@ -23,32 +21,38 @@ const std::array<const char*, 6> kPasswords[] = {
 
 TEST(Passwords, HashesAndResponses) {
   for (const auto& [upper, password, lm, nt, byLm, byNt] : kPasswords) {
-    ZnByteBuffer lmhash, nthash, unused;
-    ZnEncrypt::Password_Hash(Text(upper), lmhash, unused);
-    ZnEncrypt::Password_Hash(ZnUniString(password).AsEncoding(ZnCodeset::Utf16Lsb), unused, nthash);
+    const ZnByteBuffer lmhash = ZnEncrypt::MSHash(Text(upper));
+    const ZnByteBuffer nthash = ZnEncrypt::UNIHash(ZnUniString(password).AsEncoding(ZnCodeset::Utf16Lsb));
     EXPECT_EQ(ToHex(lmhash), lm);
     EXPECT_EQ(ToHex(nthash), nt);
     for (const auto& [hash, expected] : {std::pair(lmhash, byLm), {nthash, byNt}}) {
-      ZnByteBuffer response;
-      ZnEncrypt::Encrypt_hash(hash, kChallenge, response);
+      const ZnByteBuffer response = ZnEncrypt::Encrypt_hash(hash, Hex("0123456789abcdef"));
       EXPECT_EQ(ToHex(response), expected);
-      EXPECT_TRUE(ZnEncrypt::compare_pwd(lmhash, nthash, response, kChallenge));
-      EXPECT_FALSE(ZnEncrypt::compare_pwd(lmhash, nthash, response, Hex("0123456789abcdee")));
-      response.SetLength(23);
-      EXPECT_FALSE(ZnEncrypt::compare_pwd(lmhash, nthash, response, kChallenge));
+      EXPECT_TRUE(hash.IsSecret() && response.IsSecret());
     }
-    EXPECT_FALSE(ZnEncrypt::CheckNTLMPassword(nthash, Hex(byLm), kChallenge));
-    EXPECT_TRUE(ZnEncrypt::compare_pwd_low(lmhash, {}, Text(upper)));
-    EXPECT_FALSE(ZnEncrypt::compare_pwd_low(lmhash, {}, Text(password)));
   }
-  EXPECT_FALSE(ZnEncrypt::compare_pwd_low(Text("SHORT"), {}, Text("SHORT")));  // stored plain text never matches
 }
 
 TEST(Passwords, LanManagerTakesFourteenBytesAndFillsUpWithZeros) {
-  EXPECT_EQ(ToHex(ZnEncrypt::MSHash({}, true)), "aad3b435b51404eeaad3b435b51404ee");
-  std::string text = "ABCDEFGHIJKLMNOPQRST";
-  EXPECT_EQ(ZnEncrypt::MSHash(Text(text), true), ZnEncrypt::MSHash(Text(text.substr(0, 14)), false));
-  EXPECT_NE(ZnEncrypt::MSHash(Text(text), true), ZnEncrypt::MSHash(Text(text.substr(0, 13)), true));
+  EXPECT_EQ(ToHex(ZnEncrypt::MSHash({})), "aad3b435b51404eeaad3b435b51404ee");
+  const std::string text = "ABCDEFGHIJKLMNOPQRST";
+  EXPECT_EQ(ZnEncrypt::MSHash(Text(text)), ZnEncrypt::MSHash(Text(text.substr(0, 14))));
+  EXPECT_NE(ZnEncrypt::MSHash(Text(text)), ZnEncrypt::MSHash(Text(text.substr(0, 13))));
+}
+
+// The cipher is the library's; ours are the keys of 7 bytes. Keys, plain and cipher texts of NBS Special Publication
+// 500-20, the keys without their parity bits.
+TEST(Passwords, DesTakesKeysOfSevenBytes) {
+  const std::array<const char*, 3> known[] = {
+      {"7d404224a35bab", "01A1D6D039776742", "690f5b0d9a26939b"},
+      {"1cb1f8e13253f7", "305532286D6F295A", "63fac0d034d9f793"},
+  };
+  for (const auto& [key, plain, cipher] : known) {
+    EXPECT_EQ(ToHex(ZnEncrypt::DES_Encrypt(Hex(plain), Hex(key))), cipher) << key;
+    EXPECT_EQ(ZnEncrypt::DES_Decrypt(Hex(cipher), Hex(key)), Hex(plain)) << key;
+  }
+  EXPECT_EQ(ZnEncrypt::DES_Encrypt(Hex("aabb"), Hex("010203")),
+            ZnEncrypt::DES_Encrypt(Hex("aabb000000000000"), Hex("01020300000000")));
 }
 
 }  // namespace

@@ -25,22 +25,12 @@ ZnByteBuffer ClearText(const ZnUniString& secret) {
   return text;
 }
 
-// Answers the challenge with one of the two hashes of `text`.
-ZnByteBuffer Response(const ZnByteBuffer& text, const ZnPacket& challenge, bool nt) {
-  ZnByteBuffer lmhash, nthash, response;
-  ZnEncrypt::Password_Hash(text, lmhash, nthash);
-  ZnEncrypt::Encrypt_hash(nt ? nthash : lmhash, challenge, response);
-  lmhash.Wipe();
-  nthash.Wipe();
-  return response;
-}
-
 ZnByteBuffer NtResponse(const ZnUniString& secret, const ZnSMBServerInfo& server) {
-  return Response(secret.AsEncoding(ZnCodeset::Utf16Lsb), server.challenge, true);
+  return ZnEncrypt::Encrypt_hash(ZnEncrypt::UNIHash(secret.AsEncoding(ZnCodeset::Utf16Lsb)), server.challenge);
 }
 
 ZnByteBuffer LmResponse(const ZnUniString& secret, const ZnSMBServerInfo& server) {
-  return Response(secret.AsEncoding(ZnCodeset::Ascii), server.challenge, false);
+  return ZnEncrypt::Encrypt_hash(ZnEncrypt::MSHash(secret.AsEncoding(ZnCodeset::Ascii)), server.challenge);
 }
 
 }  // namespace
