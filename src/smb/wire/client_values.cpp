@@ -25,7 +25,7 @@ constexpr ZnEnumName kReason[] = {
     ROW(ErrBlocked),  ROW(ErrConnected),    ROW(ErrConnecting),    ROW(ErrNotConnected), ROW(ErrDisconnect),
     ROW(ErrTimedOut), ROW(ErrNotSupported), ROW(ErrInternal),      ROW(ErrBadValue),     ROW(ErrServer),
     ROW(ErrBadTID),   ROW(ErrBadFID),       ROW(ErrIPC),           ROW(ErrBadPrinter),   ROW(ErrBind),
-    ROW(ErrConnect),  ROW(ErrNegprot),      ROW(ErrClearPassword), ROW(ErrWeakLogon),
+    ROW(ErrConnect),  ROW(ErrNegprot),      ROW(ErrClearPassword), ROW(ErrWeakLogon),    ROW(ErrBadSignature),
 };
 
 constexpr ZnEnumName kState[] = {

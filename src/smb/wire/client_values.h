@@ -66,6 +66,7 @@ struct ZnSMBClientValues {
     ErrNegprot = 22,
     ErrClearPassword = 23,
     ErrWeakLogon = 24,
+    ErrBadSignature = 25,
   };
 
   // The operation that a client is in.

@@ -1,0 +1,82 @@
+#pragma once
+// One connection to one SMB server: the NetBIOS session beneath it, and the exchanges that are under way on it, by
+// multiplex id. It knows nothing of what the requests mean.
+//
+// At most as many exchanges are in flight as the server takes (MostInFlight); the rest wait, those of one caller in
+// order, the callers in turn. Whatever is ready in one turn of the loop goes out in one system call at its end.
+//
+// Each exchange has a deadline of its own: ReplyTimeout after it went out, or after the oldest one that was in flight
+// with it was answered, since lines may be slow and most servers answer in order. When that passes its owner hears
+// ErrTimedOut; a reply that still comes is read and discarded, and until then the exchange keeps its place among those
+// in flight, for the server is still at it. So a late reply costs one call, not the connection. These end it:
+//   ErrTimedOut      an exchange's time is over and nothing at all has come since it went out, or every place is taken
+//                    by exchanges whose time is over; or no answer to the NetBIOS session request
+//   ErrRead          a message that can't be read, or whose id or command was never asked for
+//   ErrBadSignature  a message that wasn't signed as agreed
+//   ErrWrite, ErrDisconnect  the socket broke; the server hung up
+//   ErrConnect       it didn't come about
+// The connection's owner is told first, then each exchange's: what they hear is the reason of the end.
+
+#include <chrono>
+
+#include "netbios/machine.h"
+#include "runtime/event_loop.h"
+#include "runtime/unix_error.h"
+#include "smb/client/exchange.h"
+
+class ZnSmbSigning;
+
+class ZnSmbConnection {
+ public:
+  using Reason = ZnSMBClientValues::Reason;
+
+  // May do anything in either call, deleting the connection included, but for running the event loop.
+  class Owner {
+   public:
+    Owner() = default;
+    Owner(const Owner&) = delete;
+    Owner& operator=(const Owner&) = delete;
+    virtual ~Owner() = default;
+    // The server has taken the NetBIOS session; requests may go out.
+    virtual void Connected() = 0;
+    // The connection has ended, or didn't come about, by itself; never from within a call of the owner's. It is closed
+    // already; Connect may be called. The exchanges' owners hear next, from the loop.
+    virtual void ConnectionLost(Reason reason) = 0;
+  };
+
+  static constexpr unsigned kMostInFlight = 50;
+
+  ZnSmbConnection(ZnEventLoopBase* loop, Owner* owner);  // neither owned
+  ZnSmbConnection(const ZnSmbConnection&) = delete;
+  ZnSmbConnection& operator=(const ZnSmbConnection&) = delete;
+  // Ends it likewise, but nobody hears anything any more.
+  ~ZnSmbConnection();
+
+  // Ends what goes on as Close does, and starts a connection from the NetBIOS name `own`, bound to its address, to
+  // `server` at its address and port; `patience` is how long the session request may take. MostInFlight is 1 again,
+  // nothing is signed. False: it couldn't start (Error() says why), and the owner hears nothing.
+  bool Connect(const ZnMachine& own, const ZnMachine& server, std::chrono::milliseconds patience);
+  // Ends it without a word to the server. Exchanges' owners hear ErrDisconnect from the loop, the owner hears nothing.
+  void Close();
+  // From Connected on until the end.
+  bool IsUp() const;
+  // Whether the server is known to have hung up (looked at before the first request after a rest). False when not up.
+  bool HasHungUp() const;
+  const ZnUnixError& Error() const;  // of the last Connect or the last end
+
+  void ReplyTimeout(std::chrono::milliseconds span);  // 10 s at first
+  void MostInFlight(unsigned count);                  // kept within 1 and kMostInFlight
+  // Signs what goes out from now on, and wants each reply to it signed. Sequence numbers begin at 2: those before
+  // belong to the logon that agreed on the key.
+  void SignWith(const ZnSmbSigning& signing);
+
+  // Queues a request; its owner hears Replied or NotReplied later, never from within. Also when the connection isn't
+  // up: ErrNotConnected, `unserved`.
+  ZnSmbExchangeId Send(ZnSmbRequest request, ZnSmbExchangeOwner* owner);
+  // The owner doesn't wait any longer and hears nothing more. What hasn't gone out yet is taken back; to what has, the
+  // reply is read and discarded. Nothing when the exchange is over.
+  void GiveUp(ZnSmbExchangeId id);
+
+  size_t InFlight() const;  // those given up included that the server hasn't answered
+  size_t Waiting() const;   // for their turn
+};
