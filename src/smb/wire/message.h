@@ -53,17 +53,17 @@ class ZnSMBCDecode {
 // A message to send: assembled in one buffer, each section written straight behind the other.
 class ZnSMBClientEncode : public ZnPacket {
  public:
-  // `words` and `data` are records of any section classes. An odd last byte of the words isn't counted, and the data's
-  // size goes into 16 bits: the caller keeps it below 65536 bytes.
+  // `words` and `data` are records of any section classes; `tail` bytes of the data section follow elsewhere. An odd
+  // last byte of the words isn't counted, and the data's size goes into 16 bits: the caller keeps it below 65536 bytes.
   template <class Words, class Data>
-  ZnSMBClientEncode(const ZnSMBCHeader& header, const Words& words, const Data& data) {
+  ZnSMBClientEncode(const ZnSMBCHeader& header, const Words& words, const Data& data, size_t tail = 0) {
     Reserve(kUsualSize);
     AppendSection(header);
     Append(uint8_t{0});
     size_t wordsSize = AppendSection(words);
     Append("\0", 2);
     size_t dataSize = AppendSection(data);
-    SetCounts(wordsSize, dataSize);
+    SetCounts(wordsSize, dataSize + tail);
   }
 
  private:
