@@ -31,6 +31,8 @@ struct ZnSMBNFSEnum {
   enum SessionStatus : int {
     SSTStart = 0,
     SSTError = 1,
+    SSTDone = 2,
+    SSTReady = 3,  // conversation and share stand: stands for the first state of the request's own
     SSTGetAddress = 10,
     SSTConnect = 11,
     SSTConnectTree = 13,
@@ -63,6 +65,7 @@ struct ZnSMBNFSEnum {
     SSTFlush = 50,
     SSTCloseWritten = 51,
     SSTGetSpace = 52,
+    SSTTurn = 53,  // waits for its turn at a file
   };
 
   // Restrictions on names that clients create; a mask.

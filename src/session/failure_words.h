@@ -4,7 +4,7 @@
 
 #include "model/enums.h"
 #include "rpc/nfs_enum.h"
-#include "smb/client/smb_client.h"
+#include "smb/client/call.h"
 
 namespace ZnFailureWords {
 
