@@ -77,16 +77,22 @@ void ZnRPCServer::ProcessRpcMessage() {
 
   ZnRPCMessageFromClient message;
   ZnXdrReader in(buffer, length);
-  if (!message.ReadHeader(in)) return;
+  if (!message.Read(in)) return;
   if (message.call_body.rpcversion != ZnRPCEnum::kRpcVersion) {
     return SendRpcMismatch(source, message.xid, ZnRPCEnum::kRpcVersion, ZnRPCEnum::kRpcVersion);
   }
-  HandleCall(message, in, source);
+  HandleRpcMessage(message, message.call_body.credentials, source);
 }
 
 void ZnRPCServer::SendRpcMessage(const ZnRPCMessageFromServer& message, const ZnInetAddr& to) {
   ZnXdrWriter out(reply_);
   message.Write(out);
+  SendReply(to);
+}
+
+void ZnRPCServer::SendSuccess(const ZnInetAddr& to, uint32_t xid, const ZnPacket& data) {
+  StartSuccess(xid);
+  reply_.Append(data);
   SendReply(to);
 }
 
@@ -122,11 +128,10 @@ void ZnRPCServer::SendAgain(const ZnInetAddr& to, const ZnPacket& reply) {
 }
 
 // The reply so far; the result follows. A message with no data in it is the front of one with data.
-ZnXdrWriter ZnRPCServer::StartSuccess(uint32_t xid) {
+void ZnRPCServer::StartSuccess(uint32_t xid) {
   reply_.Reserve(kUsualReply);
   ZnXdrWriter out(reply_);
   Accepted(xid, ZnRPCEnum::SUCCESS).Write(out);
-  return out;
 }
 
 void ZnRPCServer::SendReply(const ZnInetAddr& to) {

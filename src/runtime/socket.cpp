@@ -53,6 +53,19 @@ int FinishInterruptedConnect(int fd) {
   return getsockopt(fd, SOL_SOCKET, SO_ERROR, &code, &size) == 0 ? code : errno;
 }
 
+msghdr PartsOfMessage(std::span<const iovec> parts) {
+  msghdr message = {};
+  message.msg_iov = const_cast<iovec*>(parts.data());
+  message.msg_iovlen = parts.size();
+  return message;
+}
+
+size_t SizeOf(std::span<const iovec> parts) {
+  size_t size = 0;
+  for (const iovec& part : parts) size += part.iov_len;
+  return size;
+}
+
 }  // namespace
 
 const char* ZnSocketAddress::Path() const {
@@ -135,6 +148,26 @@ ZnFile::IoStatus ZnSocket::Write(const void* buffer, size_t size, size_t& moved)
     result = send(Fd(), buffer, size, MSG_NOSIGNAL);
   } while (result < 0 && errno == EINTR);
   return Transferred("send", result, size, moved);
+}
+
+ZnFile::IoStatus ZnSocket::WriteParts(std::span<const iovec> parts, size_t& moved) {
+  const msghdr message = PartsOfMessage(parts);
+  ssize_t result = 0;
+  do {
+    result = sendmsg(Fd(), &message, MSG_NOSIGNAL);
+  } while (result < 0 && errno == EINTR);
+  return Transferred("sendmsg", result, SizeOf(parts), moved);
+}
+
+ZnFile::IoStatus ZnSocket::ReadParts(std::span<const iovec> parts, size_t& moved) {
+  msghdr message = PartsOfMessage(parts);
+  ssize_t result = 0;
+  do {
+    result = recvmsg(Fd(), &message, 0);
+  } while (result < 0 && errno == EINTR);
+  const size_t size = SizeOf(parts);
+  const IoStatus status = Transferred("recvmsg", result, size, moved);
+  return result == 0 && size > 0 ? IoStatus::Closed : status;
 }
 
 ZnFile::IoStatus ZnSocket::MessageStatus(const char* call, ssize_t result, size_t size, size_t& length) {

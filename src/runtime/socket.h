@@ -3,7 +3,10 @@
 // (or a status) and remember the failed system call. Descriptors are closed on exec, and sends raise no SIGPIPE.
 
 #include <sys/socket.h>
+#include <sys/uio.h>
 #include <sys/un.h>
+
+#include <span>
 
 #include "runtime/file.h"
 #include "runtime/inet_addr.h"
@@ -49,6 +52,9 @@ class ZnSocket : public ZnFile {
   bool AcceptFrom(int fd);
 
   IoStatus Write(const void* buffer, size_t size, size_t& moved) override;
+  // One write of all the parts, in order, and one read that fills them so. As Write and Read; at most 1024 parts.
+  IoStatus WriteParts(std::span<const iovec> parts, size_t& moved);
+  IoStatus ReadParts(std::span<const iovec> parts, size_t& moved);
   // One datagram. Complete: it filled all `size` bytes (and may have been longer), `length` is left alone. Partial:
   // `length` bytes came. Closed: an empty datagram. Failed: nothing came; recorded unless the call would have blocked.
   IoStatus ReadMessage(void* buffer, size_t size, size_t& length, ZnInetAddr& from);

@@ -17,16 +17,22 @@
 //   ErrConnect       it didn't come about
 // The connection's owner is told first, then each exchange's: what they hear is the reason of the end.
 
+#include <array>
 #include <chrono>
+#include <deque>
+#include <list>
+#include <utility>
+#include <vector>
 
-#include "netbios/machine.h"
-#include "runtime/event_loop.h"
-#include "runtime/unix_error.h"
+#include "netbios/nbt_connection.h"
+#include "runtime/timer.h"
+#include "runtime/weak_ref.h"
 #include "smb/client/exchange.h"
+#include "smb/client/turns.h"
 
 class ZnSmbSigning;
 
-class ZnSmbConnection {
+class ZnSmbConnection : private ZnNbtConnection::Owner {
  public:
   using Reason = ZnSMBClientValues::Reason;
 
@@ -50,7 +56,7 @@ class ZnSmbConnection {
   ZnSmbConnection(const ZnSmbConnection&) = delete;
   ZnSmbConnection& operator=(const ZnSmbConnection&) = delete;
   // Ends it likewise, but nobody hears anything any more.
-  ~ZnSmbConnection();
+  ~ZnSmbConnection() override;
 
   // Ends what goes on as Close does, and starts a connection from the NetBIOS name `own`, bound to its address, to
   // `server` at its address and port; `patience` is how long the session request may take. MostInFlight is 1 again,
@@ -59,13 +65,13 @@ class ZnSmbConnection {
   // Ends it without a word to the server. Exchanges' owners hear ErrDisconnect from the loop, the owner hears nothing.
   void Close();
   // From Connected on until the end.
-  bool IsUp() const;
+  bool IsUp() const { return nbt_.IsEstablished(); }
   // Whether the server is known to have hung up (looked at before the first request after a rest). False when not up.
-  bool HasHungUp() const;
-  const ZnUnixError& Error() const;  // of the last Connect or the last end
+  bool HasHungUp() const { return nbt_.HasHungUp(); }
+  const ZnUnixError& Error() const { return nbt_.Error(); }  // of the last Connect or the last end
 
-  void ReplyTimeout(std::chrono::milliseconds span);  // 10 s at first
-  void MostInFlight(unsigned count);                  // kept within 1 and kMostInFlight
+  void ReplyTimeout(std::chrono::milliseconds span) { replyTimeout_ = span; }  // 10 s at first
+  void MostInFlight(unsigned count);                                           // kept within 1 and kMostInFlight
   // Signs what goes out from now on, and wants each reply to it signed. Sequence numbers begin at 2: those before
   // belong to the logon that agreed on the key.
   void SignWith(const ZnSmbSigning& signing);
@@ -77,6 +83,79 @@ class ZnSmbConnection {
   // reply is read and discarded. Nothing when the exchange is over.
   void GiveUp(ZnSmbExchangeId id);
 
-  size_t InFlight() const;  // those given up included that the server hasn't answered
-  size_t Waiting() const;   // for their turn
+  // Those given up included that the server hasn't answered.
+  size_t InFlight() const { return inFlight_.size() + overdue_.size(); }
+  size_t Waiting() const { return waiting_; }  // for their turn
+
+ private:
+  using Callback = ZnSimpleCallback<ZnEvent::cbdispatch, ZnSmbConnection>;
+
+  // What an owner waits for: its turn, the reply, or hearing that there won't be one.
+  struct Place;
+  using Places = std::list<Place>;
+  struct Exchange {
+    ZnSmbExchangeId id = 0;
+    ZnSmbExchangeOwner* owner = nullptr;
+    ZnSmbRequest request;    // until it goes out
+    Place* place = nullptr;  // in flight
+    bool waits = false;      // for its turn
+  };
+  // A place among those in flight. Its number and how often it was taken make the multiplex id, so that an id comes
+  // again only after a thousand others of its place.
+  struct Place {
+    uint16_t number = 0;
+    uint32_t taken = 0;            // times, on this connection
+    ZnSmbExchangeId exchange = 0;  // 0: given up
+    ZnSMBClientValues::Command command = ZnSMBClientValues::CmdNone;
+    uint32_t sequence = 0;  // of the signature; 0 without
+    uint64_t end = 0;       // of the request, in all that is sent
+    uint64_t heard = 0;     // how much had come when its time began
+    ZnMoment start;
+    Places* in = nullptr;
+  };
+
+  void SessionEstablished() override;
+  void MessageReceived(std::span<const uint8_t> message) override;
+  void SessionEnded(ZnNbtConnection::End end) override;
+
+  Exchange* Find(ZnSmbExchangeId id);
+  ZnSmbExchangeOwner* Forget(ZnSmbExchangeId id);
+  void Fail(ZnSmbExchangeId id, const ZnSmbNoReply& why);
+  void FailAll(Reason reason);
+  void End(Reason reason);
+
+  void TurnEnds(ZnEventCallback*, ZnEvent::cbdispatch);
+  bool TellFailures();
+  void Launch(Exchange& exchange);
+
+  static void Move(Places::iterator place, Places& to);
+  static uint16_t MidOf(const Place& place);
+  bool WasSent(uint16_t mid) const;
+  void Answer(Places::iterator place, const ZnSMBCDecode& reply);
+  void StartTime(Places::iterator place);
+  void Vacate(Places::iterator place);
+  void TimeIsOver(ZnEventCallback*, ZnEvent::cbdispatch);
+  void GiveUpOldest();
+
+  ZnEventLoopBase* loop_;
+  ZnSmbConnection::Owner* owner_;
+  ZnNbtConnection nbt_;
+  Callback turnEnds_{this, &ZnSmbConnection::TurnEnds};
+  Callback timeIsOver_{this, &ZnSmbConnection::TimeIsOver};
+  ZnTimer deadline_;
+  std::chrono::milliseconds replyTimeout_{10000};
+  unsigned most_ = 1;
+  unsigned conversation_ = 0;  // counts connections, to notice one that began inside a callback
+
+  std::vector<Exchange> exchanges_;
+  std::vector<uint32_t> unused_;  // of those
+  ZnSmbTurns turns_;              // whose exchange has gone is passed over
+  size_t waiting_ = 0;
+  std::deque<std::pair<ZnSmbExchangeId, ZnSmbNoReply>> failures_;  // to be told at the turn's end
+
+  Places free_, inFlight_, overdue_;  // the latter in the order in which their time began
+  std::array<Places::iterator, kMostInFlight> places_;
+  ZnMoment moved_;  // when the oldest in flight was answered last
+
+  ZnReferable alive_;
 };

@@ -38,5 +38,12 @@ struct ZnSMBCHeader : ZnSmbRecord<ZnSMBCHeader> {
            io.LowBits(extended_attributes, 1) && io.LowIgnored(11) && io.LowBits(read_if_execute, 1) &&
            io.LowBits(nt_status, 1) && io.LowBits(unicode, 1);
   }
+  // Changes the mid of a message that is packed already.
+  static void SetMid(ZnByteBuffer& message, uint16_t mid) {
+    constexpr size_t kMidOffset = 30;
+    uint8_t* const bytes = message.Writable() + kMidOffset;
+    bytes[0] = static_cast<uint8_t>(mid);
+    bytes[1] = static_cast<uint8_t>(mid >> 8);
+  }
   bool operator==(const ZnSMBCHeader&) const = default;
 };

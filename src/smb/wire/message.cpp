@@ -2,9 +2,14 @@
 
 bool ZnSMBCDecode::Read(const ZnByteBuffer& message) {
   message_ = message;
+  return Read(std::span(message_.Data(), message_.Length()));
+}
+
+bool ZnSMBCDecode::Read(std::span<const uint8_t> message) {
+  bytes_ = message;
   wordcount = 0;
   bytecount = 0;
-  ZnSmbReader in(message_);
+  ZnSmbReader in(bytes_.data(), bytes_.size());
   valid = in.Record(header) && in.U8(wordcount) && in.Reserved(WordsSize()) && in.U16le(bytecount) &&
           in.Reserved(bytecount);
   // Counts that don't hold must not reach whoever asks for the sections.
@@ -14,7 +19,7 @@ bool ZnSMBCDecode::Read(const ZnByteBuffer& message) {
 
 ZnSmbReader ZnSMBCDecode::Section(size_t start, size_t size) const {
   if (size == 0) return {nullptr, 0};
-  return {message_.Data() + start, size};
+  return {bytes_.data() + start, size};
 }
 
 ZnPacket ZnSMBCDecode::Pack() const {
