@@ -34,6 +34,7 @@ bool ZnSmbConnection::Connect(const ZnMachine& own, const ZnMachine& server, std
   Close();
   MostInFlight(1);
   for (Place& place : free_) place.taken = 0;
+  moved_ = {};
   return nbt_.Connect(own, server, patience);
 }
 

@@ -9,8 +9,8 @@
 // with it was answered, since lines may be slow and most servers answer in order. When that passes its owner hears
 // ErrTimedOut; a reply that still comes is read and discarded, and until then the exchange keeps its place among those
 // in flight, for the server is still at it. So a late reply costs one call, not the connection. These end it:
-//   ErrTimedOut      an exchange's time is over and nothing at all has come since it went out, or every place is taken
-//                    by exchanges whose time is over; or no answer to the NetBIOS session request
+//   ErrTimedOut      an exchange's time is over and nothing at all has come in it, or every place is taken by exchanges
+//                    whose time is over; or no answer to the NetBIOS session request
 //   ErrRead          a message that can't be read, or whose id or command was never asked for
 //   ErrBadSignature  a message that wasn't signed as agreed
 //   ErrWrite, ErrDisconnect  the socket broke; the server hung up
@@ -100,6 +100,11 @@ class ZnSmbConnection : private ZnNbtConnection::Owner {
     Place* place = nullptr;  // in flight
     bool waits = false;      // for its turn
   };
+  // When a time began, and how much had come by then.
+  struct Start {
+    ZnMoment time;
+    uint64_t received = 0;
+  };
   // A place among those in flight. Its number and how often it was taken make the multiplex id, so that an id comes
   // again only after a thousand others of its place.
   struct Place {
@@ -109,8 +114,7 @@ class ZnSmbConnection : private ZnNbtConnection::Owner {
     ZnSMBClientValues::Command command = ZnSMBClientValues::CmdNone;
     uint32_t sequence = 0;  // of the signature; 0 without
     uint64_t end = 0;       // of the request, in all that is sent
-    uint64_t heard = 0;     // how much had come when its time began
-    ZnMoment start;
+    Start start;
     Places* in = nullptr;
   };
 
@@ -132,6 +136,7 @@ class ZnSmbConnection : private ZnNbtConnection::Owner {
   static uint16_t MidOf(const Place& place);
   bool WasSent(uint16_t mid) const;
   void Answer(Places::iterator place, const ZnSMBCDecode& reply);
+  Start Now() const { return {ZnSteadyClock::now(), nbt_.Received()}; }
   void StartTime(Places::iterator place);
   void Vacate(Places::iterator place);
   void TimeIsOver(ZnEventCallback*, ZnEvent::cbdispatch);
@@ -155,7 +160,7 @@ class ZnSmbConnection : private ZnNbtConnection::Owner {
 
   Places free_, inFlight_, overdue_;  // the latter in the order in which their time began
   std::array<Places::iterator, kMostInFlight> places_;
-  ZnMoment moved_;  // when the oldest in flight was answered last
+  Start moved_;  // when the oldest in flight was answered last
 
   ZnReferable alive_;
 };

@@ -63,7 +63,7 @@ void ZnSmbConnection::Answer(Places::iterator place, const ZnSMBCDecode& reply) 
 }
 
 void ZnSmbConnection::Vacate(Places::iterator place) {
-  if (place == inFlight_.begin()) moved_ = ZnSteadyClock::now();
+  if (place == inFlight_.begin()) moved_ = Now();
   Forget(place->exchange);
   Move(place, free_);
   if (waiting_ > 0) loop_->AtTurnEnd(&turnEnds_);
@@ -73,8 +73,7 @@ void ZnSmbConnection::Vacate(Places::iterator place) {
 
 // One timer serves all: it is set for the oldest, and looks again when that has gone meanwhile.
 void ZnSmbConnection::StartTime(Places::iterator place) {
-  place->start = ZnSteadyClock::now();
-  place->heard = nbt_.Received();
+  place->start = Now();
   Move(place, inFlight_);
   if (!deadline_.IsSet()) deadline_.Set(replyTimeout_);
 }
@@ -83,7 +82,8 @@ void ZnSmbConnection::TimeIsOver(ZnEventCallback*, ZnEvent::cbdispatch) {
   const ZnWeakRef<ZnReferable> alive(&alive_);
   const unsigned conversation = conversation_;
   while (alive && conversation == conversation_ && !inFlight_.empty()) {
-    const auto left = std::max(inFlight_.front().start, moved_) + replyTimeout_ - ZnSteadyClock::Read();
+    const auto start = std::max(inFlight_.front().start.time, moved_.time);
+    const auto left = start + replyTimeout_ - ZnSteadyClock::Read();
     if (left.count() > 0) {
       deadline_.Set(left);
       return;
@@ -94,7 +94,7 @@ void ZnSmbConnection::TimeIsOver(ZnEventCallback*, ZnEvent::cbdispatch) {
 
 void ZnSmbConnection::GiveUpOldest() {
   const auto oldest = inFlight_.begin();
-  const bool silence = oldest->heard == nbt_.Received();
+  const bool silence = nbt_.Received() == std::max(oldest->start.received, moved_.received);
   const bool stuck = overdue_.size() + 1 >= most_;
   if (silence || stuck) return End(Values::ErrTimedOut);
   Move(oldest, overdue_);
