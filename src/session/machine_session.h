@@ -40,6 +40,8 @@ class ZnMachineSession : public ZnSMBNFSSessionBase, private ZnSmbClient::Owner 
   bool IsConnected() const override { return client_.IsConnected(); }
   unsigned serverclass() const override;
 
+  // Commands in the session, with the tree or with a task.
+  size_t Count() const { return commands_.size(); }
   // All tables of the session's tasks, a line a transition: request, state, action, event, next state.
   static ZnUniString TableAsString();
 
@@ -59,7 +61,8 @@ class ZnMachineSession : public ZnSMBNFSSessionBase, private ZnSmbClient::Owner 
   // The time as the server's own clock shows it. Times that it can't show stay as they are.
   ZnTimeVal ServerLocal(const ZnTimeVal& time) const;
 
-  // The task has ended: destroys it and completes its command, which may take the session along.
+  // The task has ended (sessionstatus tells how): destroys it and completes its command, which may take the session
+  // along.
   void Over(ZnSessionTask& task);
   // Ends the connection, and with it goes all that it gave.
   void DropConnection();
@@ -71,6 +74,9 @@ class ZnMachineSession : public ZnSMBNFSSessionBase, private ZnSmbClient::Owner 
   };
 
   void ConnectionLost(ZnSMBClientValues::Reason reason) override;
+  void ConversationIsOver();
+  bool Take(ZnSMBNFSCommand& command);
+  void GetShares(ZnSMBNFSCommand& command);
 
   ZnSMBNFSSessionHost* host_;
   ZnWakeups wakeups_;
@@ -84,4 +90,5 @@ class ZnMachineSession : public ZnSMBNFSSessionBase, private ZnSmbClient::Owner 
   std::list<Entry> commands_;  // in the order in which they came
   std::unordered_map<ZnSMBNFSCommand*, std::list<Entry>::iterator> index_;
   bool flushing_ = false;  // every request fails
+  ZnReferable alive_;
 };
