@@ -91,6 +91,7 @@ class ZnSMBNFSCommand {
   ZnUniString linkpath;
   bool openread = false;
   bool openwrite = false;
+  bool freshopen = false;  // the file wasn't open yet when the command wanted it open
   ZnNFSStatfsres statfs;
   ZnSMBDiskSpace space;  // as the server told it
   ZnSMBNFSListing listing;

@@ -14,10 +14,12 @@ struct ZnSMBNFSFile : ZnSMBCFileObject, ZnReferable {
   bool readable = false;
   bool writable = false;
   bool fresh = false;      // opened by the running command
+  bool written = false;    // something was written through this id
   bool inuse = false;      // a read, write or time change is under way
   bool close = false;      // to be closed on the next pass
   bool unflushed = false;  // written since it was flushed last
   ZnMoment lastused;
+  ZnMoment lastwritten;
   ZnTimeVal closetime;  // modification time for the close; zero seconds means leave the server's
   // The end of what was written through this file: a listing that still shows an older size doesn't lower the node's
   // below it.

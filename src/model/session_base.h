@@ -31,6 +31,8 @@ class ZnSMBNFSSessionBase {
   virtual void SendErrors() = 0;
   // What NFS is told of a request that failed.
   virtual ZnNFSEnum::Status ConvertError(const ZnSMBNFSCommand& command) const = 0;
+  // A node that has an open file is about to go: the file is closed when nobody uses it any more.
+  virtual void NodeGoes(ZnSMBNFSNode& node) = 0;
   // Periodic: closes what has been idle too long. True when there is no connection.
   virtual bool CleanUp() = 0;
   virtual bool IsConnected() const = 0;

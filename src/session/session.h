@@ -33,6 +33,7 @@ class ZnSMBNFSSession : public ZnSMBNFSSessionBase, protected ZnSMBClient {
   void SendErrors() override;
   ZnNFSEnum::Status ConvertError(const ZnSMBNFSCommand& command) const override;
   bool CleanUp() override;
+  void NodeGoes(ZnSMBNFSNode& node) override { node.file->close = true; }
   bool IsConnected() const override { return ZnSMBClient::IsConnected(); }
   unsigned serverclass() const override { return serverclass_; }
 

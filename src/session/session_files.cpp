@@ -56,7 +56,7 @@ void ZnSMBNFSSession::SetOpenMode(Command& command) {
 void ZnSMBNFSSession::GetOpenFile(Command& command) {
   if (ZnSMBNFSFile* file = command.node->file) {
     file->lastused = ZnSteadyClock::now();
-    file->fresh = false;
+    file->fresh = command.freshopen = false;
     return Advance();
   }
   const ZnSMBNFSTree* tree = TreeOf(command);
@@ -74,7 +74,7 @@ void ZnSMBNFSSession::ProcessOpenFile(Command& command) {
   ZnSMBNFSFile& file = AddFile(*command.fileobject);
   file.readable = command.openread;
   file.writable = command.openwrite;
-  file.fresh = true;
+  file.fresh = command.freshopen = true;
   file.close = !node;
   file.node = node;
   if (node) node->file = &file;

@@ -48,8 +48,7 @@ void ZnSMBNFSFileSystem::Finish(ZnSMBNFSCommand* command) {
 
 void ZnSMBNFSFileSystem::CBOpenFile(ZnSMBNFSCommand* command) {
   ZnSMBNFSNode* node = command->node.Get();
-  bool reused = node && node->file && !node->file->fresh;
-  if (node && !Failed(command) && !(config_.optimisticnodeinvalidation && reused)) OutOfDate(node, false);
+  if (node && !Failed(command) && (command->freshopen || !config_.optimisticnodeinvalidation)) OutOfDate(node, false);
   Finish(command);
 }
 

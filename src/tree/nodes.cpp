@@ -194,7 +194,7 @@ void ZnSMBNFSFileSystem::PruneOne(ZnSMBNFSNode* node, bool istop) {
     // When a whole machine goes, its session's end does this work.
     if (istop) node->tree->closing = true;
   }
-  if (node->file) node->file->close = true;
+  if (node->file) GetSession(node)->NodeGoes(*node);
   // A command that failed meanwhile may have listed something new.
   while (!node->children.IsEmpty()) Prune(node->children.begin()->value);
   RemoveFromParent(node);

@@ -98,6 +98,7 @@ class StandInSession : public ZnSMBNFSSessionBase {
   ZnNFSEnum::Status ConvertError(const ZnSMBNFSCommand& command) const override {
     return command.failure == ZnNFSEnum::NFS_OK ? ZnNFSEnum::NFSERR_IO : command.failure;
   }
+  void NodeGoes(ZnSMBNFSNode& node) override { node.file->close = true; }
   bool CleanUp() override { return true; }
   bool IsConnected() const override { return false; }
   unsigned serverclass() const override { return 3; }
