@@ -49,11 +49,10 @@ struct ZnFileTurn::Place {
 
 // ---- one turn -------------------------------------------------------------------------------------------------------
 
-ZnFileTurn::ZnFileTurn(ZnFileTurns& turns, ZnFileTurns::Go go) : turns_(turns), go_(std::move(go)) {}
+ZnFileTurn::ZnFileTurn(ZnFileTurns& turns, ZnSmbDone done) : turns_(turns), waiter_(std::move(done)) {}
 
 ZnFileTurn::~ZnFileTurn() {
   if (istree_) turns_.trees_.erase(tree_);
-  if (isready_) turns_.ready_.erase(ready_);
   for (Place& place : places_) Leave(place);
 }
 
@@ -87,31 +86,33 @@ void ZnFileTurn::Leave(Place& place) {
     turns_.lines_.erase(ZnSMBNFSHandle(line.handle));
   } else if (wasfirst) {
     for (Place* next : line.groups.front().members) {
-      if (--next->turn->missing_ == 0) turns_.Ready(*next->turn);
+      if (--next->turn->missing_ == 0) turns_.wakeups_.Wake(next->turn->waiter_);
     }
   }
 }
 
 // ---- all of them ----------------------------------------------------------------------------------------------------
 
-ZnFileTurns::ZnFileTurns(ZnEventLoopBase* loop) : loop_(loop) {}
+ZnFileTurns::ZnFileTurns(ZnWakeups& wakeups) : wakeups_(wakeups) {}
 
-ZnFileTurns::~ZnFileTurns() { loop_->CancelTurnEnd(&callback_); }
+ZnFileTurns::~ZnFileTurns() = default;
 
-ZnFileTurnPlace ZnFileTurns::Beside(ZnSMBNFSNode& node, Go go) { return Enter(node, false, {}, std::move(go)); }
-
-ZnFileTurnPlace ZnFileTurns::Bytes(ZnSMBNFSNode& node, const Range& range, Go go) {
-  return Enter(node, false, range, std::move(go));
+ZnFileTurnPlace ZnFileTurns::Beside(ZnSMBNFSNode& node, ZnSmbDone done) {
+  return Enter(node, false, {}, std::move(done));
 }
 
-ZnFileTurnPlace ZnFileTurns::Alone(ZnSMBNFSNode& node, Go go) {
-  auto turn = Enter(node, true, {}, std::move(go));
+ZnFileTurnPlace ZnFileTurns::Bytes(ZnSMBNFSNode& node, const Range& range, ZnSmbDone done) {
+  return Enter(node, false, range, std::move(done));
+}
+
+ZnFileTurnPlace ZnFileTurns::Alone(ZnSMBNFSNode& node, ZnSmbDone done) {
+  auto turn = Enter(node, true, {}, std::move(done));
   if (node.IsDirectory()) EnterBelow(node, *turn);
   return turn;
 }
 
-ZnFileTurnPlace ZnFileTurns::Enter(ZnSMBNFSNode& node, bool alone, const Range& range, Go go) {
-  auto turn = std::make_unique<ZnFileTurn>(*this, std::move(go));
+ZnFileTurnPlace ZnFileTurns::Enter(ZnSMBNFSNode& node, bool alone, const Range& range, ZnSmbDone done) {
+  auto turn = std::make_unique<ZnFileTurn>(*this, std::move(done));
   turn->Enter(LineOf(node), alone, range);
   return turn;
 }
@@ -137,23 +138,4 @@ void ZnFileTurns::EnterBelow(ZnSMBNFSNode& directory, ZnFileTurn& turn) {
   turn.top_ = &directory;
   turn.tree_ = trees_.insert(trees_.end(), &turn);
   turn.istree_ = true;
-}
-
-void ZnFileTurns::Ready(ZnFileTurn& turn) {
-  turn.ready_ = ready_.insert(ready_.end(), &turn);
-  turn.isready_ = true;
-  loop_->AtTurnEnd(&callback_);
-}
-
-void ZnFileTurns::TellReady(ZnEventCallback*, ZnEvent::cbdispatch) {
-  ZnWeakRef<ZnReferable> alive(&alive_);
-  for (size_t count = ready_.size(); count > 0 && !ready_.empty(); count--) {
-    ZnFileTurn& turn = *ready_.front();
-    ready_.pop_front();
-    turn.isready_ = false;
-    const Go go = std::move(turn.go_);
-    go();
-    if (!alive) return;
-  }
-  if (!ready_.empty()) loop_->AtTurnEnd(&callback_);
 }

@@ -15,21 +15,19 @@
 // Costs nothing at nodes that nobody uses, and about the same for each turn however many wait; only a directory's Alone
 // goes through all nodes in use.
 
-#include <functional>
 #include <list>
 #include <map>
 #include <memory>
 #include <unordered_map>
 
 #include "model/node.h"
-#include "runtime/event_loop.h"
+#include "session/wait_list.h"
 
 class ZnFileTurn;
 using ZnFileTurnPlace = std::unique_ptr<ZnFileTurn>;  // destroying it leaves, before as well as after the turn came
 
 class ZnFileTurns {
  public:
-  using Go = std::function<void()>;
   // From `begin` on, up to `end`.
   struct Range {
     uint64_t begin = 0;
@@ -37,17 +35,17 @@ class ZnFileTurns {
     bool writes = false;
   };
 
-  // `loop` isn't owned. All turns are over before the object is destroyed.
-  explicit ZnFileTurns(ZnEventLoopBase* loop);
+  // `wakeups` outlives it, and it outlives all turns.
+  explicit ZnFileTurns(ZnWakeups& wakeups);
   ZnFileTurns(const ZnFileTurns&) = delete;
   ZnFileTurns& operator=(const ZnFileTurns&) = delete;
   ~ZnFileTurns();
 
-  // A turn that has come already (IsThere) tells nothing more. Another calls `go` once when it comes, at the end of a
-  // turn of the loop. `go` may end any turn, and the object. Nodes may die while there are turns at them.
-  ZnFileTurnPlace Beside(ZnSMBNFSNode& node, Go go);
-  ZnFileTurnPlace Bytes(ZnSMBNFSNode& node, const Range& range, Go go);
-  ZnFileTurnPlace Alone(ZnSMBNFSNode& node, Go go);
+  // A turn that has come already (IsThere) tells nothing more. Another calls `done` once when it comes, as a success.
+  // Nodes may die while there are turns at them.
+  ZnFileTurnPlace Beside(ZnSMBNFSNode& node, ZnSmbDone done);
+  ZnFileTurnPlace Bytes(ZnSMBNFSNode& node, const Range& range, ZnSmbDone done);
+  ZnFileTurnPlace Alone(ZnSMBNFSNode& node, ZnSmbDone done);
 
   // Nodes at which somebody has or waits for a turn.
   size_t NodesInUse() const { return lines_.size(); }
@@ -58,22 +56,17 @@ class ZnFileTurns {
   struct Group;
 
   Line& LineOf(ZnSMBNFSNode& node);
-  ZnFileTurnPlace Enter(ZnSMBNFSNode& node, bool alone, const Range& range, Go go);
+  ZnFileTurnPlace Enter(ZnSMBNFSNode& node, bool alone, const Range& range, ZnSmbDone done);
   void EnterBelow(ZnSMBNFSNode& directory, ZnFileTurn& turn);
-  void Ready(ZnFileTurn& turn);
-  void TellReady(ZnEventCallback*, ZnEvent::cbdispatch);
 
-  ZnEventLoopBase* loop_;
-  ZnSimpleCallback<ZnEvent::cbdispatch, ZnFileTurns> callback_{this, &ZnFileTurns::TellReady};
+  ZnWakeups& wakeups_;
   std::unordered_map<ZnSMBNFSHandle, std::unique_ptr<Line>> lines_;  // by the node's handle, which never comes again
   std::list<ZnFileTurn*> trees_;                                     // Alone at directories
-  std::list<ZnFileTurn*> ready_;                                     // not told yet
-  ZnReferable alive_;
 };
 
 class ZnFileTurn {
  public:
-  ZnFileTurn(ZnFileTurns& turns, ZnFileTurns::Go go);  // for ZnFileTurns
+  ZnFileTurn(ZnFileTurns& turns, ZnSmbDone done);  // for ZnFileTurns
   ZnFileTurn(const ZnFileTurn&) = delete;
   ZnFileTurn& operator=(const ZnFileTurn&) = delete;
   ~ZnFileTurn();
@@ -88,10 +81,10 @@ class ZnFileTurn {
   void Leave(Place& place);
 
   ZnFileTurns& turns_;
-  ZnFileTurns::Go go_;
-  std::list<Place> places_;                        // one, but for an Alone at a directory
-  size_t missing_ = 0;                             // places where others are before it
-  ZnWeakRef<ZnSMBNFSNode> top_;                    // of an Alone at a directory
-  std::list<ZnFileTurn*>::iterator tree_, ready_;  // where it stands in these lists
-  bool istree_ = false, isready_ = false;
+  ZnWaiter waiter_;
+  std::list<Place> places_;                // one, but for an Alone at a directory
+  size_t missing_ = 0;                     // places where others are before it
+  ZnWeakRef<ZnSMBNFSNode> top_;            // of an Alone at a directory
+  std::list<ZnFileTurn*>::iterator tree_;  // where it stands among those
+  bool istree_ = false;
 };

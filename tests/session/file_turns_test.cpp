@@ -25,11 +25,11 @@ class FileTurnsTest : public testing::Test {
 
   // Asks for the turn `name`.
   void Ask(const std::string& name, ZnSMBNFSNode& node, Kind kind, uint64_t begin = 0, uint64_t end = 0) {
-    const auto go = [this, name] { told += name; };
+    const auto done = [this, name](const ZnSmbOutcome&) { told += name; };
     auto& turn = had[name];
-    if (kind == Beside) turn = turns.Beside(node, go);
-    if (kind == Alone) turn = turns.Alone(node, go);
-    if (kind == Read || kind == Write) turn = turns.Bytes(node, {begin, end, kind == Write}, go);
+    if (kind == Beside) turn = turns.Beside(node, done);
+    if (kind == Alone) turn = turns.Alone(node, done);
+    if (kind == Read || kind == Write) turn = turns.Bytes(node, {begin, end, kind == Write}, done);
   }
   // The names of those whose turn it is.
   std::string There() {
@@ -46,7 +46,8 @@ class FileTurnsTest : public testing::Test {
   ZnSMBNFSHandle handle;
   ZnSMBNFSNode share, directory, below, file, other;  // share/directory/below/file, share/other
   DrivenLoop loop;
-  ZnFileTurns turns{&loop};
+  ZnWakeups wakeups{&loop};
+  ZnFileTurns turns{wakeups};
   std::map<std::string, ZnFileTurnPlace> had;
   std::string told;
 };
@@ -173,20 +174,6 @@ TEST_F(FileTurnsTest, ANodeMayDieWhileThereAreTurnsAtIt) {
   Ask("c", directory, Alone);
   EXPECT_EQ(There(), "ac");
   EXPECT_EQ(After("a"), "bc");
-}
-
-TEST_F(FileTurnsTest, WhoeverIsToldMayEndEverything) {
-  auto owned = std::make_unique<ZnFileTurns>(&loop);
-  ZnFileTurnPlace first = owned->Alone(file, {}), third;
-  ZnFileTurnPlace second = owned->Beside(file, [&] {
-    second.reset();
-    third.reset();
-    owned.reset();
-  });
-  third = owned->Beside(file, [] { ADD_FAILURE(); });
-  first.reset();
-  loop.RunFor(1);
-  EXPECT_FALSE(owned);
 }
 
 }  // namespace
