@@ -1,5 +1,6 @@
 // What conversations with a real server don't show: blocks in unusual places, hostile offsets.
 
+#include "smb/wire/session_sections.h"
 #include "smb/wire/transaction_sections.h"
 #include "support/layout_check.h"
 
@@ -49,6 +50,34 @@ TEST(TransactionSections, Reply) {
       {1, 2, 5, 0xFFFF},                   // more data than there is
   };
   for (auto& section : hostile) EXPECT_FALSE(ReadExactly(section, Hex("00 0102 0000 03"))) << &section - hostile;
+}
+
+// A real server's, cut short where texts repeat.
+TEST(SessionSections, ExtendedSecurity) {
+  const auto words = CheckLayout(ZnSMBCNegotiate_RespWords(),
+                                 "0200 0f 3200 0100 04410000 00000100 16080000 fcf30080 00a459b0717bdd01 0000 00");
+  EXPECT_TRUE(words.user_level && words.encrypted_passwords && words.signing_enabled && words.signing_required);
+  EXPECT_TRUE(words.capabilities.extended_security && words.capabilities.large_readx &&
+              words.capabilities.large_writex);
+  CheckLayout(ZnSMBCNegotiateExtended_RespData(), "70656572000000000000000000000000 | 6048", [](auto& data) {
+    data.guid = {'p', 'e', 'e', 'r'}, data.token = Hex("6048");
+  });
+
+  CheckLayout(ZnSMBCSessionSetupExtended_ReqWords(), "ff000000 00f0 3200 0100 04030201 2000 00000000 44000080",
+              [](auto& asked) {
+                asked.max_buffer = 61440, asked.max_mpx = 50, asked.vc_number = 1, asked.session_key = 0x01020304;
+                asked.token_length = 32;
+                asked.capabilities.extended_security = asked.capabilities.unicode = asked.capabilities.nt_status = true;
+              });
+  CheckLayout(ZnSMBCSessionSetupExtended_RespWords(), "ff000000 0100 7400",
+              [](auto& reply) { reply.guest = true, reply.token_length = 0x74; });
+  const auto fill = [](auto& data) { data.token = Hex("4e544c"), data.nativeos = "W", data.nativelanman = "S"; };
+  CheckLayout(ZnSMBCSessionSetupExtended_ReqData(kOem, 3), "4e544c | 5700 5300", fill);
+  CheckLayout(ZnSMBCSessionSetupExtended_RespData(kUnicode, 3), "4e544c | 57000000 53000000 0000", fill);
+  for (const unsigned length : {4U, 0xFFFFU}) {
+    ZnSMBCSessionSetupExtended_RespData lying(kOem, static_cast<uint16_t>(length));
+    EXPECT_FALSE(ReadExactly(lying, Hex("4e544c")));
+  }
 }
 
 }  // namespace

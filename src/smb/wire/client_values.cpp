@@ -26,6 +26,7 @@ constexpr ZnEnumName kReason[] = {
     ROW(ErrTimedOut), ROW(ErrNotSupported), ROW(ErrInternal),      ROW(ErrBadValue),     ROW(ErrServer),
     ROW(ErrBadTID),   ROW(ErrBadFID),       ROW(ErrIPC),           ROW(ErrBadPrinter),   ROW(ErrBind),
     ROW(ErrConnect),  ROW(ErrNegprot),      ROW(ErrClearPassword), ROW(ErrWeakLogon),    ROW(ErrBadSignature),
+    ROW(ErrMustSign), ROW(ErrCantSign),
 };
 
 constexpr ZnEnumName kState[] = {

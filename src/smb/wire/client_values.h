@@ -67,6 +67,8 @@ struct ZnSMBClientValues {
     ErrClearPassword = 23,
     ErrWeakLogon = 24,
     ErrBadSignature = 25,
+    ErrMustSign = 26,  // the server wants signatures, and the profile doesn't allow them
+    ErrCantSign = 27,  // the profile wants signatures, and the server has none
   };
 
   // The operation that a client is in.

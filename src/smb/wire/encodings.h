@@ -14,7 +14,7 @@ struct ZnSMBCDialect : ZnSmbRecord<ZnSMBCDialect> {
   bool operator==(const ZnSMBCDialect&) const = default;
 };
 
-// What a server can do. The client itself sends only the Unicode bit. (MS-CIFS 2.2.4.52.2)
+// What a server can do, and of that what the client makes use of. (MS-CIFS 2.2.4.52.2, MS-SMB 2.2.4.5.2.1)
 struct ZnSMBCCapabilities : ZnSmbRecord<ZnSMBCCapabilities> {
   bool raw_mode = false;
   bool mpx_mode = false;
@@ -29,13 +29,17 @@ struct ZnSMBCCapabilities : ZnSmbRecord<ZnSMBCCapabilities> {
   bool reserved_use = false;
   bool dfs = false;
   bool passthrough_levels = false;  // file information at the levels of the server's own system
+  bool large_readx = false;
+  bool large_writex = false;
+  bool extended_security = false;  // logons carry tokens, and the reply to negotiate has its other form
   template <class Io>
   bool Fields(Io& io) {
     return io.LowBits(raw_mode, 1) && io.LowBits(mpx_mode, 1) && io.LowBits(unicode, 1) && io.LowBits(large_files, 1) &&
            io.LowBits(nt_commands, 1) && io.LowBits(rpc_remote_apis, 1) && io.LowBits(nt_status, 1) &&
            io.LowBits(level_ii_oplocks, 1) && io.LowBits(lock_and_read, 1) && io.LowBits(nt_find, 1) &&
            io.LowBits(reserved_use, 1) && io.LowIgnored(1) && io.LowBits(dfs, 1) && io.LowBits(passthrough_levels, 1) &&
-           io.LowIgnored(2) && io.LowIgnored(16);
+           io.LowBits(large_readx, 1) && io.LowBits(large_writex, 1) && io.LowIgnored(15) &&
+           io.LowBits(extended_security, 1);
   }
   bool operator==(const ZnSMBCCapabilities&) const = default;
 };

@@ -1,6 +1,8 @@
 #pragma once
 // Sections of the commands that set up a connection: negotiate, session setup, logoff, tree connect.
 
+#include <array>
+
 #include "smb/wire/common_sections.h"
 #include "smb/wire/encodings.h"
 #include "smb/wire/times.h"
@@ -23,6 +25,8 @@ struct ZnSMBCNegotiate_RespWords : ZnSmbRecord<ZnSMBCNegotiate_RespWords> {
   uint16_t index = 0;
   bool user_level = false;
   bool encrypted_passwords = false;
+  bool signing_enabled = false;
+  bool signing_required = false;
   uint32_t max_buffer = 0;  // bytes
   uint16_t max_mpx = 0;
   uint16_t max_vcs = 0;
@@ -60,7 +64,8 @@ struct ZnSMBCNegotiate_RespWords : ZnSmbRecord<ZnSMBCNegotiate_RespWords> {
   }
   template <class Io>
   bool SecurityMode(Io& io) {
-    return io.LowBits(user_level, 1) && io.LowBits(encrypted_passwords, 1) && io.LowIgnored(6);
+    return io.LowBits(user_level, 1) && io.LowBits(encrypted_passwords, 1) && io.LowBits(signing_enabled, 1) &&
+           io.LowBits(signing_required, 1) && io.LowIgnored(4);
   }
   bool operator==(const ZnSMBCNegotiate_RespWords&) const = default;
 };
@@ -76,6 +81,18 @@ struct ZnSMBCNegotiate_RespData : ZnSmbRecord<ZnSMBCNegotiate_RespData> {
     return io.Bytes(key, key_length) && io.Rest(oemdomain);
   }
   bool operator==(const ZnSMBCNegotiate_RespData&) const = default;
+};
+
+// "NT LM 0.12" with extended security. The token may be empty; what a client needs to know of the server comes in the
+// rounds of the logon. (MS-SMB 2.2.4.5.2)
+struct ZnSMBCNegotiateExtended_RespData : ZnSmbRecord<ZnSMBCNegotiateExtended_RespData> {
+  std::array<uint8_t, 16> guid{};  // of the server
+  ZnPacket token;
+  template <class Io>
+  bool Fields(Io& io) {
+    return io.Raw(guid.data(), guid.size()) && io.Rest(token);
+  }
+  bool operator==(const ZnSMBCNegotiateExtended_RespData&) const = default;
 };
 
 // "Windows for Workgroups 3.1a"
@@ -158,6 +175,69 @@ struct ZnSMBCSessionSetupX_RespData : ZnSmbRecord<ZnSMBCSessionSetupX_RespData> 
     return io.String(nativeos, encoding) && io.String(nativelanman, encoding) && io.String(domain, encoding);
   }
   bool operator==(const ZnSMBCSessionSetupX_RespData&) const = default;
+};
+
+// Session setup with extended security, command 115: one round of a logon, of which each carries a token. The server
+// answers all but the last with a status (ZnSMBCHeader::WantsMore) and gives the uid with the first. (MS-SMB 2.2.4.6)
+
+struct ZnSMBCSessionSetupExtended_ReqWords : ZnSmbRecord<ZnSMBCSessionSetupExtended_ReqWords> {
+  ZnSMBCNoChainedCommand cc;
+  uint16_t max_buffer = 0;
+  uint16_t max_mpx = 0;
+  uint16_t vc_number = 0;
+  uint32_t session_key = 0;
+  uint16_t token_length = 0;
+  ZnSMBCCapabilities capabilities;
+  template <class Io>
+  bool Fields(Io& io) {
+    return io.Record(cc) && io.U16le(max_buffer) && io.U16le(max_mpx) && io.U16le(vc_number) && io.U32le(session_key) &&
+           io.U16le(token_length) && io.Reserved(4) && io.Record(capabilities);
+  }
+  bool operator==(const ZnSMBCSessionSetupExtended_ReqWords&) const = default;
+};
+
+// The length serves reading only: it stands in the words.
+struct ZnSMBCSessionSetupExtended_ReqData : ZnSmbRecord<ZnSMBCSessionSetupExtended_ReqData> {
+  ZnEncoding encoding;
+  uint16_t token_length;
+  ZnPacket token;
+  ZnUniString nativeos;
+  ZnUniString nativelanman;
+  explicit ZnSMBCSessionSetupExtended_ReqData(ZnEncoding strings, uint16_t tokenLength = 0)
+      : encoding(strings), token_length(tokenLength) {}
+  template <class Io>
+  bool Fields(Io& io) {
+    return io.Bytes(token, token_length) && io.String(nativeos, encoding) && io.String(nativelanman, encoding);
+  }
+  bool operator==(const ZnSMBCSessionSetupExtended_ReqData&) const = default;
+};
+
+struct ZnSMBCSessionSetupExtended_RespWords : ZnSmbRecord<ZnSMBCSessionSetupExtended_RespWords> {
+  ZnSMBCNoChainedCommand cc;
+  bool guest = false;
+  uint16_t token_length = 0;
+  template <class Io>
+  bool Fields(Io& io) {
+    return io.Record(cc) && io.LowBits(guest, 1) && io.LowIgnored(15) && io.U16le(token_length);
+  }
+  bool operator==(const ZnSMBCSessionSetupExtended_RespWords&) const = default;
+};
+
+struct ZnSMBCSessionSetupExtended_RespData : ZnSmbRecord<ZnSMBCSessionSetupExtended_RespData> {
+  ZnEncoding encoding;
+  uint16_t token_length;
+  ZnPacket token;
+  ZnUniString nativeos;
+  ZnUniString nativelanman;
+  ZnUniString domain;  // not sent by all
+  ZnSMBCSessionSetupExtended_RespData(ZnEncoding strings, uint16_t tokenLength)
+      : encoding(strings), token_length(tokenLength) {}
+  template <class Io>
+  bool Fields(Io& io) {
+    return io.Bytes(token, token_length) && io.String(nativeos, encoding) && io.String(nativelanman, encoding) &&
+           io.String(domain, encoding);
+  }
+  bool operator==(const ZnSMBCSessionSetupExtended_RespData&) const = default;
 };
 
 // Logoff, command 116 (MS-CIFS 2.2.4.54)
