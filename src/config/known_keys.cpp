@@ -59,6 +59,7 @@ constexpr ZnKnownKey kKeys[] = {
     {Machine, "password", nullptr, kText, &M::password},
     {Machine, "cleartext", "(0)", kFlag, &M::cleartext},
     {Machine, "minauth", "(ntlm)", kText},
+    {Machine, "signing", "(auto)", kText},
     {Machine, "winname", "(*)", kText, &M::winname},
     {Machine, "domain", "()", kText, &M::domain},
     {Machine, "ipaddress", "(*)", kText, &M::ipaddress},

@@ -7,15 +7,22 @@ namespace {
 
 constexpr int32_t kUsualTimeout = 10;
 
-constexpr struct {
-  const char* name;
-  ZnMinAuth minauth;
-} kMinAuths[] = {{"lm", ZnMinAuth::Lm}, {"ntlm", ZnMinAuth::Ntlm}, {"ntlmv2", ZnMinAuth::Ntlmv2}};
+template <class T>
+struct Word {
+  const char* text;
+  T value;
+};
+constexpr Word<ZnMinAuth> kMinAuths[] = {
+    {"lm", ZnMinAuth::Lm}, {"ntlm", ZnMinAuth::Ntlm}, {"ntlmv2", ZnMinAuth::Ntlmv2}};
+constexpr Word<ZnSigning> kSignings[] = {
+    {"never", ZnSigning::Never}, {"auto", ZnSigning::Auto}, {"always", ZnSigning::Always}};
 
-bool ReadMinAuth(const ZnUniString& name, ZnMinAuth& minauth) {
-  for (const auto& row : kMinAuths) {
-    if (!name.MatchCaseless(row.name)) continue;
-    minauth = row.minauth;
+// One of the words of a key, in any case; false for any other.
+template <class T, size_t N>
+bool ReadWord(const Word<T> (&words)[N], const ZnUniString& text, T& value) {
+  for (const auto& word : words) {
+    if (!text.MatchCaseless(word.text)) continue;
+    value = word.value;
     return true;
   }
   return false;
@@ -42,8 +49,13 @@ ZnUniString ReadMachine(const ZnUniString& user, const ZnUniString& machine, ZnS
   if (config.sharenames.IsEmpty()) return "No shares were specified for " + user + " on " + machine;
 
   ZnUniString minauth = in.Text("minauth", "ntlm");
-  if (!ReadMinAuth(minauth, config.minauth)) {
+  if (!ReadWord(kMinAuths, minauth, config.minauth)) {
     return "Invalid minauth \"" + minauth + "\" for " + user + " on " + machine + ": it is ntlmv2, ntlm or lm";
+  }
+
+  ZnUniString signing = in.Text("signing", "auto");
+  if (!ReadWord(kSignings, signing, config.signing)) {
+    return "Invalid signing \"" + signing + "\" for " + user + " on " + machine + ": it is auto, always or never";
   }
 
   ZnUniString encoding = in.Text("encoding", "CP850");

@@ -4,6 +4,7 @@
 #include <tuple>
 
 #include "config/min_auth.h"
+#include "config/signing.h"
 #include "runtime/codeset.h"
 #include "runtime/list.h"
 #include "runtime/uni_string.h"
@@ -16,9 +17,10 @@ struct ZnSMBNFSMachineConfig {
   int32_t port = 139;           // TCP
   ZnUniString winname = "*";    // user name on the machine; resolved, never "*" in a loaded record
   ZnUniString domain;
-  ZnUniString password;                    // in clear
-  bool cleartext = false;                  // may go to a server in clear
-  ZnMinAuth minauth = ZnMinAuth::Ntlm;     // else the weakest that may go in its place
+  ZnUniString password;                 // in clear
+  bool cleartext = false;               // may go to a server in clear
+  ZnMinAuth minauth = ZnMinAuth::Ntlm;  // else the weakest that may go in its place
+  ZnSigning signing = ZnSigning::Auto;
   ZnEncoding encoding = ZnCodeset::Cp850;  // of 8-bit names
   bool hidedollar = false;
   int32_t dnslookup = 0;            // 0 never, 1 by the look of the name, 2 first
@@ -40,7 +42,7 @@ struct ZnSMBNFSMachineConfig {
   bool SameConversation(const ZnSMBNFSMachineConfig& other) const {
     const auto facts = [](const ZnSMBNFSMachineConfig& of) {
       return std::tie(of.nbtname, of.ipaddress, of.port, of.dnslookup, of.winname, of.domain, of.password, of.cleartext,
-                      of.minauth, of.encoding);
+                      of.minauth, of.signing, of.encoding);
     };
     return facts(*this) == facts(other);
   }

@@ -66,6 +66,10 @@ TEST_F(Records, OfAMachine) {
   ASSERT_EQ(LoadRecord("fred/pc", {"cleartext={(1)}", "minauth={(LM)}"}), "");
   EXPECT_TRUE(machine_.cleartext && machine_.minauth == ZnMinAuth::Lm);
   EXPECT_NE(LoadRecord("fred/pc", {"minauth={(none)}"}), "");
+  EXPECT_EQ(machine_.signing, ZnSigning::Auto);
+  ASSERT_EQ(LoadRecord("fred/pc", {"signing={(Always)}"}), "");
+  EXPECT_EQ(machine_.signing, ZnSigning::Always);
+  EXPECT_NE(LoadRecord("fred/pc", {"signing={(1)}"}), "");
   ASSERT_EQ(LoadRecord("fred/pc", {}), "");
   EXPECT_EQ(Joined(machine_.sharenames), "*") << "a second load doesn't add to the first";
 
