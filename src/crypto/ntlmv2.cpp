@@ -15,6 +15,7 @@ ZnByteBuffer ClientBlob(const ZnNtlmv2Question& question) {
   blob.Append(question.clientchallenge);
   AppendZeros(blob, 4);
   blob.Append(question.targetinfo);
+  if (question.targetinfo.IsEmpty()) AppendZeros(blob, 4);  // the end of a list without any fact
   AppendZeros(blob, 4);
   return blob;
 }

@@ -16,7 +16,7 @@ struct ZnNtlmv2Question {
   ZnByteBuffer challenge;        // 8 bytes of the server
   ZnByteBuffer clientchallenge;  // 8 random bytes
   uint64_t time = 0;             // 100 ns since 1601, by the server's clock
-  ZnByteBuffer targetinfo;       // the server's, as it came
+  ZnByteBuffer targetinfo;       // the server's facts about itself, as they came; may be empty
 };
 
 // The hash of a password as this user of this domain, in which the domain's case counts: 16 bytes, secret.

@@ -81,6 +81,9 @@ constexpr ReasonWords kReasons[] = {
     {Values::ErrNegprot, "The remote server speaks none of our dialects"},
     {Values::ErrClearPassword, "The server wants the password unencrypted, and the key cleartext doesn't allow that"},
     {Values::ErrWeakLogon, "A logon as strong as the key minauth asks for isn't possible with this server"},
+    {Values::ErrBadSignature, "A reply had a wrong signature: it isn't the server's, or was changed on the way"},
+    {Values::ErrMustSign, "The server wants signed messages, and the key signing doesn't allow that"},
+    {Values::ErrCantSign, "The key signing asks for signed messages, and the server signs none in this conversation"},
 };
 
 constexpr unsigned Key(unsigned errorclass, unsigned code) { return code * 256 + errorclass; }
@@ -146,7 +149,8 @@ const char* Doing(E::SessionStatus step, Values::Command lastrequest) {
 bool IsAboutMachine(E::SessionStatus step) { return step == E::SSTConnect || step == E::SSTConnectTree; }
 
 bool IsOwnRefusal(Values::Reason reason) {
-  return reason == Values::ErrClearPassword || reason == Values::ErrWeakLogon;
+  return reason == Values::ErrClearPassword || reason == Values::ErrWeakLogon || reason == Values::ErrMustSign ||
+         reason == Values::ErrCantSign;
 }
 
 const char* Sentence(Values::Reason reason) {
@@ -154,6 +158,7 @@ const char* Sentence(Values::Reason reason) {
 }
 
 const char* Advice(E::SessionStatus step, Values::Reason reason, unsigned refusal, Status status) {
+  if (reason == Values::ErrMustSign) return "set it to (auto)";
   if (IsOwnRefusal(reason)) return "allow it only where nobody can listen on the way or pretend to be the server";
   if (step == E::SSTGetAddress) return "give its address in the key ipaddress of the machine";
   if (step == E::SSTConnect && refusal == 0) {

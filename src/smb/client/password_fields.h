@@ -1,16 +1,10 @@
 #pragma once
-// In which form a password goes on the wire: by what the server wants, as far as the rules of the logon allow it. Who
-// says that he is the server may be anybody, and keeps what he gets.
+// In which form a password goes on the wire: by what the server wants, as far as the rules of the logon allow it.
 
-#include "config/min_auth.h"
 #include "runtime/packet.h"
 #include "runtime/uni_string.h"
+#include "smb/client/logon_rules.h"
 #include "smb/client/server_info.h"
-
-struct ZnSMBLogonRules {
-  bool cleartext = false;  // a server that doesn't encrypt passwords gets them as they are
-  ZnMinAuth minauth = ZnMinAuth::Ntlm;
-};
 
 // ErrNone if `password` may go to this server in a form that it takes; else ErrClearPassword or ErrWeakLogon. An empty
 // password may always go: it tells nothing.

@@ -14,6 +14,9 @@ struct ZnSMBServerInfo {
   ZnSMBClientValues::Dialect dialect = kNoDialect;
   ZnSMBClientValues::SecurityLevel securitylevel = ZnSMBClientValues::SecLevelShare;
   bool encryptedpasswords = false;
+  bool extendedsecurity = false;  // logons carry tokens
+  bool cansign = false;           // its messages, if the client does
+  bool mustsign = false;
   bool unicode = true;    // strings go in Unicode: what is offered, and after negotiate what was agreed on
   bool caseless = false;  // path names don't differ by case alone
   bool guest = false;     // the logon was taken as guest
@@ -22,7 +25,8 @@ struct ZnSMBServerInfo {
   uint16_t announcedbuffer = kDefaultBuffer;  // largest message it takes, in bytes, as it said
   uint16_t maxrawsize = 0;
   uint32_t sessionkey = 0;
-  int16_t timezone = 0;  // minutes west of UTC
+  int16_t timezone = 0;     // minutes west of UTC
+  uint64_t systemtime = 0;  // when it answered, in 100 ns since 1601; 0 if it didn't tell
   ZnSMBCCapabilities capabilities;
   ZnPacket challenge;
   ZnUniString domain;
