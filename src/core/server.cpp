@@ -7,14 +7,7 @@
 namespace {
 
 ZnCallKey KeyOf(const ZnSMBNFSCommand& command) {
-  return {command.source, command.xid, static_cast<uint32_t>(command.command), command.argumentshash};
-}
-
-const ZnSMBNFSStep* FindStep(const ZnSMBNFSProcedure& procedure, ZnSMBNFSEnum::Status status) {
-  for (const ZnSMBNFSStep& step : procedure.steps) {
-    if (step.on == status) return &step;
-  }
-  return nullptr;
+  return {command.source, command.xid, command.procedure->number, command.argumentshash};
 }
 
 }  // namespace
@@ -26,7 +19,7 @@ ZnSMBNFSServer::ZnSMBNFSServer(ZnProcess* process, ZnEventLoopBase* loop, const 
 
 ZnSMBNFSServer::ZnSMBNFSServer(ZnProcess* process, ZnEventLoopBase* loop, const ZnSMBNFSServerConfig& config,
                                MakeFileSystem make)
-    : ZnNFSServer(loop, static_cast<unsigned>(config.port), ZnCallerFilter::SocketAddress(config)),
+    : ZnRPCServer(loop, static_cast<unsigned>(config.port), ZnCallerFilter::SocketAddress(config)),
       loop_(loop),
       config_(config),
       filesystem_(make(this, loop, config_)),
@@ -51,100 +44,39 @@ void ZnSMBNFSServer::CatchSignals(ZnProcess* process) {
   process->CatchSignal(SIGSEGV, &segmentfault_);
 }
 
-// --- Filters ---
-
-void ZnSMBNFSServer::HandleRpcMessage(ZnRPCMessageFromClient& message, ZnRPCAuthBlock& credentials,
-                                      const ZnInetAddr& source) {
-  const ZnRPCCallBody& body = message.call_body;
-  if (body.program == kNfsProgram) {
-    if (!callers_.ServesPort(source)) return SendAuthError(source, message.xid, ZnRPCEnum::AUTH_TOOWEAK);
-    const uint64_t arguments = ZnKeyedHash(body.rpc_data.Data(), body.rpc_data.Length());
-    call_ = {source, message.xid, body.procedure, arguments};
-    if (duplicates_.IsInFlight(call_)) return;
-    if (const ZnPacket* reply = duplicates_.FindReply(call_)) return SendAgain(source, *reply);
-  }
-  ZnNFSServer::HandleRpcMessage(message, credentials, source);
-}
-
-bool ZnSMBNFSServer::CheckInited(const ZnInetAddr& source, uint32_t xid) {
-  if (filesystem_->IsInitialised()) return true;
-  SendAuthError(source, xid, ZnRPCEnum::AUTH_REJECTEDCRED);
-  return false;
-}
-
 // --- Calls ---
 
-template <class Args>
-void ZnSMBNFSServer::Begin(int procedure, const ZnInetAddr& source, ZnRPCAuthBlock& auth, uint32_t xid, Args& args) {
-  if (!CheckInited(source, xid)) return;
-  auto* command = new ZnSMBNFSCommand(source, auth, xid, this);  // its own owner from here on
-  command->command = procedure;
-  command->argumentshash = call_.arguments;
-  command->args = std::move(args);
-  duplicates_.Begin(KeyOf(*command));
-  HandleCommand(command);
+void ZnSMBNFSServer::HandleCall(const ZnRPCMessageFromClient& call, ZnXdrReader& arguments, const ZnInetAddr& source) {
+  const ZnRPCCallBody& body = call.call_body;
+  const ZnProgram* program = ZnFindProgram(body.program);
+  if (!program) return SendMiscError(source, call.xid, ZnRPCEnum::PROG_UNAVAIL);
+  const ZnCallKey key{source, call.xid, body.procedure, ZnKeyedHash(arguments.Where(), arguments.Remaining())};
+  if (program->number == ZnNFSEnum::kProgram && !Passes(key)) return;
+  // The program's number stands where others give the versions they serve: callers have always seen it so.
+  if (body.version != program->version) return SendProgMismatch(source, call.xid, program->number, program->number);
+  if (body.procedure >= program->procedures.size()) return SendMiscError(source, call.xid, program->beyond);
+  Begin(program->procedures[body.procedure], call, key, arguments);
 }
 
-void ZnSMBNFSServer::ProcGetattr(const ZnInetAddr& source, ZnRPCAuthBlock& auth, uint32_t xid, ZnNFSFileHandle& args) {
-  DefineRoot(args);
-  Begin(1, source, auth, xid, args);
+bool ZnSMBNFSServer::Passes(const ZnCallKey& call) {
+  if (!callers_.ServesPort(call.caller)) return SendAuthError(call.caller, call.xid, ZnRPCEnum::AUTH_TOOWEAK), false;
+  if (duplicates_.IsInFlight(call)) return false;
+  const ZnPacket* reply = duplicates_.FindReply(call);
+  if (reply) SendAgain(call.caller, *reply);
+  return !reply;
 }
 
-void ZnSMBNFSServer::ProcSetattr(const ZnInetAddr& source, ZnRPCAuthBlock& auth, uint32_t xid, ZnNFSSattrargs& args) {
-  Begin(2, source, auth, xid, args);
-}
-
-void ZnSMBNFSServer::ProcLookup(const ZnInetAddr& source, ZnRPCAuthBlock& auth, uint32_t xid, ZnNFSDiropargs& args) {
-  Begin(4, source, auth, xid, args);
-}
-
-void ZnSMBNFSServer::ProcReadlink(const ZnInetAddr& source, ZnRPCAuthBlock& auth, uint32_t xid, ZnNFSFileHandle& args) {
-  Begin(5, source, auth, xid, args);
-}
-
-void ZnSMBNFSServer::ProcRead(const ZnInetAddr& source, ZnRPCAuthBlock& auth, uint32_t xid, ZnNFSReadargs& args) {
-  Begin(6, source, auth, xid, args);
-}
-
-void ZnSMBNFSServer::ProcWrite(const ZnInetAddr& source, ZnRPCAuthBlock& auth, uint32_t xid, ZnNFSWriteargs& args) {
-  Begin(8, source, auth, xid, args);
-}
-
-void ZnSMBNFSServer::ProcCreate(const ZnInetAddr& source, ZnRPCAuthBlock& auth, uint32_t xid, ZnNFSCreateargs& args) {
-  Begin(9, source, auth, xid, args);
-}
-
-void ZnSMBNFSServer::ProcRemove(const ZnInetAddr& source, ZnRPCAuthBlock& auth, uint32_t xid, ZnNFSDiropargs& args) {
-  Begin(10, source, auth, xid, args);
-}
-
-void ZnSMBNFSServer::ProcRename(const ZnInetAddr& source, ZnRPCAuthBlock& auth, uint32_t xid, ZnNFSRenameargs& args) {
-  Begin(11, source, auth, xid, args);
-}
-
-void ZnSMBNFSServer::ProcLink(const ZnInetAddr& source, ZnRPCAuthBlock& auth, uint32_t xid, ZnNFSLinkargs& args) {
-  Begin(12, source, auth, xid, args);
-}
-
-void ZnSMBNFSServer::ProcSymlink(const ZnInetAddr& source, ZnRPCAuthBlock& auth, uint32_t xid, ZnNFSSymlinkargs& args) {
-  Begin(13, source, auth, xid, args);
-}
-
-void ZnSMBNFSServer::ProcMkdir(const ZnInetAddr& source, ZnRPCAuthBlock& auth, uint32_t xid, ZnNFSCreateargs& args) {
-  Begin(14, source, auth, xid, args);
-}
-
-void ZnSMBNFSServer::ProcRmdir(const ZnInetAddr& source, ZnRPCAuthBlock& auth, uint32_t xid, ZnNFSDiropargs& args) {
-  Begin(15, source, auth, xid, args);
-}
-
-void ZnSMBNFSServer::ProcReaddir(const ZnInetAddr& source, ZnRPCAuthBlock& auth, uint32_t xid, ZnNFSReaddirargs& args) {
-  Begin(16, source, auth, xid, args);
-}
-
-void ZnSMBNFSServer::ProcStatfs(const ZnInetAddr& source, ZnRPCAuthBlock& auth, uint32_t xid, ZnNFSFileHandle& args) {
-  DefineRoot(args);
-  Begin(17, source, auth, xid, args);
+void ZnSMBNFSServer::Begin(const ZnProcedure& procedure, const ZnRPCMessageFromClient& call, const ZnCallKey& key,
+                           ZnXdrReader& arguments) {
+  auto command = std::make_unique<ZnSMBNFSCommand>(key.caller, call.call_body.credentials, call.xid, this);
+  command->procedure = &procedure;
+  command->argumentshash = key.arguments;
+  if (!procedure.arguments.decode(arguments, command->args))
+    return SendMiscError(key.caller, call.xid, ZnRPCEnum::GARBAGE_ARGS);
+  if (!procedure.reply) return SendMiscError(key.caller, call.xid, ZnRPCEnum::PROC_UNAVAIL);
+  if (!HasRoot(procedure, command->args)) return SendAuthError(key.caller, call.xid, ZnRPCEnum::AUTH_REJECTEDCRED);
+  duplicates_.Begin(key);
+  HandleCommand(command.release());  // its own owner from here on
 }
 
 void ZnSMBNFSServer::TakeConfiguredRoot(const std::array<uint8_t, 32>& bytes) {
@@ -155,49 +87,36 @@ void ZnSMBNFSServer::TakeConfiguredRoot(const std::array<uint8_t, 32>& bytes) {
 
 // The daemon never invents the root's handle: it is the one the host was given at mount time. Where the profile doesn't
 // tell it, the first call to ask for attributes brings it.
-void ZnSMBNFSServer::DefineRoot(const ZnNFSFileHandle& handle) {
-  if (!filesystem_->IsInitialised()) filesystem_->_init(handle);
+bool ZnSMBNFSServer::HasRoot(const ZnProcedure& procedure, const ZnSMBNFSArguments& arguments) {
+  if (procedure.root == ZnRoot::NotNeeded || filesystem_->IsInitialised()) return true;
+  if (procedure.root == ZnRoot::Needed) return false;
+  filesystem_->_init(procedure.arguments.handle(arguments));
+  return true;
 }
 
 // --- Commands ---
 
 void ZnSMBNFSServer::HandleCommand(ZnSMBNFSCommand* command) {
-  const ZnSMBNFSProcedure* procedure = ZnFindProcedure(command->command);
-  while (procedure && command->status != ZnSMBNFSEnum::STError) {
-    const ZnSMBNFSStep* step = FindStep(*procedure, command->status);
-    if (!step) {
-      procedure = nullptr;
-      break;
-    }
-    StepTaken(*command, *step);
-    command->status = step->next;
-    switch (step->action(*filesystem_, *command)) {
-      case ZnSMBNFSOutcome::Called:
-        return;
-      case ZnSMBNFSOutcome::GoOn:
-        break;
-      case ZnSMBNFSOutcome::Refused:
-        command->status = ZnSMBNFSEnum::STError;
-        break;
-      case ZnSMBNFSOutcome::Reply:
-        Reply(command, *procedure);
-        return;
-    }
+  if (!command->procedure) return delete command;  // nobody called: it has done what it was for
+  const std::span<const ZnStep> steps = command->procedure->steps;
+  while (!command->failed && command->nextstep < steps.size()) {
+    const ZnStep& step = steps[command->nextstep++];
+    StepTaken(*command, step);
+    const ZnStepOutcome outcome = step.action(*filesystem_, *command);
+    if (outcome == ZnStepOutcome::Called) return;
+    command->failed = outcome == ZnStepOutcome::Refused;
   }
-  if (procedure) {
-    Reply(command, *procedure);
-  } else {
-    delete command;
-  }
+  Reply(command);
 }
 
-void ZnSMBNFSServer::Reply(ZnSMBNFSCommand* command, const ZnSMBNFSProcedure& procedure) {
-  procedure.reply(*this, *filesystem_, *command);
+void ZnSMBNFSServer::Reply(ZnSMBNFSCommand* command) {
+  const ZnProcedure& procedure = *command->procedure;
+  SendSuccess(command->source, command->xid, [&](ZnXdrWriter& out) { procedure.reply(*filesystem_, *command, out); });
   if (procedure.onrepeat == ZnOnRepeat::SameReply) duplicates_.Keep(KeyOf(*command), LastReply());
   delete command;
 }
 
-void ZnSMBNFSServer::StepTaken(const ZnSMBNFSCommand&, const ZnSMBNFSStep&) {}
+void ZnSMBNFSServer::StepTaken(const ZnSMBNFSCommand&, const ZnStep&) {}
 
 void ZnSMBNFSServer::CommandEnds(const ZnSMBNFSCommand& command) { duplicates_.End(KeyOf(command)); }
 

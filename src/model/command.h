@@ -1,5 +1,5 @@
 #pragma once
-// An NFS call in flight. It walks its procedure's states until a reply can be sent, and belongs to nobody but itself
+// An NFS call in flight. It walks its procedure's steps until a reply can be sent, and belongs to nobody but itself
 // meanwhile: whoever ends it deletes it, and its destructor withdraws it from its session and from the server.
 
 #include <list>
@@ -17,6 +17,7 @@
 #include "smb/client/share_object.h"
 
 class ZnSMBNFSCommandHandler;
+struct ZnProcedure;
 
 // The call's decoded arguments, by procedure.
 using ZnSMBNFSArguments =
@@ -63,9 +64,10 @@ class ZnSMBNFSCommand {
   // Deletes it.
   void Drop() { delete this; }
 
-  int command = 0;  // NFS procedure number, or 101 for a control request
-  ZnSMBNFSEnum::Status status = ZnSMBNFSEnum::STStart;
+  const ZnProcedure* procedure = nullptr;       // what it walks; null for what nobody called
+  unsigned nextstep = 0;                        // of the procedure's
   ZnNFSEnum::Status error = ZnNFSEnum::NFS_OK;  // for the reply
+  bool failed = false;                          // no more steps: the error is the reply
   bool tolerant = false;                        // while true an error is recorded, but the command goes on its way
   ZnInetAddr source;                            // where the reply goes
   ZnRPCAuthBlock auth;

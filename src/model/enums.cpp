@@ -9,12 +9,6 @@ using E = ZnSMBNFSEnum;
 #define ZN_ROW(name) \
   { E::name, #name }
 
-constexpr ZnEnumName kStatus[] = {ZN_ROW(STStart),   ZN_ROW(STError),   ZN_ROW(STLookup),   ZN_ROW(STLookup2),
-                                  ZN_ROW(STLookup3), ZN_ROW(STLookup4), ZN_ROW(STUpdate),   ZN_ROW(STSetAttribs),
-                                  ZN_ROW(STOpen),    ZN_ROW(STRead),    ZN_ROW(STWrite),    ZN_ROW(STCreate),
-                                  ZN_ROW(STClose),   ZN_ROW(STRemove),  ZN_ROW(STRename),   ZN_ROW(STStatfs),
-                                  ZN_ROW(STUpdate2), ZN_ROW(STUpdate3), ZN_ROW(STSetTimes), ZN_ROW(STSetAllAttribs)};
-
 constexpr ZnEnumName kSessionCommand[] = {ZN_ROW(SCRequestShares),
                                           ZN_ROW(SCRequestDirs),
                                           ZN_ROW(SCRequestAttribs),
@@ -78,8 +72,6 @@ constexpr ZnEnumName kAllowedNames[] = {ZN_ROW(ANMustBeLong),  ZN_ROW(ANMustBeSh
 #undef ZN_ROW
 
 }  // namespace
-
-ZnUniString ZnSMBNFSEnum::StatusString(Status value) { return ZnNameOf(kStatus, "Status", static_cast<int>(value)); }
 
 ZnUniString ZnSMBNFSEnum::SessionCommandString(SessionCommand value) {
   return ZnNameOf(kSessionCommand, "SessionCommand", static_cast<int>(value));

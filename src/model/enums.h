@@ -1,34 +1,9 @@
 #pragma once
-// The enumerations of the gateway: where a command stands, what its session is asked to do, and how far it has got with
-// that.
+// The enumerations of the gateway: what a command's session is asked to do, and how far it has got with that.
 
 #include "runtime/uni_string.h"
 
 struct ZnSMBNFSEnum {
-  // The states of a command.
-  enum Status : int {
-    STStart = 0,
-    STError = 1,
-    STLookup = 5,
-    STLookup2 = 6,
-    STLookup3 = 7,
-    STLookup4 = 8,
-    STUpdate = 11,
-    STSetAttribs = 12,
-    STOpen = 13,
-    STRead = 14,
-    STWrite = 15,
-    STCreate = 16,
-    STClose = 17,
-    STRemove = 18,
-    STRename = 19,
-    STStatfs = 20,
-    STUpdate2 = 21,
-    STUpdate3 = 22,
-    STSetTimes = 23,
-    STSetAllAttribs = 24,
-  };
-
   // What a session is asked to do for a command.
   enum SessionCommand : int {
     SCRequestShares = 0,
@@ -106,7 +81,6 @@ struct ZnSMBNFSEnum {
   };
 
   // The enumerator's name; for other values "Unknown <type> (<number>)".
-  static ZnUniString StatusString(Status value);
   static ZnUniString SessionCommandString(SessionCommand value);
   static ZnUniString SessionStatusString(SessionStatus value);
   static ZnUniString AllowedNamesString(AllowedNames value);

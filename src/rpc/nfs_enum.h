@@ -1,10 +1,13 @@
 #pragma once
-// Numbers of NFS version 2 (RFC 1094, section 2.3).
+// Numbers of NFS version 2 (RFC 1094, section 2.3) and of MOUNT beside it (appendix A).
 
 #include <cstdint>
 #include <string>
 
 namespace ZnNFSEnum {
+
+inline constexpr uint32_t kProgram = 100003, kVersion = 2;
+inline constexpr uint32_t kMountProgram = 100005, kMountVersion = 1;
 
 // Largest READ and WRITE, in bytes of file data.
 inline constexpr uint32_t kMaxData = 8192;

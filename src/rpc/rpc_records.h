@@ -74,10 +74,15 @@ struct ZnRPCCallBody : ZnXdrRecord<ZnRPCCallBody> {
   ZnRPCAuthBlock verifier;
   ZnPacket rpc_data;  // the arguments: all the rest of the datagram
 
+  // What stands in front of the arguments.
+  template <class Io>
+  bool Header(Io& io) {
+    return io.U32(rpcversion) && io.U32(program) && io.U32(version) && io.U32(procedure) && io.Record(credentials) &&
+           io.Record(verifier);
+  }
   template <class Io>
   bool Fields(Io& io) {
-    return io.U32(rpcversion) && io.U32(program) && io.U32(version) && io.U32(procedure) && io.Record(credentials) &&
-           io.Record(verifier) && io.Rest(rpc_data);
+    return Header(io) && io.Rest(rpc_data);
   }
   bool operator==(const ZnRPCCallBody&) const = default;
 };
@@ -90,6 +95,10 @@ struct ZnRPCMessageFromClient : ZnXdrRecord<ZnRPCMessageFromClient> {
   template <class Io>
   bool Fields(Io& io) {
     return io.U32(xid) && io.U32(type) && type == ZnRPCEnum::CALL && io.Record(call_body);
+  }
+  // Reads all but the arguments, which `in` then stands at.
+  bool ReadHeader(ZnXdrReader& in) {
+    return in.U32(xid) && in.U32(type) && type == ZnRPCEnum::CALL && call_body.Header(in);
   }
   bool operator==(const ZnRPCMessageFromClient&) const = default;
 };

@@ -77,22 +77,16 @@ void ZnRPCServer::ProcessRpcMessage() {
 
   ZnRPCMessageFromClient message;
   ZnXdrReader in(buffer, length);
-  if (!message.Read(in)) return;
+  if (!message.ReadHeader(in)) return;
   if (message.call_body.rpcversion != ZnRPCEnum::kRpcVersion) {
     return SendRpcMismatch(source, message.xid, ZnRPCEnum::kRpcVersion, ZnRPCEnum::kRpcVersion);
   }
-  HandleRpcMessage(message, message.call_body.credentials, source);
+  HandleCall(message, in, source);
 }
 
 void ZnRPCServer::SendRpcMessage(const ZnRPCMessageFromServer& message, const ZnInetAddr& to) {
   ZnXdrWriter out(reply_);
   message.Write(out);
-  SendReply(to);
-}
-
-void ZnRPCServer::SendSuccess(const ZnInetAddr& to, uint32_t xid, const ZnPacket& data) {
-  StartSuccess(xid);
-  reply_.Append(data);
   SendReply(to);
 }
 
@@ -128,10 +122,11 @@ void ZnRPCServer::SendAgain(const ZnInetAddr& to, const ZnPacket& reply) {
 }
 
 // The reply so far; the result follows. A message with no data in it is the front of one with data.
-void ZnRPCServer::StartSuccess(uint32_t xid) {
+ZnXdrWriter ZnRPCServer::StartSuccess(uint32_t xid) {
   reply_.Reserve(kUsualReply);
   ZnXdrWriter out(reply_);
   Accepted(xid, ZnRPCEnum::SUCCESS).Write(out);
+  return out;
 }
 
 void ZnRPCServer::SendReply(const ZnInetAddr& to) {

@@ -24,23 +24,19 @@ class ZnRPCServer {
 
   // Asked about each datagram before anything of it is read; false drops it.
   virtual bool ServesCaller(const ZnInetAddr& /*source*/) { return true; }
-  // Serves one call of RPC version 2. All that is needed after the return must be copied. The server isn't touched
-  // after this returns.
-  virtual void HandleRpcMessage(ZnRPCMessageFromClient& message, ZnRPCAuthBlock& credentials,
-                                const ZnInetAddr& source) = 0;
+  // Serves one call of RPC version 2, whose arguments are what `arguments` has left. All that is needed after the
+  // return must be copied. The server isn't touched after this returns.
+  virtual void HandleCall(const ZnRPCMessageFromClient& call, ZnXdrReader& arguments, const ZnInetAddr& source) = 0;
 
   // Replies. They leave when the loop's turn is over, so that what the caller begins meanwhile, a server's next request
   // above all, doesn't wait for them. Each is sent once; one that can't be sent is dropped, since callers that hear
   // nothing call again.
   void SendRpcMessage(const ZnRPCMessageFromServer& message, const ZnInetAddr& to);
-  // The call was served, with the encoded result (empty for none).
-  void SendSuccess(const ZnInetAddr& to, uint32_t xid, const ZnPacket& data);
-  // The same, encoding a record straight into the reply.
-  template <class R, class Reader, class Writer>
-  void SendSuccess(const ZnInetAddr& to, uint32_t xid, const ZnRecord<R, Reader, Writer>& result) {
-    StartSuccess(xid);
-    Writer out(reply_);
-    result.Write(out);
+  // The call was served: `write` is given the writer to write the result with, straight into the reply.
+  template <class Write>
+  void SendSuccess(const ZnInetAddr& to, uint32_t xid, Write write) {
+    ZnXdrWriter out = StartSuccess(xid);
+    write(out);
     SendReply(to);
   }
   // The call wasn't served. SUCCESS and PROG_MISMATCH say nothing without more data and become GARBAGE_ARGS.
@@ -63,7 +59,7 @@ class ZnRPCServer {
 
  private:
   const char* Start(ZnInetAddr address, unsigned port);
-  void StartSuccess(uint32_t xid);
+  ZnXdrWriter StartSuccess(uint32_t xid);
   void SendReply(const ZnInetAddr& to);
   void SendWaiting();
 

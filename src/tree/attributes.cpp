@@ -18,6 +18,11 @@ constexpr uint32_t kLinkBits = 0120000;
 constexpr uint32_t kBlockSize = 512;
 constexpr uint32_t kMicroseconds = 1000000;
 
+// NFS counts in 32 bits: larger is shown as the largest that it can say, never as the remainder.
+uint32_t Shown(uint64_t size) {
+  return static_cast<uint32_t>(std::min<uint64_t>(size, std::numeric_limits<uint32_t>::max()));
+}
+
 uint32_t BlocksOf(uint32_t size) { return size / kBlockSize + (size % kBlockSize != 0 ? 1 : 0); }
 
 void SetMode(ZnNFSFattr& attribs, const ZnUniString& name, const ZnSMBCFileAttributes& entry,
@@ -87,7 +92,8 @@ void ZnSMBNFSFileSystem::UpdateNode(ZnSMBNFSNode* node, const ZnSMBCFileObject& 
   attribs.fileid = node->id;
   SetMode(attribs, node->name, entry.attribs, tree->config);
   // Servers show an open file's old size until it is closed; what was written here counts.
-  uint32_t size = node->file ? std::max(entry.size, node->file->writtensize) : entry.size;
+  uint32_t size = Shown(entry.size);
+  if (node->file) size = std::max(size, node->file->writtensize);
   if (!entry.attribs.directory || size > 0) {
     attribs.size = size;
     attribs.blocks = BlocksOf(size);

@@ -49,7 +49,7 @@ class ZnSMBNFSFileSystem : public ZnSMBNFSSessionHost {
   ZnSMBNFSSessionBase* GetSession(ZnSMBNFSNode* node);
   // The tree of the share above, made on demand; null when there is none.
   ZnSMBNFSTree* GetTree(ZnSMBNFSNode* node);
-  // Records a failure; unless the command is tolerant its state becomes STError. Then HandleCommand.
+  // Records a failure; unless the command is tolerant it takes no more steps. Then HandleCommand.
   void SendError(ZnSMBNFSCommand* command, ZnNFSEnum::Status status);
   // The step is done: the command goes on.
   void Continue(ZnSMBNFSCommand* command) { server_->HandleCommand(command); }

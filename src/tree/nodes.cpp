@@ -243,7 +243,7 @@ ZnSMBNFSTree* ZnSMBNFSFileSystem::GetTree(ZnSMBNFSNode* node) {
 
 void ZnSMBNFSFileSystem::SendError(ZnSMBNFSCommand* command, ZnNFSEnum::Status status) {
   command->error = status;
-  if (!command->tolerant) command->status = ZnSMBNFSEnum::STError;
+  if (!command->tolerant) command->failed = true;
   Continue(command);
 }
 

@@ -38,7 +38,7 @@ class CountedServer : public ZnSMBNFSServer {
   static CountedServer* last;
 
  protected:
-  void StepTaken(const ZnSMBNFSCommand&, const ZnSMBNFSStep&) override { steps++; }
+  void StepTaken(const ZnSMBNFSCommand&, const ZnStep&) override { steps++; }
 };
 
 TestFileSystem* CountedServer::filesystem = nullptr;
@@ -202,10 +202,12 @@ TEST_F(Server, FiltersComeBeforeAllElse) {
   Getattr(server, 1, root_);
   EXPECT_EQ(caller_.Reply(), (std::vector<uint32_t>{1, 1, 1, 1, 5})) << "MSG_DENIED, AUTH_ERROR, too weak";
   EXPECT_FALSE(CountedServer::filesystem->IsInitialised());
-  ZnRPCMessageFromClient call{{}, 2, ZnRPCEnum::CALL, {{}, 2, 100003, 2, 1, {}, {}, root_.Pack()}};
+  const ZnRPCMessageFromClient call{{}, 2, ZnRPCEnum::CALL, {{}, 2, 100003, 2, 1, {}, {}, {}}};
+  const ZnPacket arguments = root_.Pack();
+  ZnXdrReader in(arguments);
   ZnInetAddr reserved = ZnInetAddr::AddressLoopback();
   reserved.Port(1023);
-  server.HandleRpcMessage(call, call.call_body.credentials, reserved);
+  server.HandleCall(call, in, reserved);
   EXPECT_TRUE(CountedServer::filesystem->IsInitialised());
 }
 

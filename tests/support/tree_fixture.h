@@ -186,7 +186,6 @@ class TreeTest : public ::testing::Test {
     auto command = std::make_unique<ZnSMBNFSCommand>(ZnInetAddr(), ZnRPCAuthBlock(), 1, &handler);
     command->node = node;
     command->name = name;
-    command->status = ZnSMBNFSEnum::STLookup;
     return command;
   }
   // Brings a node's contents up to date as a call would.

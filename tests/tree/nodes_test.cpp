@@ -35,7 +35,7 @@ TEST_F(Nodes, WaitingCommandsOfAPrunedFileEndStale) {
   EXPECT_FALSE(waiting->node);
   filesystem.CompleteRequest(waiting.get());
   EXPECT_EQ(waiting->error, ZnNFSEnum::NFSERR_STALE);
-  EXPECT_EQ(waiting->status, E::STError);
+  EXPECT_TRUE(waiting->failed);
 }
 
 TEST_F(Nodes, AListingOfAPrunedDirectoryEndsStale) {

@@ -10,13 +10,12 @@
 #include <random>
 #include <vector>
 
-#include "rpc/nfs_server.h"
+#include "rpc/nfs_enum.h"
 
 namespace {
 
 using namespace std::chrono_literals;
 
-constexpr uint32_t kNfsVersion = 2;
 constexpr size_t kLargestReply = 65536;
 constexpr size_t kMostGroups = 16;  // that AUTH_UNIX has room for
 constexpr auto kLongestPause = 20s;
@@ -148,8 +147,8 @@ Error RpcClient::Start(NfsProcedure procedure, size_t index, const MakeArguments
 ZnPacket RpcClient::CallMessage(uint32_t xid, NfsProcedure procedure, const ZnPacket& arguments) const {
   ZnRPCMessageFromClient message;
   message.xid = xid;
-  message.call_body.program = ZnNFSServer::kNfsProgram;
-  message.call_body.version = kNfsVersion;
+  message.call_body.program = ZnNFSEnum::kProgram;
+  message.call_body.version = ZnNFSEnum::kVersion;
   message.call_body.procedure = static_cast<uint32_t>(procedure);
   message.call_body.credentials = credentials_;
   message.call_body.rpc_data = arguments;

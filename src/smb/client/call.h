@@ -7,9 +7,6 @@
 
 #include "smb/wire/client_values.h"
 
-// On whose behalf requests go out. Where more wait than the server takes at a time, callers take turns.
-using ZnSmbCaller = uint64_t;
-
 struct ZnSmbOutcome {
   ZnSMBClientValues::Reason reason = ZnSMBClientValues::ErrNone;
   uint8_t errorclass = 0;  // of ErrSMB: how the server refused

@@ -23,6 +23,7 @@
 #include "runtime/unix_error.h"
 #include "smb/client/call.h"
 #include "smb/client/disk_space.h"
+#include "smb/client/exchange.h"
 #include "smb/client/file_object.h"
 #include "smb/client/password_fields.h"
 #include "smb/client/server_info.h"
@@ -95,9 +96,9 @@ class ZnSmbClient {
 
   // ---- files. `caller` is on whose behalf: where requests have to wait, callers take turns.
 
-  // Opens file->path. Success sets fid, isopen, access, attribs, size and modified (UTC), and where the server tells
-  // them created and accessed too. ErrBadFID when it is open already. If the handle is destroyed while the server is
-  // opening the file, it is closed again.
+  // Opens file->path. Success sets fid, isopen, access, attribs, size, and created, accessed and modified as UTC, or
+  // to zero where the server tells only its local time. ErrBadFID when it is open already. If the handle is destroyed
+  // while the server is opening the file, it is closed again.
   ZnSmbCall Open(ZnSmbCaller caller, ZnSMBCFileObject* file, const ZnSmbOpenMode& mode, ZnSmbDone done);
   // Reads up to `length` bytes (any number) at `offset`, in as many requests as it takes, side by side. `buffer` is
   // replaced by what came; fewer bytes mean the end of the file.

@@ -66,11 +66,11 @@ void TakeFileInfo(const ZnSMBCTrans2_FILEINFO& info, Values::FileInfoLevel level
     case Values::FileInfoAttribs:
       return TakeAttribs(info, file);
     case Values::FileInfoSize:
-      file.size = static_cast<uint32_t>(info.end_of_file);
+      file.size = info.end_of_file;
       return;
     case Values::FileInfoAll:
       TakeAttribs(info, file);
-      file.size = static_cast<uint32_t>(info.end_of_file);
+      file.size = info.end_of_file;
       if (!info.filename.IsEmpty()) file.altname = info.filename;
       return;
     case Values::FileInfoName:

@@ -1,8 +1,5 @@
 // Listing a directory: find first, and find next until the server has no more.
 
-#include <algorithm>
-#include <limits>
-
 #include "smb/client/smb_client.h"
 #include "smb/wire/trans2_sections.h"
 
@@ -26,8 +23,7 @@ ZnUniString SearchName(const ZnUniString& directory, const ZnUniString& pattern)
 ZnSMBCFileObject FileOf(const ZnSMBCTrans2_DIRENTRY& entry, const ZnSMBCTreeObject& tree) {
   ZnSMBCFileObject file(tree, entry.filename);
   file.altname = entry.shortname;
-  // Larger than 32 bits hold is shown as the largest that they do, never as the remainder.
-  file.size = static_cast<uint32_t>(std::min<uint64_t>(entry.end_of_file, std::numeric_limits<uint32_t>::max()));
+  file.size = entry.end_of_file;
   file.attribs = entry.xattribs.attribs;
   file.created = entry.create_time.AsTimeVal();
   file.accessed = entry.last_access_time.AsTimeVal();

@@ -14,7 +14,7 @@ struct ZnSMBCBaseFileObject : ZnSMBCTreeObject {
   ZnUniString path;         // in the share, from its top, with backslashes; of a listed entry, the entry's name alone
   uint16_t fid = kNotOpen;  // file id while open
   bool isopen = false;
-  uint32_t size = 0;   // bytes; of a listed file at most the largest number that fits
+  uint64_t size = 0;   // bytes; servers of old dialects count in 32 bits
   ZnTimeVal modified;  // last modified
 
   ZnSMBCBaseFileObject() : ZnSMBCBaseFileObject(ZnSMBCTreeObject(), ZnUniString()) {}

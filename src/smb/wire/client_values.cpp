@@ -11,13 +11,13 @@ using Values = ZnSMBClientValues;
   { Values::enumerator, #enumerator }
 
 constexpr ZnEnumName kCommand[] = {
-    ROW(CmdCreateDir),    ROW(CmdDeleteDir),      ROW(CmdOpen),      ROW(CmdCreate),        ROW(CmdClose),
-    ROW(CmdFlush),        ROW(CmdDelete),         ROW(CmdRename),    ROW(CmdSetAttributes), ROW(CmdRead),
-    ROW(CmdWrite),        ROW(CmdSetTimes),       ROW(CmdTrans),     ROW(CmdTranss),        ROW(CmdIoctl),
-    ROW(CmdIoctls),       ROW(CmdMove),           ROW(CmdOpenX),     ROW(CmdTrans2),        ROW(CmdTrans2s),
-    ROW(CmdTreeConnect),  ROW(CmdTreeDisconnect), ROW(CmdNegotiate), ROW(CmdSessionSetupX), ROW(CmdLogoffX),
-    ROW(CmdTreeConnectX), ROW(CmdQueryDisk),      ROW(CmdNTCreateX), ROW(CmdOpenPrint),     ROW(CmdPrintQueue),
-    ROW(CmdNone),
+    ROW(CmdCreateDir), ROW(CmdDeleteDir),     ROW(CmdOpen),       ROW(CmdCreate),        ROW(CmdClose),
+    ROW(CmdFlush),     ROW(CmdDelete),        ROW(CmdRename),     ROW(CmdSetAttributes), ROW(CmdRead),
+    ROW(CmdWrite),     ROW(CmdSetTimes),      ROW(CmdTrans),      ROW(CmdTranss),        ROW(CmdIoctl),
+    ROW(CmdIoctls),    ROW(CmdMove),          ROW(CmdOpenX),      ROW(CmdReadX),         ROW(CmdWriteX),
+    ROW(CmdFindClose), ROW(CmdTrans2),        ROW(CmdTrans2s),    ROW(CmdTreeConnect),   ROW(CmdTreeDisconnect),
+    ROW(CmdNegotiate), ROW(CmdSessionSetupX), ROW(CmdLogoffX),    ROW(CmdTreeConnectX),  ROW(CmdQueryDisk),
+    ROW(CmdNTCreateX), ROW(CmdOpenPrint),     ROW(CmdPrintQueue), ROW(CmdNone),
 };
 
 constexpr ZnEnumName kReason[] = {

@@ -212,6 +212,16 @@ struct ZnSMBCWrite_RespWords : ZnSmbRecord<ZnSMBCWrite_RespWords> {
   bool operator==(const ZnSMBCWrite_RespWords&) const = default;
 };
 
+// The front of that data, where the file's bytes are kept apart from the message.
+struct ZnSMBCFileBlock : ZnSmbRecord<ZnSMBCFileBlock> {
+  uint16_t length = 0;  // of what follows
+  template <class Io>
+  bool Fields(Io& io) {
+    return io.Constant(1) && io.U16le(length);
+  }
+  bool operator==(const ZnSMBCFileBlock&) const = default;
+};
+
 // Set times, command 34 (MS-CIFS 2.2.4.27)
 
 struct ZnSMBCSetTimes_ReqWords : ZnSmbRecord<ZnSMBCSetTimes_ReqWords> {
@@ -331,6 +341,83 @@ struct ZnSMBCOpenX_RespWords : ZnSmbRecord<ZnSMBCOpenX_RespWords> {
   bool operator==(const ZnSMBCOpenX_RespWords&) const = default;
 };
 
+// Read, command 46 (MS-CIFS 2.2.4.42, MS-SMB 2.2.4.2). The file's bytes stand in the data section, where the words of
+// the reply say.
+
+struct ZnSMBCReadX_ReqWords : ZnSmbRecord<ZnSMBCReadX_ReqWords> {
+  ZnSMBCNoChainedCommand cc;
+  uint16_t fid = 0;
+  uint32_t offset = 0;
+  uint16_t count = 0;
+  uint16_t min_count = 0;
+  uint16_t remaining = 0;
+  uint32_t high_offset = 0;
+  template <class Io>
+  bool Fields(Io& io) {
+    return io.Record(cc) && io.U16le(fid) && io.U32le(offset) && io.U16le(count) && io.U16le(min_count) &&
+           io.Reserved(4) && io.U16le(remaining) && io.U32le(high_offset);
+  }
+  bool operator==(const ZnSMBCReadX_ReqWords&) const = default;
+};
+
+struct ZnSMBCReadX_RespWords : ZnSmbRecord<ZnSMBCReadX_RespWords> {
+  ZnSMBCNoChainedCommand cc;
+  uint16_t length = 0;       // bytes read
+  uint16_t data_offset = 0;  // from the start of the message
+  uint16_t high_length = 0;
+  template <class Io>
+  bool Fields(Io& io) {
+    return io.Record(cc) && io.Reserved(6) && io.U16le(length) && io.U16le(data_offset) && io.U16le(high_length) &&
+           io.Reserved(8);
+  }
+  bool operator==(const ZnSMBCReadX_RespWords&) const = default;
+};
+
+// Write, command 47 (MS-CIFS 2.2.4.43, MS-SMB 2.2.4.3)
+
+struct ZnSMBCWriteX_ReqWords : ZnSmbRecord<ZnSMBCWriteX_ReqWords> {
+  // Of the file's bytes: behind these words, the byte count and one pad byte.
+  static constexpr uint16_t kDataOffset = 64;
+
+  ZnSMBCNoChainedCommand cc;
+  uint16_t fid = 0;
+  uint32_t offset = 0;
+  uint16_t remaining = 0;
+  uint16_t length = 0;
+  uint16_t data_offset = kDataOffset;
+  uint32_t high_offset = 0;
+  template <class Io>
+  bool Fields(Io& io) {
+    return io.Record(cc) && io.U16le(fid) && io.U32le(offset) && io.Reserved(6) && io.U16le(remaining) &&
+           io.Reserved(2) && io.U16le(length) && io.U16le(data_offset) && io.U32le(high_offset);
+  }
+  bool operator==(const ZnSMBCWriteX_ReqWords&) const = default;
+};
+
+// The front of the data section.
+struct ZnSMBCWriteX_ReqPad : ZnSmbRecord<ZnSMBCWriteX_ReqPad> {
+  template <class Io>
+  bool Fields(Io& io) {
+    return io.Reserved(1);
+  }
+  bool operator==(const ZnSMBCWriteX_ReqPad&) const = default;
+};
+
+struct ZnSMBCWriteX_RespWords : ZnSmbRecord<ZnSMBCWriteX_RespWords> {
+  ZnSMBCNoChainedCommand cc;
+  uint16_t count = 0;  // bytes written
+  uint16_t high_count = 0;
+  template <class Io>
+  bool Fields(Io& io) {
+    return io.Record(cc) && io.U16le(count) && io.Reserved(2) && io.U16le(high_count) && io.Reserved(2);
+  }
+  bool operator==(const ZnSMBCWriteX_RespWords&) const = default;
+};
+
+// Close a search, command 52 (MS-CIFS 2.2.4.48)
+
+using ZnSMBCFindClose_ReqWords = ZnSMBCWord;
+
 // Create, command 162 (MS-CIFS 2.2.4.64)
 
 struct ZnSMBCNTCreateX_ReqWords : ZnSmbRecord<ZnSMBCNTCreateX_ReqWords> {
@@ -340,7 +427,7 @@ struct ZnSMBCNTCreateX_ReqWords : ZnSmbRecord<ZnSMBCNTCreateX_ReqWords> {
   uint32_t root_fid = 0;
   uint32_t desired_access = 0;
   uint64_t allocation_size = 0;
-  uint32_t attribs = 0;
+  ZnSMBCFileXAttributes xattribs;
   uint32_t share_access = 0;
   uint32_t disposition = 0;
   uint32_t options = 0;
@@ -349,7 +436,7 @@ struct ZnSMBCNTCreateX_ReqWords : ZnSmbRecord<ZnSMBCNTCreateX_ReqWords> {
   template <class Io>
   bool Fields(Io& io) {
     return io.Record(cc) && io.Reserved(1) && io.U16le(name_length) && io.U32le(flags) && io.U32le(root_fid) &&
-           io.U32le(desired_access) && io.U64le(allocation_size) && io.U32le(attribs) && io.U32le(share_access) &&
+           io.U32le(desired_access) && io.U64le(allocation_size) && io.Record(xattribs) && io.U32le(share_access) &&
            io.U32le(disposition) && io.U32le(options) && io.U32le(impersonation) && io.U8(security_flags);
   }
   bool operator==(const ZnSMBCNTCreateX_ReqWords&) const = default;
@@ -366,17 +453,18 @@ struct ZnSMBCNTCreateX_RespWords : ZnSmbRecord<ZnSMBCNTCreateX_RespWords> {
   ZnSMBCTimeDCE last_access_time;
   ZnSMBCTimeDCE last_write_time;
   ZnSMBCTimeDCE change_time;
-  uint32_t attribs = 0;
+  ZnSMBCFileXAttributes xattribs;
   uint64_t allocation_size = 0;
+  uint64_t end_of_file = 0;
   uint16_t file_type = 0;
   uint16_t device_state = 0;
   bool directory = false;
   template <class Io>
   bool Fields(Io& io) {
     return io.Record(cc) && io.U8(oplock_level) && io.U16le(fid) && io.U32le(action) && io.Record(creation_time) &&
-           io.Record(last_access_time) && io.Record(last_write_time) && io.Record(change_time) && io.U32le(attribs) &&
-           io.U64le(allocation_size) && io.U16le(file_type) && io.U16le(device_state) && io.LowBits(directory, 1) &&
-           io.LowIgnored(7);
+           io.Record(last_access_time) && io.Record(last_write_time) && io.Record(change_time) && io.Record(xattribs) &&
+           io.U64le(allocation_size) && io.U64le(end_of_file) && io.U16le(file_type) && io.U16le(device_state) &&
+           io.LowBits(directory, 1) && io.LowIgnored(7);
   }
   bool operator==(const ZnSMBCNTCreateX_RespWords&) const = default;
 };

@@ -235,6 +235,18 @@ struct ZnSMBCTrans2_RENAMEINFO : ZnSmbRecord<ZnSMBCTrans2_RENAMEINFO> {
   bool operator==(const ZnSMBCTrans2_RENAMEINFO&) const = default;
 };
 
+// A new size for a file. (MS-CIFS 2.2.8.4.6)
+struct ZnSMBCTrans2_ENDOFFILE : ZnSmbRecord<ZnSMBCTrans2_ENDOFFILE> {
+  static constexpr uint16_t kLevel = 260;
+
+  uint64_t end_of_file = 0;
+  template <class Io>
+  bool Fields(Io& io) {
+    return io.U64le(end_of_file);
+  }
+  bool operator==(const ZnSMBCTrans2_ENDOFFILE&) const = default;
+};
+
 // Information about a file system, at level 1, 2 or 259. (MS-CIFS 2.2.8.2)
 struct ZnSMBCTrans2_FSINFO : ZnSmbRecord<ZnSMBCTrans2_FSINFO> {
   ZnEncoding encoding;
