@@ -26,6 +26,8 @@ class ZnSMBCDecode {
   // itself. A buffer is shared; the bytes of a span are to stay as long as sections are read.
   bool Read(const ZnByteBuffer& message);
   bool Read(std::span<const uint8_t> message);
+  // The whole message, with what stands behind its data.
+  std::span<const uint8_t> Bytes() const { return bytes_; }
   // A section's bytes, as long as this object isn't read into again.
   ZnSmbReader Words() const { return Section(ZnSMBCHeader::kSize + 1, WordsSize()); }
   ZnSmbReader Data() const { return Section(DataStart(), bytecount); }
