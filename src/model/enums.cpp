@@ -24,6 +24,7 @@ constexpr ZnEnumName kSessionCommand[] = {ZN_ROW(SCRequestShares),
                                           ZN_ROW(SCRequestSetTimes),
                                           ZN_ROW(SCRequestRename),
                                           ZN_ROW(SCRequestSpace),
+                                          ZN_ROW(SCRequestEntry),
                                           ZN_ROW(SCCleanUp),
                                           ZN_ROW(SCProbe)};
 

@@ -21,6 +21,7 @@ struct ZnSMBNFSEnum {
     SCRequestSetTimes = 12,
     SCRequestRename = 13,
     SCRequestSpace = 14,
+    SCRequestEntry = 15,  // the one entry of that name in a directory, of which nothing is known yet
     SCCleanUp = 20,
     SCProbe = 21,
   };

@@ -35,9 +35,10 @@ unsigned ClassOf(const ZnSMBServerInfo& server) {
 }  // namespace
 
 ZnConversation::ZnConversation(ZnSMBNFSSessionHost* host, const ZnSMBNFSMachineConfig& config, ZnSmbClient& client,
-                               ZnWakeups& wakeups, std::function<void()> over)
+                               ZnSessionReports& reports, ZnWakeups& wakeups, std::function<void()> over)
     : config_(config),
       client_(client),
+      reports_(reports),
       over_(std::move(over)),
       finder_(host, config, [this](bool found) { AddressFound(found); }),
       waiting_(wakeups),
@@ -75,6 +76,7 @@ void ZnConversation::AddressFound(bool found) {
 void ZnConversation::Connect() {
   attempt_ = ZnSteadyClock::now();
   ApplySettings();
+  reports_.TakeAddress(finder_.address());
   ZnMachine server(config_.nbtname, ZnMachine::Server);
   server.Name(finder_.address());
   connecting_ = client_.Connect(server, CallingName(), config_.winname, config_.password,

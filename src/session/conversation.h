@@ -7,6 +7,7 @@
 #include "model/upward.h"
 #include "runtime/timer.h"
 #include "session/address_finder.h"
+#include "session/reports.h"
 #include "session/wait_list.h"
 #include "smb/client/client.h"
 
@@ -22,7 +23,7 @@ class ZnConversation {
 
   // All of these outlive the conversation. `over` is called when a connection has ended, however.
   ZnConversation(ZnSMBNFSSessionHost* host, const ZnSMBNFSMachineConfig& config, ZnSmbClient& client,
-                 ZnWakeups& wakeups, std::function<void()> over);
+                 ZnSessionReports& reports, ZnWakeups& wakeups, std::function<void()> over);
 
   // Of the conversation that stands, counted from 1; 0 while there is none.
   uint32_t Number() const { return client_.IsConnected() ? number_ : 0; }
@@ -33,7 +34,6 @@ class ZnConversation {
   // Waits until a conversation stands, or failed to come about: failure() says why. Begins one if need be.
   ZnWaitPlace Enter(ZnSmbDone done);
   Failure& failure() { return failure_; }
-  const ZnInetAddr& address() const { return finder_.address(); }
 
   // The connection has ended by itself.
   void Lost(ZnSMBClientValues::Reason reason);
@@ -60,6 +60,7 @@ class ZnConversation {
 
   const ZnSMBNFSMachineConfig& config_;
   ZnSmbClient& client_;
+  ZnSessionReports& reports_;
   std::function<void()> over_;
   ZnAddressFinder finder_;
   ZnWaitList waiting_;

@@ -1,6 +1,6 @@
 #pragma once
-// Asks for the attributes of one entry, as a listing of its name alone. The node may be a directory: its own entry is
-// in the one above.
+// Asks for what a directory holds under one name: under that of a known node (SCRequestAttribs), or under one of which
+// nothing is known (SCRequestEntry); that there is no such entry is an answer then.
 
 #include "session/task.h"
 
@@ -9,8 +9,12 @@ class ZnEntryTask : public ZnSessionTask {
   ZnEntryTask(ZnMachineSession& session, ZnSMBNFSCommand& command) : ZnSessionTask(session, command, Rows()) {}
   static std::span<const ZnTaskRow> Rows();
 
+ protected:
+  std::optional<ZnTaskEvent> EventOf(const ZnSmbOutcome& outcome) override;
+
  private:
   static const ZnTaskRow kRows[];
 
+  bool IsOfNode() const { return command().sessioncommand == E::SCRequestAttribs; }
   void Ask();
 };

@@ -33,18 +33,19 @@ ZnUniString CodesOf(const ZnUniString& character) {
   return codes;
 }
 
-bool MakesName(E::SessionCommand command) {
-  return command == E::SCRequestCreateFile || command == E::SCRequestMkdir || command == E::SCRequestRename;
+bool SendsName(E::SessionCommand command) {
+  return command == E::SCRequestCreateFile || command == E::SCRequestMkdir || command == E::SCRequestRename ||
+         command == E::SCRequestEntry;
 }
 
 }  // namespace
 
 ZnUniString ZnNamesNotHeld(const ZnSMBNFSCommand& command, const ZnSMBNFSTree& tree, ZnEncoding encoding) {
-  const bool makesname = MakesName(command.sessioncommand);
-  if (command.node->file && !makesname) return {};  // the server has understood the name before
+  const bool sendsname = SendsName(command.sessioncommand);
+  if (command.node->file && !sendsname) return {};  // the server has understood the name before
   ZnUniString names = command.node->IsInside() ? command.node->Path() : ZnUniString();
   if (command.sessioncommand == E::SCRequestRename && command.node2) names += command.node2->PathInside();
-  if (makesname) names += command.name;
+  if (sendsname) names += command.name;
   names = InternalToWindowsPath(names, tree.config);
   if (IsHeldWhole(names, encoding)) return {};
   const ZnUniString missing = FirstNotHeld(names, encoding);

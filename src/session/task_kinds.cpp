@@ -25,6 +25,7 @@ std::span<const ZnTaskKind> ZnTaskKinds() {
   static const ZnTaskKind kinds[] = {
       Kind<ZnListTask>(E::SCRequestDirs),
       Kind<ZnEntryTask>(E::SCRequestAttribs),
+      Kind<ZnEntryTask>(E::SCRequestEntry),
       Kind<ZnSpaceTask>(E::SCRequestSpace),
   };
   return kinds;
