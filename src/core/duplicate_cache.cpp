@@ -19,7 +19,7 @@ void ZnDuplicateCache::Keep(const ZnCallKey& call, const ZnPacket& reply) {
   while (!replies_.empty() && (replies_.size() >= kMostReplies || replies_.front().sent + kLifetime < now)) {
     DropOldest();
   }
-  by_call_[call] = replies_.insert(replies_.end(), {call, now, reply});
+  by_call_[call] = replies_.insert(replies_.end(), {call, now, ZnPacket(reply.Data(), reply.Length())});
 }
 
 const ZnPacket* ZnDuplicateCache::FindReply(const ZnCallKey& call) const {

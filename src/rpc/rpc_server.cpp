@@ -4,7 +4,9 @@ namespace {
 
 // The largest call of version 2: 8192 bytes of data behind its headers, with a full machine name and 16 groups.
 constexpr size_t kReadBufferSize = 9216;
-constexpr size_t kUsualReply = 128;  // bytes; longer ones grow
+// In one system call. Large enough for the calls that one client has on their way.
+constexpr size_t kMostCallsATurn = 16;
+constexpr size_t kMostReplies = 32;
 constexpr unsigned kSocketBufferSize = 32768;
 // A client may have 16 writes of 8192 bytes on their way, and several clients so many each: what doesn't fit is lost,
 // and sent again only after a second or more.
@@ -31,12 +33,15 @@ ZnRPCMessageFromServer Denied(uint32_t xid, ZnRPCEnum::RejectStat status) {
 ZnRPCServer::ZnRPCServer(ZnEventLoopBase* loop, unsigned port, const ZnInetAddr& local)
     : loop_(loop),
       read_callback_(this, &ZnRPCServer::ReadCallback),
-      write_callback_(this, &ZnRPCServer::WriteCallback) {
+      turn_end_callback_(this, &ZnRPCServer::TurnEndCallback),
+      calls_(kMostCallsATurn, kReadBufferSize),
+      replies_(kMostReplies) {
   error_ = Start(local, port);
 }
 
 ZnRPCServer::~ZnRPCServer() {
-  SendWaiting();
+  replies_.Send(socket_.Fd());
+  loop_->CancelTurnEnd(&turn_end_callback_);
   if (watched_) loop_->RemoveFileEvent(static_cast<unsigned>(socket_.Fd()), true, false, &read_callback_);
 }
 
@@ -60,23 +65,18 @@ const char* ZnRPCServer::Start(ZnInetAddr address, unsigned port) {
 }
 
 void ZnRPCServer::ReadCallback(ZnEventCallback*, ZnEvent::cbdispatch value) {
-  if (value == ZnEvent::Fired) ProcessRpcMessage();
+  if (value != ZnEvent::Fired) return;
+  const size_t count = calls_.Receive(socket_.Fd());
+  for (size_t i = 0; i < count; i++) Serve(calls_[i]);
 }
 
-void ZnRPCServer::WriteCallback(ZnEventCallback*, ZnEvent::cbdispatch value) {
-  if (value == ZnEvent::Fired) SendWaiting();
-}
+void ZnRPCServer::TurnEndCallback(ZnEventCallback*, ZnEvent::cbdispatch) { replies_.Send(socket_.Fd()); }
 
-void ZnRPCServer::ProcessRpcMessage() {
-  static uint8_t buffer[kReadBufferSize];  // decoded in full before a handler can run, so that one serves all
-  size_t length = sizeof buffer;
-  ZnInetAddr source;
-  ZnFile::IoStatus status = socket_.ReadMessage(buffer, sizeof buffer, length, source);
-  if (status == ZnFile::IoStatus::Failed || status == ZnFile::IoStatus::Closed) return;
+void ZnRPCServer::Serve(const ZnDatagramReader::Datagram& datagram) {
+  const ZnInetAddr& source = datagram.from;
   if (!ServesCaller(source)) return;
-
   ZnRPCMessageFromClient message;
-  ZnXdrReader in(buffer, length);
+  ZnXdrReader in(datagram.bytes, datagram.length);
   if (!message.ReadHeader(in)) return;
   if (message.call_body.rpcversion != ZnRPCEnum::kRpcVersion) {
     return SendRpcMismatch(source, message.xid, ZnRPCEnum::kRpcVersion, ZnRPCEnum::kRpcVersion);
@@ -85,9 +85,8 @@ void ZnRPCServer::ProcessRpcMessage() {
 }
 
 void ZnRPCServer::SendRpcMessage(const ZnRPCMessageFromServer& message, const ZnInetAddr& to) {
-  ZnXdrWriter out(reply_);
+  ZnXdrWriter out(NextReply(to));
   message.Write(out);
-  SendReply(to);
 }
 
 void ZnRPCServer::SendMiscError(const ZnInetAddr& to, uint32_t xid, ZnRPCEnum::AcceptStat status) {
@@ -116,30 +115,13 @@ void ZnRPCServer::SendAuthError(const ZnInetAddr& to, uint32_t xid, ZnRPCEnum::A
   SendRpcMessage(message, to);
 }
 
-void ZnRPCServer::SendAgain(const ZnInetAddr& to, const ZnPacket& reply) {
-  reply_ = reply;
-  SendReply(to);
-}
+void ZnRPCServer::SendAgain(const ZnInetAddr& to, const ZnPacket& reply) { NextReply(to).Append(reply); }
 
-// The reply so far; the result follows. A message with no data in it is the front of one with data.
-ZnXdrWriter ZnRPCServer::StartSuccess(uint32_t xid) {
-  reply_.Reserve(kUsualReply);
-  ZnXdrWriter out(reply_);
-  Accepted(xid, ZnRPCEnum::SUCCESS).Write(out);
-  return out;
-}
+// A message with no data in it is the front of one with data.
+void ZnRPCServer::WriteSuccess(ZnXdrWriter& out, uint32_t xid) { Accepted(xid, ZnRPCEnum::SUCCESS).Write(out); }
 
-void ZnRPCServer::SendReply(const ZnInetAddr& to) {
-  if (waiting_.empty()) loop_->AddFileEvent(static_cast<unsigned>(socket_.Fd()), false, true, &write_callback_);
-  waiting_.push_back({std::exchange(reply_, {}), to});
-}
-
-void ZnRPCServer::SendWaiting() {
-  if (waiting_.empty()) return;
-  loop_->RemoveFileEvent(static_cast<unsigned>(socket_.Fd()), false, true, &write_callback_);
-  for (const Reply& reply : waiting_) {
-    size_t length = 0;
-    socket_.WriteMessage(reply.packet.Data(), reply.packet.Length(), length, reply.to);
-  }
-  waiting_.clear();
+ZnPacket& ZnRPCServer::NextReply(const ZnInetAddr& to) {
+  if (replies_.IsFull()) replies_.Send(socket_.Fd());
+  if (replies_.Count() == 0) loop_->AtTurnEnd(&turn_end_callback_);
+  return replies_.Add(to);
 }

@@ -2,9 +2,8 @@
 // An RPC server on one UDP socket (RFC 1057), without record marking and without a port mapper. It keeps nothing about
 // a call: a reply may leave at any later time, given the caller's address and transaction id.
 
-#include <vector>
-
 #include "rpc/rpc_records.h"
+#include "runtime/datagrams.h"
 #include "runtime/event_loop.h"
 #include "runtime/socket.h"
 
@@ -28,16 +27,15 @@ class ZnRPCServer {
   // return must be copied. The server isn't touched after this returns.
   virtual void HandleCall(const ZnRPCMessageFromClient& call, ZnXdrReader& arguments, const ZnInetAddr& source) = 0;
 
-  // Replies. They leave when the loop's turn is over, so that what the caller begins meanwhile, a server's next request
-  // above all, doesn't wait for them. Each is sent once; one that can't be sent is dropped, since callers that hear
-  // nothing call again.
+  // Replies. They leave together when the loop's turn ends. Each is sent once; one that can't be sent is dropped, since
+  // callers that hear nothing call again.
   void SendRpcMessage(const ZnRPCMessageFromServer& message, const ZnInetAddr& to);
   // The call was served: `write` is given the writer to write the result with, straight into the reply.
   template <class Write>
   void SendSuccess(const ZnInetAddr& to, uint32_t xid, Write write) {
-    ZnXdrWriter out = StartSuccess(xid);
+    ZnXdrWriter out(NextReply(to));
+    WriteSuccess(out, xid);
     write(out);
-    SendReply(to);
   }
   // The call wasn't served. SUCCESS and PROG_MISMATCH say nothing without more data and become GARBAGE_ARGS.
   void SendMiscError(const ZnInetAddr& to, uint32_t xid, ZnRPCEnum::AcceptStat status);
@@ -48,32 +46,28 @@ class ZnRPCServer {
   // A whole reply of before.
   void SendAgain(const ZnInetAddr& to, const ZnPacket& reply);
 
-  // The socket is ready: reads and serves one datagram, or sends what waits.
+  // Reads and serves what has come, up to a number: a flood of calls shares the loop with all else.
   void ReadCallback(ZnEventCallback* callback, ZnEvent::cbdispatch value);
-  void WriteCallback(ZnEventCallback* callback, ZnEvent::cbdispatch value);
-  void ProcessRpcMessage();
+  // Sends the replies that were made.
+  void TurnEndCallback(ZnEventCallback* callback, ZnEvent::cbdispatch value);
 
  protected:
   // The reply that was made last, whole. To be asked for in the turn in which it was made.
-  const ZnPacket& LastReply() const { return waiting_.back().packet; }
+  const ZnPacket& LastReply() const { return replies_.Last(); }
 
  private:
   const char* Start(ZnInetAddr address, unsigned port);
-  ZnXdrWriter StartSuccess(uint32_t xid);
-  void SendReply(const ZnInetAddr& to);
-  void SendWaiting();
-
-  struct Reply {
-    ZnPacket packet;
-    ZnInetAddr to;
-  };
+  void Serve(const ZnDatagramReader::Datagram& datagram);
+  // Where to write the next reply.
+  ZnPacket& NextReply(const ZnInetAddr& to);
+  static void WriteSuccess(ZnXdrWriter& out, uint32_t xid);
 
   ZnEventLoopBase* loop_;
   ZnSocket socket_;
   ZnUniString error_;
   ZnSimpleCallback<ZnEvent::cbdispatch, ZnRPCServer> read_callback_;
-  ZnSimpleCallback<ZnEvent::cbdispatch, ZnRPCServer> write_callback_;
+  ZnSimpleCallback<ZnEvent::cbdispatch, ZnRPCServer> turn_end_callback_;
   bool watched_ = false;
-  ZnPacket reply_;              // the reply under construction
-  std::vector<Reply> waiting_;  // replies until the next turn of the loop
+  ZnDatagramReader calls_;
+  ZnDatagramWriter replies_;  // until the turn's end
 };

@@ -154,6 +154,11 @@ void ZnByteBuffer::Insert(size_t position, size_t count, const void* source) {
   rep_->Insert(position, count, source);
 }
 
+void ZnByteBuffer::Empty() {
+  if (!rep_ || rep_->references > 1 || rep_->secret) return Clear();
+  rep_->length = 0;
+}
+
 void ZnByteBuffer::Clear() {
   if (rep_) rep_->RefCountSub();
   rep_ = nullptr;

@@ -55,6 +55,8 @@ class ZnByteBuffer {
   void Remove(size_t position, size_t count);
   // `source` doesn't point into this buffer.
   void Insert(size_t position, size_t count, const void* source);
+  // Forgets the bytes, but keeps the block for others unless another handle has it too.
+  void Empty();
   // Forgets the block: the handle becomes null.
   void Clear();
   // From now on the bytes are overwritten before their memory is given back, when the last handle goes as when the

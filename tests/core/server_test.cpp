@@ -63,11 +63,11 @@ class Caller {
     sockaddr_in to = bound.SockAddr();
     to.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
     EXPECT_GT(sendto(fd_, call.Data(), call.Length(), 0, reinterpret_cast<sockaddr*>(&to), sizeof to), 0);
-    server.ProcessRpcMessage();
+    server.ReadCallback(nullptr, ZnEvent::Fired);
   }
-  // The next reply once the loop goes on, as 32-bit words; empty when there is none.
+  // The next reply once the turn ends, as 32-bit words; empty when there is none.
   std::vector<uint32_t> Reply() const {
-    CountedServer::last->WriteCallback(nullptr, ZnEvent::Fired);
+    CountedServer::last->TurnEndCallback(nullptr, ZnEvent::Fired);
     uint32_t words[4096];
     ssize_t length = recv(fd_, words, sizeof words, 0);
     std::vector<uint32_t> reply;
