@@ -83,7 +83,7 @@ constexpr ReasonWords kReasons[] = {
     {Values::ErrWeakLogon, "A logon as strong as the key minauth asks for isn't possible with this server"},
     {Values::ErrBadSignature, "A reply had a wrong signature: it isn't the server's, or was changed on the way"},
     {Values::ErrMustSign, "The server wants signed messages, and the key signing doesn't allow that"},
-    {Values::ErrCantSign, "The key signing asks for signed messages, and the server signs none in this conversation"},
+    {Values::ErrCantSign, "Signed messages, which the key signing asks for, aren't possible with this server"},
 };
 
 constexpr unsigned Key(unsigned errorclass, unsigned code) { return code * 256 + errorclass; }

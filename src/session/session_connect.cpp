@@ -43,7 +43,7 @@ void ZnSMBNFSSession::CheckConnected(Command&) {
 void ZnSMBNFSSession::ApplySettings() {
   ApplyTimeout();
   workgroup(config.domain);
-  logonrules({config.cleartext, config.minauth});
+  logonrules({config.cleartext, config.minauth, config.signing});
   encoding(config.encoding);
 }
 

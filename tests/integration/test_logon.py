@@ -75,6 +75,7 @@ def relayed(settings="", **changes):
 WAYS = {  # the key that is to be named, settings that forbid and that allow it, and what makes it weak
     "clear text": ("cleartext", "", "[{user}/pc/cleartext={(1)}]", {"reply": asks_for_clear_text}),
     "less than ntlmv2, which is unknown": ("minauth", "[{user}/pc/minauth={(ntlmv2)}]", "", {}),
+    "no signatures": ("signing", "[{user}/pc/signing={(always)}]", "[{user}/pc/signing={(never)}]", {}),
 }
 
 

@@ -2,6 +2,7 @@
 
 #include "runtime/sys_info.h"
 #include "smb/client/password_fields.h"
+#include "smb/client/signing.h"
 #include "smb/client/smb_client.h"
 #include "smb/wire/session_sections.h"
 
@@ -110,6 +111,7 @@ void ZnSMBClient::TakeNegotiateWords(const ZnSMBCNegotiate_RespWords& words) {
 ZnSMBClient::Result ZnSMBClient::SendSessionSetup() {
   const auto& logon = Operation<ZnSMBOperation::Logon>();
   lastcommand_ = Values::CmdSessionSetupX;
+  if (Reason refused = ZnSmbRefusalToSign(server_, logonrules_)) return Fail(refused);
   if (Reason refused = ZnSMBRefusalToSend(logon.password, server_, logonrules_)) return Fail(refused);
   const ZnSMBPasswordFields passwords(logon.user, logon.password, server_, logonrules_);
 
