@@ -31,9 +31,9 @@
 
 class ZnSmbConversation;
 
-// For the next connection.
+// For the next connection, but for the first, which holds at once.
 struct ZnSmbSettings {
-  uint32_t replytimeout = 10;  // seconds that one reply may take, and that a connection may take to come about
+  uint32_t replytimeout = 10;  // seconds that a reply may take, and the NetBIOS session may take to come about
   ZnUniString domain;          // to log on to
   // In which forms a password may go out. A logon or tree connect that would need another fails with ErrClearPassword
   // or ErrWeakLogon, and nothing is sent.
@@ -69,8 +69,8 @@ class ZnSmbClient {
   // ---- the connection
 
   // Connects to `machine` at its address and port, calls it from the NetBIOS name `localName`, negotiates, logs on as
-  // `user` and connects "IPC$". Forgets an earlier connection. Also fails with ErrConnect, ErrBind (Error() tells),
-  // ErrNegprot, ErrClearPassword, ErrWeakLogon; after a failure there is no connection. At most one at a time.
+  // `user` and connects "IPC$" (the oldest dialect has neither). Forgets an earlier connection. Also fails with
+  // ErrConnect (Error() tells), ErrNegprot, ErrClearPassword, ErrWeakLogon; after a failure there is no connection.
   ZnSmbCall Connect(const ZnMachine& machine, const ZnUniString& localName, const ZnUniString& user,
                     const ZnUniString& password, ZnSmbDone done);
   // Connects tree->share of tree->machine as tree->service; success sets the tid and the service that the server
@@ -96,8 +96,8 @@ class ZnSmbClient {
 
   // ---- files. `caller` is on whose behalf: where requests have to wait, callers take turns.
 
-  // Opens file->path. Success sets fid, isopen, access, attribs, size, and created, accessed and modified as UTC, or
-  // to zero where the server tells only its local time. ErrBadFID when it is open already. If the handle is destroyed
+  // Opens file->path. Success sets fid, isopen, access, attribs and size; created, accessed and modified become UTC, or
+  // zero where the server tells only its local time. ErrBadFID when it is open already. If the handle is destroyed
   // while the server is opening the file, it is closed again.
   ZnSmbCall Open(ZnSmbCaller caller, ZnSMBCFileObject* file, const ZnSmbOpenMode& mode, ZnSmbDone done);
   // Reads up to `length` bytes (any number) at `offset`, in as many requests as it takes, side by side. `buffer` is
