@@ -90,7 +90,8 @@ constexpr ZnStep kCreate[] = {
     kStart,
     {"BUpdateNodeContents", Call<&FS::BUpdateNodeContents>},
     {"CheckCreateFile, BCreateFile", Create},
-    {"BUpdateNodeContents", Call<&FS::BUpdateNodeContents>},
+    {"not known: BFindEntry", FindMade},
+    {"still not known: BUpdateNodeContents", ListForMade},
     {"NBFindByName", FindName<ZnNameMatch::Entry>},
     {"BSetAttributes", Call<&FS::BSetAttributes>},
     {"SetAttrNeedTruncate: CheckWriteToFile, BOpenFile", CreateOpen},
@@ -123,10 +124,12 @@ constexpr ZnStep kLink[] = {
 
 constexpr ZnStep kSymlink[] = {
     kStart,
-    {"BUpdateNodeContents", ListForLink},
-    {"CheckCreateSymLink, BCreateFile", CreateLinkFile},
     {"BUpdateNodeContents", Call<&FS::BUpdateNodeContents>},
-    {"NBFindByName", FindLinkFile},
+    {"not known: BFindEntry of a file of that name", FindFileInTheWay},
+    {"CheckCreateSymLink, BCreateFile", CreateLinkFile},
+    {"BFindEntry", Call<&FS::BFindEntry>},
+    {"not known: BUpdateNodeContents", ListForLinkFile},
+    {"NBFindByName", FindName<ZnNameMatch::Entry>},
     {"BOpenFile", OpenLinkFile},
     {"BWriteToFile", WriteLinkFile},
 };
@@ -135,7 +138,8 @@ constexpr ZnStep kMkdir[] = {
     kStart,
     {"BUpdateNodeContents", Call<&FS::BUpdateNodeContents>},
     {"CheckMakeDirectory, BMakeDirectory", MakeDirectory},
-    {"BUpdateNodeContents", Call<&FS::BUpdateNodeContents>},
+    {"not known: BFindEntry", FindMade},
+    {"still not known: BUpdateNodeContents", ListForMade},
     {"NBFindByName", FindName<ZnNameMatch::Entry>},
     {"BUpdateNode", Call<&FS::BUpdateNode>},
 };

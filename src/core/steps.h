@@ -72,9 +72,11 @@ Outcome Write(FS& filesystem, Command& command);
 Outcome Create(FS& filesystem, Command& command);
 Outcome CreateOpen(FS& filesystem, Command& command);
 Outcome MakeDirectory(FS& filesystem, Command& command);
-Outcome ListForLink(FS& filesystem, Command& command);
+Outcome FindMade(FS& filesystem, Command& command);
+Outcome ListForMade(FS& filesystem, Command& command);
+Outcome FindFileInTheWay(FS& filesystem, Command& command);
 Outcome CreateLinkFile(FS& filesystem, Command& command);
-Outcome FindLinkFile(FS& filesystem, Command& command);
+Outcome ListForLinkFile(FS& filesystem, Command& command);
 Outcome OpenLinkFile(FS& filesystem, Command& command);
 Outcome WriteLinkFile(FS& filesystem, Command& command);
 

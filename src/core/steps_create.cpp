@@ -2,6 +2,7 @@
 
 #include "core/steps.h"
 #include "model/link_target.h"
+#include "tree/safe_name.h"
 
 namespace {
 
@@ -14,6 +15,18 @@ void TakeCreateArguments(ZnSMBNFSCommand& command) {
 }  // namespace
 
 namespace ZnSteps {
+
+// What was made is asked for by its name: the server may have given it another form of that, and attributes of its own.
+Outcome FindMade(FS& filesystem, Command& command) {
+  return filesystem.KnowsEntry(command) ? Outcome::GoOn : Call<&FS::BFindEntry>(filesystem, command);
+}
+
+// Where the server knows it by no such name, the whole directory has to tell.
+Outcome ListForMade(FS& filesystem, Command& command) {
+  if (filesystem.KnowsEntry(command)) return Outcome::GoOn;
+  if (command.node) OutOfDate(command.node.Get(), true);
+  return Call<&FS::BUpdateNodeContents>(filesystem, command);
+}
 
 // An existing file counts as created.
 Outcome Create(FS& filesystem, Command& command) {
@@ -40,9 +53,9 @@ Outcome MakeDirectory(FS& filesystem, Command& command) {
 // --- SYMLINK: a link is a file whose name is marked and whose contents are the target ---
 
 // A link and a file of one name don't meet on the share, so the server wouldn't refuse to make one beside the other.
-Outcome ListForLink(FS& filesystem, Command& command) {
-  if (command.node) OutOfDate(command.node.Get(), true);
-  return Call<&FS::BUpdateNodeContents>(filesystem, command);
+Outcome FindFileInTheWay(FS& filesystem, Command& command) {
+  command.name = command.As<ZnNFSSymlinkargs>().from.name;
+  return ZnLeavesDirectory(command.name) ? Outcome::GoOn : FindMade(filesystem, command);
 }
 
 // A target that can't be kept isn't cut: nothing is made.
@@ -52,10 +65,10 @@ Outcome CreateLinkFile(FS& filesystem, Command& command) {
   return CheckThen<&FS::CheckCreateSymLink, &FS::BCreateFile>(filesystem, command);
 }
 
-// Its name without the mark: that is what the server may have changed the letter case of.
-Outcome FindLinkFile(FS& filesystem, Command& command) {
+// From here on by its name without the mark: that is what the server may have changed the letter case of.
+Outcome ListForLinkFile(FS& filesystem, Command& command) {
   command.name = command.As<ZnNFSSymlinkargs>().from.name;
-  return FindName<ZnNameMatch::Entry>(filesystem, command);
+  return ListForMade(filesystem, command);
 }
 
 Outcome OpenLinkFile(FS& filesystem, Command& command) {

@@ -20,7 +20,7 @@
 class ZnSMBNFSNode;
 class ZnSMBNFSSessionBase;
 class ZnSMBNFSUserBase;
-struct ZnSMBNFSDirectoryIndex;
+class ZnSMBNFSDirectoryIndex;
 struct ZnSMBNFSFile;
 struct ZnSMBNFSTree;
 

@@ -133,6 +133,8 @@ class ZnSMBNFSSession : public ZnSMBNFSSessionBase, protected ZnSMBClient {
   void GetShares(Command& command);
   void GetDirs(Command& command);
   void GetAttribs(Command& command);
+  void GetEntry(Command& command);
+  bool EntryIsMissing(const Command& command) const;
   void GetSpace(Command& command);
   void List(Command& command, const ZnUniString& directory, const ZnUniString& pattern);
   bool TookEntries() override;

@@ -41,6 +41,7 @@ struct ZnSMBNFSSession::OtherWay {
 };
 
 const ZnSMBNFSSession::OtherWay ZnSMBNFSSession::kOtherWays[] = {
+    {E::SSTGetAttribs, &ZnSMBNFSSession::EntryIsMissing, &ZnSMBNFSSession::Complete},
     {E::SSTRename, &ZnSMBNFSSession::MoveIsUnknown, &ZnSMBNFSSession::RenameInsteadOfMove},
     {E::SSTRename, &ZnSMBNFSSession::NameIsTaken, &ZnSMBNFSSession::MakeRoom},
     {E::SSTReplace, &ZnSMBNFSSession::CannotReplace, &ZnSMBNFSSession::RenameInsteadOfReplace},

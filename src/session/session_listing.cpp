@@ -36,6 +36,20 @@ void ZnSMBNFSSession::GetAttribs(Command& command) {
   List(command, node.path, InternalToWindowsName(node.NameInPath(), tree->config));
 }
 
+void ZnSMBNFSSession::GetEntry(Command& command) {
+  const ZnSMBNFSNode& directory = *command.node.Get();
+  const ZnSMBNFSTree* tree = TreeOf(command);
+  if (!tree) return Fail();
+  List(command, directory.IsShare() ? directory.path : directory.Path(),
+       InternalToWindowsName(command.name, tree->config));
+}
+
+// That there is no such entry is an answer.
+bool ZnSMBNFSSession::EntryIsMissing(const Command& command) const {
+  constexpr unsigned kFileNotFound = 2 * 256 + 1;
+  return command.sessioncommand == ZnSMBNFSEnum::SCRequestEntry && command.refusal == kFileNotFound;
+}
+
 void ZnSMBNFSSession::GetSpace(Command& command) {
   const ZnSMBNFSTree* tree = TreeOf(command);
   if (!tree) return Fail();

@@ -37,8 +37,9 @@ ZnUniString CodesOf(const ZnUniString& character) {
   return codes;
 }
 
-bool MakesName(E::SessionCommand command) {
-  return command == E::SCRequestCreateFile || command == E::SCRequestMkdir || command == E::SCRequestRename;
+bool SendsName(E::SessionCommand command) {
+  return command == E::SCRequestCreateFile || command == E::SCRequestMkdir || command == E::SCRequestRename ||
+         command == E::SCRequestEntry;
 }
 
 }  // namespace
@@ -47,7 +48,7 @@ bool MakesName(E::SessionCommand command) {
 bool ZnSMBNFSSession::NamesAreHeld(const Command& command) {
   ZnUniString names = command.node->IsInside() ? command.node->Path() : ZnUniString();
   if (command.sessioncommand == E::SCRequestRename && command.node2) names += command.node2->PathInside();
-  if (MakesName(command.sessioncommand)) names += command.name;
+  if (SendsName(command.sessioncommand)) names += command.name;
   names = InternalToWindowsPath(names, TreeOf(command)->config);
   const ZnEncoding encoding = nameencoding();
   if (IsHeldWhole(names, encoding)) return true;

@@ -34,6 +34,9 @@ const ZnSMBNFSSession::Row ZnSMBNFSSession::kRows[] = {
     {E::SCRequestAttribs, E::SSTConnectTree, E::SSTGetAttribs, DO(GetAttribs)},
     {E::SCRequestAttribs, E::SSTGetAttribs, E::SSTGetAttribs, DO(Complete)},
 
+    {E::SCRequestEntry, E::SSTConnectTree, E::SSTGetAttribs, DO(GetEntry)},
+    {E::SCRequestEntry, E::SSTGetAttribs, E::SSTGetAttribs, DO(Complete)},
+
     {E::SCRequestMkdir, E::SSTConnectTree, E::SSTMkdir, DO(GetMkdir)},
     {E::SCRequestMkdir, E::SSTMkdir, E::SSTMkdir, DO(Complete)},
 

@@ -4,8 +4,10 @@
 #include <limits>
 
 #include "model/age.h"
+#include "model/directory_index.h"
 #include "model/mode_attributes.h"
 #include "model/name_mapping.h"
+#include "model/told_attributes.h"
 #include "runtime/random.h"
 #include "tree/file_system.h"
 #include "tree/nfs_time.h"
@@ -84,6 +86,7 @@ void ZnSMBNFSFileSystem::UpdateNode(ZnSMBNFSNode* node, const ZnSMBCFileObject& 
   ZnSMBNFSTree* tree = GetTree(node);
   if (!tree) return;
   uint32_t lastmicroseconds = isnew ? 0 : node->attribs.mtime.useconds;
+  const bool wasdirectory = node->IsDirectory();
   node->fileobject = entry;
   ZnNFSFattr& attribs = node->attribs;
   attribs = baseattribs_;
@@ -91,6 +94,7 @@ void ZnSMBNFSFileSystem::UpdateNode(ZnSMBNFSNode* node, const ZnSMBCFileObject& 
   attribs.gid = static_cast<uint32_t>(tree->config.gid);
   attribs.fileid = node->id;
   SetMode(attribs, node->name, entry.attribs, tree->config);
+  if (!isnew && node->IsDirectory() != wasdirectory) node->parent->index.reset();  // a link's name shows otherwise
   // Servers show an open file's old size until it is closed; what was written here counts.
   uint32_t size = Shown(entry.size);
   if (node->file) size = std::max(size, node->file->writtensize);
@@ -105,6 +109,33 @@ void ZnSMBNFSFileSystem::UpdateNode(ZnSMBNFSNode* node, const ZnSMBCFileObject& 
   if (entry.attribs.directory && attribs.mtime.useconds == 0 && (SetsOldWay(node) || MayChangeUnseen(entry.modified)))
     attribs.mtime.useconds = OtherMicroseconds(lastmicroseconds);
   node->attribtime = ZnSteadyClock::now();
+}
+
+// What was set shows at once.
+void ZnSMBNFSFileSystem::ShowSet(ZnSMBNFSNode* node, const ZnNFSSattr* set) {
+  const ZnSMBNFSTree* tree = GetTree(node);
+  if (!tree) return;
+  ZnSMBCFileObject& entry = node->fileobject;
+  if (const auto mode = ZnToldMode(set)) entry.attribs = ZnAttributesOfMode(*mode, entry.attribs, tree->config);
+  entry.accessed = ZnToldAccess(set).value_or(entry.accessed);
+  entry.modified = ZnToldModification(set).value_or(entry.modified);
+  if (ZnToldAccess(set)) node->attribs.atime = ZnNfsTime(entry.accessed);
+  if (ZnToldModification(set)) node->attribs.mtime = ZnNfsTime(entry.modified);
+  SetMode(node->attribs, node->name, entry.attribs, tree->config);
+}
+
+// What was done to a directory's entries: clients look at its time to learn whether what they have of it is still good,
+// so each change makes it a later one. The server's own comes with the next query by age.
+void ZnSMBNFSFileSystem::ShowChange(ZnSMBNFSNode* directory) {
+  ZnNFSTimeVal& shown = directory->attribs.mtime;
+  const ZnNFSTimeVal now = ZnNfsTime(ZnTimeVal::now());
+  const bool later = std::pair(now.seconds, now.useconds) > std::pair(shown.seconds, shown.useconds);
+  if (later) {
+    shown = now;
+  } else if (++shown.useconds >= kMicroseconds) {
+    shown.useconds = 0;
+    shown.seconds++;
+  }
 }
 
 // What a successful write did to the file's attributes. They aren't fetched again while the file is open, and a client

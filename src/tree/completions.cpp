@@ -1,4 +1,5 @@
-// What follows when a session has done its part: what the change made out of date, and the status of a failure.
+// What follows when a session has done its part: what the change did to the tree, what is out of date now, and the
+// status of a failure.
 
 #include "tree/file_system.h"
 
@@ -28,6 +29,7 @@ constexpr Completion kCompletions[] = {
     {E::SCRequestSetTimes, &FS::CBSetTimes},
     {E::SCRequestRename, &FS::CBRename},
     {E::SCRequestSpace, &FS::CBStatFileSystem},
+    {E::SCRequestEntry, &FS::CBFindEntry},
 };
 
 bool Failed(const ZnSMBNFSCommand* command) { return command->sessionstatus == E::SSTError; }
@@ -65,8 +67,21 @@ void ZnSMBNFSFileSystem::CBWriteToFile(ZnSMBNFSCommand* command) {
   Finish(command);
 }
 
+// Whether another machine was quicker, or may have been, or we ourselves: nobody has heard of the end.
+namespace {
+bool MayBeThere(const ZnSMBNFSCommand& command) {
+  return command.refusal == 0 || command.failure == ZnNFSEnum::NFSERR_EXIST;
+}
+}  // namespace
+
 void ZnSMBNFSFileSystem::CBCreateFile(ZnSMBNFSCommand* command) {
-  if (command->node && !Failed(command)) OutOfDate(command->node.Get(), true);
+  if (ZnSMBNFSNode* directory = command->node.Get()) {
+    if (!Failed(command)) {
+      ShowChange(directory);
+    } else if (MayBeThere(*command)) {
+      OutOfDate(directory, true);
+    }
+  }
   Finish(command);
 }
 
@@ -95,8 +110,15 @@ void ZnSMBNFSFileSystem::CBRename(ZnSMBNFSCommand* command) {
   Finish(command);
 }
 
+// Older servers round times.
 void ZnSMBNFSFileSystem::CBSetAttributes(ZnSMBNFSCommand* command) {
-  if (command->node) OutOfDate(command->node.Get(), false);
+  if (ZnSMBNFSNode* node = command->node.Get()) {
+    if (Failed(command) || SetsOldWay(node)) {
+      OutOfDate(node, false);
+    } else {
+      ShowSet(node, command->sattr);
+    }
+  }
   Finish(command);
 }
 

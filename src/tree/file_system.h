@@ -85,6 +85,12 @@ class ZnSMBNFSFileSystem : public ZnSMBNFSSessionHost {
   void TakeWaiting(ZnSMBNFSCommand* command, size_t most);
   // The listing has been merged and what it didn't hold is pruned, or, after one that failed, what it brought.
   void ListingEnds(ZnSMBNFSCommand* command);
+  // Asks for the entry command->name of the directory alone, and brings it into the tree if it is there: what was just
+  // made, or what stands in the way.
+  void BFindEntry(ZnSMBNFSCommand* command);
+  void CBFindEntry(ZnSMBNFSCommand* command);
+  // Whether the tree knows an entry command->name of the directory that the command stands at.
+  bool KnowsEntry(const ZnSMBNFSCommand& command);
   void BUpdateNode(ZnSMBNFSCommand* command);
   void CBUpdateNode(ZnSMBNFSCommand* command);
   // Turns what the server says of an entry into NFS attributes.
@@ -194,6 +200,8 @@ class ZnSMBNFSFileSystem : public ZnSMBNFSSessionHost {
   void RefreshFailed(ZnSMBNFSCommand* command);
   // Goes on, or with the failure's status after a request that failed.
   void Finish(ZnSMBNFSCommand* command);
+  void ShowSet(ZnSMBNFSNode* node, const ZnNFSSattr* set);  // null sets nothing
+  static void ShowChange(ZnSMBNFSNode* directory);
   static void ShowWrite(ZnSMBNFSNode* node, uint32_t end, bool truncates);
   // The path of a directory's entries as the tree keeps it: in upper case on a share whose names are shown in lower
   // case.
@@ -206,10 +214,15 @@ class ZnSMBNFSFileSystem : public ZnSMBNFSSessionHost {
   // in the directory.
   void Merge(ZnSMBNFSListing& listing, const ZnSMBNFSListing::Entry& listed, ZnSMBNFSChild* child,
              ZnSMBNFSNode* directory, const ZnUniString& path);
+  // Brings one that is listed into the tree, or up to date there. Gives its place.
+  ZnSMBNFSChild* Show(const ZnSMBNFSListing::Entry& listed, ZnSMBNFSChild* child, ZnSMBNFSNode* directory,
+                      const ZnUniString& path);
+  // Whether a node of this name finds no room below the machine's `treelimit`, beside what waits already.
+  static bool IsFull(const ZnSMBNFSNode& directory, const ZnUniString& name, size_t waitingbytes);
   // What a node inside a machine takes, about, by its name.
   static size_t BytesOf(const ZnUniString& name);
   static void AddChild(ZnSMBNFSNode* parent, ZnSMBNFSNode* node);
-  static void RemoveFromParent(const ZnSMBNFSNode* node);
+  static void RemoveFromParent(ZnSMBNFSNode* node);
   // Prunes the children whose names aren't in `names`; all of them for an empty set.
   void PruneMissing(ZnSMBNFSNode* node, const std::unordered_set<ZnUniString>& names);
   void PruneOne(ZnSMBNFSNode* node, bool istop);

@@ -11,54 +11,14 @@
 namespace {
 
 using Index = ZnSMBNFSDirectoryIndex;
-using NameForm = ZnUniString (*)(const ZnUniString&);
 
 ZnUniString AsItIs(const ZnUniString& name) { return name; }
 
-ZnUniString FormOf(const ZnUniString& name, NameForm form, const Index::Matching& matching) {
-  ZnUniString formed = form(name);
-  if (matching.fold_case) formed.LowerCase();
-  return formed;
-}
-
-ZnUniString FormOf(const Index::Child& child, NameForm form, const Index::Matching& matching) {
-  const bool link = ZnIsLink(child, matching.linkstring);
-  return FormOf(link ? FromLinkName(*child.name, matching.linkstring) : *child.name, form, matching);
-}
-
-uint32_t HashOf(const ZnUniString& form) { return static_cast<uint32_t>(std::hash<ZnUniString>()(form)); }
-
-// The place of the child whose name has this form.
-size_t PlaceOf(const ZnUniString& wanted, NameForm form, const ZnPlaceIndex& forms, const Index& index) {
-  return forms.Find(HashOf(wanted),
-                    [&](size_t place) { return FormOf(index.children[place], form, *index.matching) == wanted; });
-}
-
-// Where several children have one form, the first of them counts.
-ZnPlaceIndex FormsOf(NameForm form, const Index& index) {
-  ZnPlaceIndex forms(index.children.size());
-  for (size_t place = 0; place < index.children.size(); place++) {
-    ZnUniString entered = FormOf(index.children[place], form, *index.matching);
-    if (PlaceOf(entered, form, forms, index) == ZnPlaceIndex::kNone) forms.Add(HashOf(entered), place);
-  }
-  return forms;
-}
-
-// The place of the first child that has one form with the name.
-size_t Match(const ZnUniString& name, NameForm form, std::optional<ZnPlaceIndex> Index::*forms, Index& index) {
-  if (!(index.*forms)) index.*forms = FormsOf(form, index);
-  return PlaceOf(FormOf(name, form, *index.matching), form, *(index.*forms), index);
-}
-
 // The index of a directory, with no forms in it that were made by other settings.
-Index& IndexFor(ZnSMBNFSNode* directory, const Index::Matching& matching) {
-  Index& index = ZnIndexOf(directory);
-  if (index.matching == matching) return index;
-  index.matching = matching;
-  index.shown_forms.reset();
-  index.long_forms.reset();
-  index.short_forms.reset();
-  return index;
+Index& IndexFor(ZnSMBNFSNode* directory, Index::Matching matching) {
+  std::unique_ptr<Index>& index = directory->index;
+  if (!index || index->matching() != matching) index = std::make_unique<Index>(std::move(matching));
+  return *index;
 }
 
 // The entry whose very name this is, a link's mark apart.
@@ -104,13 +64,13 @@ ZnSMBNFSNode* ZnSMBNFSFileSystem::FindByName(ZnSMBNFSNode* directory, const ZnUn
 
   const ZnSMBNFSShareConfig& config = tree->config;
   Index& index = IndexFor(directory, {config.matchcase, config.linkstring});
-  size_t place = config.matchcase ? Match(name, AsItIs, &Index::shown_forms, index) : ZnPlaceIndex::kNone;
-  if (place == ZnPlaceIndex::kNone && match == ZnNameMatch::LookUp) {
-    // The first in the directory's order that matches either way.
-    if (config.matchlong) place = Match(name, ZnNameGen::ToLongName, &Index::long_forms, index);
-    if (config.matchshort) place = std::min(place, Match(name, ZnNameGen::ToShortName, &Index::short_forms, index));
-  }
-  return place == ZnPlaceIndex::kNone ? nullptr : index.children[place].node;
+  const auto find = [&](Index::Form form) { return index.Find(directory->children, name, form); };
+  ZnSMBNFSNode* found = config.matchcase ? find(AsItIs) : nullptr;
+  if (found || match == ZnNameMatch::Entry) return found;
+  // Of those that match either way, the oldest.
+  found = config.matchlong ? find(ZnNameGen::ToLongName) : nullptr;
+  ZnSMBNFSNode* byshort = config.matchshort ? find(ZnNameGen::ToShortName) : nullptr;
+  return !found || (byshort && byshort->id < found->id) ? byshort : found;
 }
 
 namespace {

@@ -1,15 +1,17 @@
 // What a change on the server does to the tree: an entry goes, or gets another name. All else that is known of the
-// directories stays good.
+// directories stays good, and keeps its age.
+
+#include <tuple>
 
 #include "model/entries.h"
 #include "tree/file_system.h"
 
 void ZnSMBNFSFileSystem::TakeOut(ZnSMBNFSNode* node) {
   ZnSMBNFSNode* directory = node->parent;
-  const auto contentstime = directory->contentstime;
+  const auto ages = std::pair(directory->contentstime, directory->attribtime);
   Prune(node);
-  directory->contentstime = contentstime;
-  OutOfDate(directory, false);
+  std::tie(directory->contentstime, directory->attribtime) = ages;
+  ShowChange(directory);
 }
 
 // Handle and id stay: whoever has the file or directory open goes on with it.
@@ -20,14 +22,14 @@ void ZnSMBNFSFileSystem::Move(ZnSMBNFSNode* node, ZnSMBNFSNode* directory, ZnUni
   ZnSMBNFSNode* replaced = ZnEntryShownAs(*directory, name, tree->config.linkstring);
   const ZnUniString stored = replaced && replaced != node ? replaced->stored : ZnUniString();
   if (replaced && replaced != node) TakeOut(replaced);
-  OutOfDate(node->parent, false);
+  ShowChange(node->parent);
   RemoveFromParent(node);
   node->name = name;
   node->stored = stored;
   node->parent = directory;
+  ShowSet(node, nullptr);  // it may be a link by its new name
   AddChild(directory, node);
-  OutOfDate(node, false);
-  OutOfDate(directory, false);
+  ShowChange(directory);
   SetPaths(directory, node, tree->config);
 }
 

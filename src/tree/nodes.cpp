@@ -144,18 +144,18 @@ ZnSMBNFSNode* ZnSMBNFSFileSystem::AddNode(ZnSMBNFSNode* parent, const ZnSMBCFile
 
 // Itself, its entries in two tables and in their indexes, and its name, which the entry shares with it.
 size_t ZnSMBNFSFileSystem::BytesOf(const ZnUniString& name) {
-  constexpr size_t kTableEntries = 208;
+  constexpr size_t kTableEntries = 240;
   return sizeof(ZnSMBNFSNode) + kTableEntries + 2 * name.Length();
 }
 
 void ZnSMBNFSFileSystem::AddChild(ZnSMBNFSNode* parent, ZnSMBNFSNode* node) {
-  parent->index.reset();
   parent->children.Insert(node->name, {node, node->id});
+  if (parent->index) parent->index->Add(node);
   if (node->IsInside()) node->machinenode->session->treebytes += BytesOf(node->name);
 }
 
-void ZnSMBNFSFileSystem::RemoveFromParent(const ZnSMBNFSNode* node) {
-  node->parent->index.reset();
+void ZnSMBNFSFileSystem::RemoveFromParent(ZnSMBNFSNode* node) {
+  if (node->parent->index && !node->parent->index->Remove(node)) node->parent->index.reset();
   const ZnSMBNFSChild* child = node->parent->children.Find(node->name);
   if (child && child->node == node) node->parent->children.Remove(node->name);
   if (node->IsInside()) node->machinenode->session->treebytes -= BytesOf(node->name);

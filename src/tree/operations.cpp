@@ -15,7 +15,9 @@ bool SetsTimes(const ZnSMBNFSCommand& command) {
 }
 
 // New entries are made in a share's top as well as below it; everything else needs an entry that the server stores.
-bool WorksOnShares(E::SessionCommand what) { return what == E::SCRequestCreateFile || what == E::SCRequestMkdir; }
+bool WorksOnShares(E::SessionCommand what) {
+  return what == E::SCRequestCreateFile || what == E::SCRequestMkdir || what == E::SCRequestEntry;
+}
 
 }  // namespace
 
@@ -27,6 +29,7 @@ void ZnSMBNFSFileSystem::Ask(ZnSMBNFSCommand* command, E::SessionCommand what) {
   GetSession(node)->Request(command, what);
 }
 
+void ZnSMBNFSFileSystem::BFindEntry(ZnSMBNFSCommand* command) { Ask(command, E::SCRequestEntry); }
 void ZnSMBNFSFileSystem::BOpenFile(ZnSMBNFSCommand* command) { Ask(command, E::SCRequestOpenFile); }
 void ZnSMBNFSFileSystem::BCreateFile(ZnSMBNFSCommand* command) { Ask(command, E::SCRequestCreateFile); }
 void ZnSMBNFSFileSystem::BReadFromFile(ZnSMBNFSCommand* command) { Ask(command, E::SCRequestRead); }

@@ -50,7 +50,7 @@ void ZnSMBNFSFileSystem::FillContents(ZnSMBNFSNode* node, uint32_t cookie, uint3
   if (begun && !page.Add(node->parent->id, "..", cookie_of_next())) return;
   while (const ZnSMBNFSChildren::Entry* entry = next) {
     next = children.Next();
-    const ZnUniString name = ZnShownName({entry->value.id, &entry->key, entry->value}, linkstring);
+    const ZnUniString name = ZnShownName(entry->key, *entry->value.node, linkstring);
     if (!page.Add(entry->value.id, name, cookie_of_next())) return;
   }
   eof = 1;

@@ -89,28 +89,31 @@ void ZnSMBNFSFileSystem::ListingBegins(ZnSMBNFSCommand* command) {
   command->listing.idbefore = nextid_;
 }
 
-bool ZnSMBNFSFileSystem::TakeListed(ZnSMBNFSCommand* command) {
+bool ZnSMBNFSFileSystem::IsFull(const ZnSMBNFSNode& directory, const ZnUniString& name, size_t waitingbytes) {
   constexpr size_t kMebibyte = size_t{1} << 20U;
+  const ZnSMBNFSSessionBase& session = *directory.machinenode->session;
+  const size_t limit = static_cast<size_t>(session.config.treelimit) * kMebibyte;
+  return session.treebytes + waitingbytes + BytesOf(name) > limit;
+}
+
+bool ZnSMBNFSFileSystem::TakeListed(ZnSMBNFSCommand* command) {
   ZnDList<ZnSMBCFileObject> files;
   std::swap(files, command->files);
   ZnSMBNFSNode* node = command->node.Get();
   ZnSMBNFSTree* tree = node ? GetTree(node) : nullptr;
   if (!tree) return true;  // the listing's end finds that
   ZnSMBNFSListing& listing = command->listing;
-  const ZnSMBNFSSessionBase& session = *node->machinenode->session;
-  const size_t limit = static_cast<size_t>(session.config.treelimit) * kMebibyte;
   const ZnUniString path = EntriesPath(*node, tree->config);
   for (ZnSMBCFileObject& file : files) {
     Listed listed{std::move(file), {}};
     if (!TakeName(listed, tree->config)) continue;
     ZnSMBNFSChild* child = TakePlace(listed, *node, tree->config);
-    const size_t bytes = child ? 0 : BytesOf(listed.file.path);
-    if (bytes > 0 && session.treebytes + listing.waitingbytes + bytes > limit) return false;
+    if (!child && IsFull(*node, listed.file.path, listing.waitingbytes)) return false;
     if (child || listed.stored.IsEmpty()) {
       Merge(listing, listed, child, node, path);
     } else {
+      listing.waitingbytes += BytesOf(listed.file.path);
       listing.waiting.push_back(std::move(listed));
-      listing.waitingbytes += bytes;
     }
   }
   return true;
@@ -129,18 +132,47 @@ void ZnSMBNFSFileSystem::TakeWaiting(ZnSMBNFSCommand* command, size_t most) {
   }
 }
 
-// What is new gets a node, what is known gets its new attributes.
 void ZnSMBNFSFileSystem::Merge(ZnSMBNFSListing& listing, const Listed& listed, ZnSMBNFSChild* child,
                                ZnSMBNFSNode* directory, const ZnUniString& path) {
   if (child && child->listing == listing.number) return;  // twice in the listing
+  Show(listed, child, directory, path)->listing = listing.number;
+  listing.held++;
+}
+
+// What is new gets a node, what is known gets its new attributes.
+ZnSMBNFSChild* ZnSMBNFSFileSystem::Show(const Listed& listed, ZnSMBNFSChild* child, ZnSMBNFSNode* directory,
+                                        const ZnUniString& path) {
   if (child) {
     UpdateNode(child->node, listed.file, false);
-  } else {
-    AddNode(directory, listed.file, path)->stored = listed.stored;
-    child = directory->children.Find(listed.file.path);
+    return child;
   }
-  child->listing = listing.number;
-  listing.held++;
+  AddNode(directory, listed.file, path)->stored = listed.stored;
+  return directory->children.Find(listed.file.path);
+}
+
+bool ZnSMBNFSFileSystem::KnowsEntry(const ZnSMBNFSCommand& command) {
+  ZnSMBNFSNode* directory = command.node.Get();
+  return directory && FindByName(directory, command.name, ZnNameMatch::Entry);
+}
+
+// A name may also be what the server takes for a second one of another entry: all that it tells of are there.
+void ZnSMBNFSFileSystem::CBFindEntry(ZnSMBNFSCommand* command) {
+  ZnDList<ZnSMBCFileObject> files;
+  std::swap(files, command->files);
+  ZnSMBNFSNode* directory = command->node.Get();
+  ZnSMBNFSTree* tree = directory ? GetTree(directory) : nullptr;
+  const bool failed = command->sessionstatus == ZnSMBNFSEnum::SSTError;
+  if (tree && failed) OutOfDate(directory, true);
+  if (!tree || failed) return Finish(command);
+  const ZnUniString path = EntriesPath(*directory, tree->config);
+  for (ZnSMBCFileObject& file : files) {
+    Listed listed{std::move(file), {}};
+    if (!TakeName(listed, tree->config)) continue;
+    ZnSMBNFSChild* child = TakePlace(listed, *directory, tree->config);
+    if (child || (ZnIsSafeName(listed.file.path) && !IsFull(*directory, listed.file.path, 0)))
+      Show(listed, child, directory, path);
+  }
+  Continue(command);
 }
 
 void ZnSMBNFSFileSystem::CBUpdateDirList(ZnSMBNFSCommand* command) {

@@ -1,6 +1,9 @@
 """The daemon's conversation with real servers, every packet recorded: an independent dissector must understand both sides."""
 
-from gateway import Gateway
+import time
+
+from gateway import Gateway, contents
+from nfs_raw import status
 from smb_peer import PORT, Capture, enter_private_network
 
 DISSECTOR = f"tcp.port=={PORT},nbss"
@@ -42,3 +45,41 @@ def test_every_packet_is_understood_and_every_request_answered(tmp_path):
         assert [row for row in requests if not row[2]] == []
         seen |= {int(row[1].split(",")[0], 16) for row in requests}
     assert {name for name, code in COMMANDS.items() if code not in seen} == set()
+
+
+CALLS = 10
+
+
+def test_changes_take_few_requests_and_the_tree_follows_them(tmp_path):
+    """Counted by the request, in a directory that was listed before: none lists it again."""
+    enter_private_network()
+    began = []
+    settings = "".join(f"[{{user}}/*/*/{key}={{(600)}}]\n" for key in ("attribttl", "contentsttl"))
+    with Capture(tmp_path / "changes", PORT) as capture, Gateway({"pc": {"port": PORT}}, settings) as gateway:
+        nfs, directory = gateway.nfs, gateway.nfs.mkdir(gateway.share(), "d").file
+        names = [f"{i}" for i in range(CALLS)]
+        assert nfs.names(directory) == []
+        handles = []
+        wanted = {
+            "create, close, query": (3, lambda i: handles.append(nfs.create(directory, i, mode=0o644).file)),
+            "its attributes": (0, lambda i: nfs.getattr(handles[int(i)])),
+            "set times": (1, lambda i: nfs.setattr(handles[int(i)], mtime=(1_000_000_000, 0))),
+            "rename": (1, lambda i: nfs.rename(directory, i, directory, f"new {i}")),
+            "list": (0, lambda i: nfs.names(directory)),
+            "remove": (1, lambda i: nfs.remove(directory, f"new {i}")),
+            "look for what isn't there": (0, lambda i: nfs.getattr(directory) and status(nfs.lookup, directory, i)),
+            "mkdir, query": (2, lambda i: nfs.mkdir(directory, i)),
+            "list inside, rmdir": (2, lambda i: nfs.rmdir(directory, i)),
+            "query, create, close, query, open, write, flush": (7, lambda i: nfs.symlink(directory, i, "to")),
+            "close, remove": (2, lambda i: nfs.remove(directory, i)),
+        }
+        for _, call in wanted.values():
+            began.append(time.time())
+            for name in names:
+                call(name)
+        began.append(time.time())
+        assert contents(gateway.disk()) == {"d": None}
+    sent = [float(row[0]) for row in capture.frames(DISSECTOR, "smb.flags.response == 0", "frame.time_epoch")]
+    count = {what: sum(start < each < end for each in sent) / CALLS
+             for what, start, end in zip(wanted, began, began[1:])}
+    assert count == {what: requests for what, (requests, _) in wanted.items()}
