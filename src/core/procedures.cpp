@@ -89,6 +89,7 @@ constexpr ZnStep kWrite[] = {
 constexpr ZnStep kCreate[] = {
     kStart,
     {"BUpdateNodeContents", Call<&FS::BUpdateNodeContents>},
+    {"BTakeNames", TakeNewName},
     {"CheckCreateFile, BCreateFile", Create},
     {"not known: BFindEntry", FindMade},
     {"still not known: BUpdateNodeContents", ListForMade},
@@ -102,6 +103,7 @@ constexpr ZnStep kCreate[] = {
 constexpr ZnStep kRemove[] = {
     kStart,
     {"BUpdateNodeContents", Call<&FS::BUpdateNodeContents>},
+    {"BTakeNames", TakeEntryName},
     {"NBFindByName", FindEntryToRemove},
     {"CheckRemoveFile, BRemoveFile", CheckThen<&FS::CheckRemoveFile, &FS::BRemoveFile>},
 };
@@ -112,6 +114,8 @@ constexpr ZnStep kRename[] = {
     {"NBFindByName of the source", RenameSource},
     {"NBFindByHandle of the target directory", RenameTargetDirectory},
     {"CheckRenamePlace, BUpdateNodeContents of that", RenameUpdateTargetDirectory},
+    {"BTakeNames", TakeRenameNames},
+    {"NBFindByName of the source", RenameSourceAgain},
     {"target is a directory: BUpdateNodeContents", RenameUpdateTarget},
     {"CheckRename, BRename", Rename},
 };
@@ -125,6 +129,7 @@ constexpr ZnStep kLink[] = {
 constexpr ZnStep kSymlink[] = {
     kStart,
     {"BUpdateNodeContents", Call<&FS::BUpdateNodeContents>},
+    {"BTakeNames", TakeNewLinkName},
     {"not known: BFindEntry of a file of that name", FindFileInTheWay},
     {"CheckCreateSymLink, BCreateFile", CreateLinkFile},
     {"BFindEntry", Call<&FS::BFindEntry>},
@@ -137,6 +142,7 @@ constexpr ZnStep kSymlink[] = {
 constexpr ZnStep kMkdir[] = {
     kStart,
     {"BUpdateNodeContents", Call<&FS::BUpdateNodeContents>},
+    {"BTakeNames", TakeNewName},
     {"CheckMakeDirectory, BMakeDirectory", MakeDirectory},
     {"not known: BFindEntry", FindMade},
     {"still not known: BUpdateNodeContents", ListForMade},
@@ -147,6 +153,7 @@ constexpr ZnStep kMkdir[] = {
 constexpr ZnStep kRmdir[] = {
     kStart,
     {"BUpdateNodeContents", Call<&FS::BUpdateNodeContents>},
+    {"BTakeNames", TakeEntryName},
     {"NBFindByName", FindEntryToRemove},
     {"BUpdateNodeContents of the directory itself", UpdateContentsToRemove},
     {"CheckRemoveDirectory, BRemoveDirectory", CheckThen<&FS::CheckRemoveDirectory, &FS::BRemoveDirectory>},

@@ -80,10 +80,17 @@ Outcome ListForLinkFile(FS& filesystem, Command& command);
 Outcome OpenLinkFile(FS& filesystem, Command& command);
 Outcome WriteLinkFile(FS& filesystem, Command& command);
 
+// --- Names that are changed ---
+Outcome TakeNewName(FS& filesystem, Command& command);
+Outcome TakeNewLinkName(FS& filesystem, Command& command);
+Outcome TakeEntryName(FS& filesystem, Command& command);
+Outcome TakeRenameNames(FS& filesystem, Command& command);
+
 // --- What goes, or moves ---
 Outcome FindEntryToRemove(FS& filesystem, Command& command);
 Outcome UpdateContentsToRemove(FS& filesystem, Command& command);
 Outcome RenameSource(FS& filesystem, Command& command);
+Outcome RenameSourceAgain(FS& filesystem, Command& command);
 Outcome RenameTargetDirectory(FS& filesystem, Command& command);
 Outcome RenameUpdateTargetDirectory(FS& filesystem, Command& command);
 Outcome RenameUpdateTarget(FS& filesystem, Command& command);

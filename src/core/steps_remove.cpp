@@ -28,6 +28,12 @@ Outcome RenameSource(FS& filesystem, Command& command) {
   return FindEntry(filesystem, command, command.As<ZnNFSRenameargs>().from.name);
 }
 
+// While the rename waited for its names, the entry may have got another one.
+Outcome RenameSourceAgain(FS& filesystem, Command& command) {
+  command.node = command.directory;
+  return RenameSource(filesystem, command);
+}
+
 Outcome RenameTargetDirectory(FS& filesystem, Command& command) {
   command.savednode = command.node;
   command.handle = ZnSMBNFSHandle(command.As<ZnNFSRenameargs>().to.dir);
@@ -46,7 +52,7 @@ Outcome RenameUpdateTargetDirectory(FS& filesystem, Command& command) {
 
 // A directory may be replaced if it is empty.
 Outcome RenameUpdateTarget(FS& filesystem, Command& command) {
-  command.node = command.savednode;
+  command.savednode = command.node;
   command.name = command.As<ZnNFSRenameargs>().to.name;
   ZnSMBNFSNode* target = filesystem.RenameTarget(command);
   if (!target || !target->IsDirectory()) return Outcome::GoOn;

@@ -2,12 +2,14 @@
 // An NFS call in flight. It walks its procedure's steps until a reply can be sent, and belongs to nobody but itself
 // meanwhile: whoever ends it deletes it, and its destructor withdraws it from its session and from the server.
 
-#include <list>
 #include <memory>
 #include <variant>
 
+#include "model/directory_listing.h"
+#include "model/entry_change.h"
 #include "model/enums.h"
 #include "model/node.h"
+#include "model/work.h"
 #include "rpc/nfs_records.h"
 #include "rpc/rpc_records.h"
 #include "runtime/inet_addr.h"
@@ -23,28 +25,6 @@ struct ZnProcedure;
 using ZnSMBNFSArguments =
     std::variant<std::monostate, ZnNFSFileHandle, ZnNFSSattrargs, ZnNFSDiropargs, ZnNFSReadargs, ZnNFSWriteargs,
                  ZnNFSCreateargs, ZnNFSRenameargs, ZnNFSLinkargs, ZnNFSSymlinkargs, ZnNFSReaddirargs>;
-
-// A directory's listing on its way into the tree.
-struct ZnSMBNFSListing {
-  struct Entry {
-    ZnSMBCFileObject file;
-    ZnUniString stored;  // as of the node
-  };
-
-  uint32_t number = 0;       // as of the children that it has held
-  size_t held = 0;           // so many
-  uint32_t idbefore = 0;     // the last file id before it began
-  std::list<Entry> waiting;  // what is new under names that others made: it comes when all of ours are known
-  size_t waitingbytes = 0;   // that these will take as nodes
-};
-
-// Work for a command that goes on over several turns of the loop, and ends with the command.
-struct ZnSMBNFSWork {
-  ZnSMBNFSWork() = default;
-  ZnSMBNFSWork(const ZnSMBNFSWork&) = delete;
-  ZnSMBNFSWork& operator=(const ZnSMBNFSWork&) = delete;
-  virtual ~ZnSMBNFSWork() = default;
-};
 
 class ZnSMBNFSCommand {
  public:
@@ -96,8 +76,13 @@ class ZnSMBNFSCommand {
   bool freshopen = false;  // the file wasn't open yet when the command wanted it open
   ZnNFSStatfsres statfs;
   ZnSMBDiskSpace space;  // as the server told it
-  ZnSMBNFSListing listing;
-  std::unique_ptr<ZnSMBNFSWork> work;
+  // What it holds and waits for in the tree. Whoever waits for one of these goes on when they end, at the latest with
+  // the command.
+  std::unique_ptr<ZnSMBNFSWork> names;          // its turn at the names that it changes
+  std::unique_ptr<ZnDirectoryListing> listing;  // that it has asked for
+  std::unique_ptr<ZnSMBNFSWork> work;           // the end of that, or its place among those who follow another's
+  ZnEntryChange change;                         // that the request under way makes
+  uint64_t look = 0;                            // the number of the last query of one entry
 
   // The session's part.
   ZnSMBNFSSessionBase* session = nullptr;  // in whose queue the command stands; it outlives that

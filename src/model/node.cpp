@@ -3,6 +3,7 @@
 #include <vector>
 
 #include "model/directory_index.h"
+#include "model/directory_listing.h"
 #include "model/name_mapping.h"
 #include "model/session_base.h"
 #include "model/user_base.h"
@@ -36,7 +37,9 @@ ZnUniString ZnSMBNFSNode::NameInPath() const { return stored.IsEmpty() ? name : 
 
 void OutOfDate(ZnSMBNFSNode* node, bool contents) {
   node->attribtime = {};
-  if (contents) node->contentstime = {};
+  if (!contents) return;
+  node->contentstime = {};
+  if (node->listing) node->listing->outdated = true;
 }
 
 void NeedsUpdate(ZnSMBNFSNode* node) {

@@ -17,6 +17,7 @@
 #include "runtime/weak_ref.h"
 #include "smb/client/file_object.h"
 
+class ZnDirectoryListing;
 class ZnSMBNFSNode;
 class ZnSMBNFSSessionBase;
 class ZnSMBNFSUserBase;
@@ -64,11 +65,13 @@ class ZnSMBNFSNode : public ZnReferable, public ZnInSlab<ZnSMBNFSNode> {
   std::unique_ptr<ZnSMBNFSSessionBase> session;  // machine nodes, once needed
   ZnSMBNFSTree* tree = nullptr;                  // share nodes, once needed; the session owns it
   ZnSMBNFSFile* file = nullptr;                  // while open; the session owns it
-  bool refreshing = false;                       // shares: a listing that no call waits for is under way
+  ZnDirectoryListing* listing = nullptr;         // of its contents, under way; a command owns it
   ZnSMBNFSHandleDictionary* handles = nullptr;   // where this node's handle is entered
   ZnSMBNFSChildren children;
   std::unique_ptr<ZnSMBNFSDirectoryIndex> index;  // of the children; null until asked for
   ZnMoment lastused;                              // machine nodes: when a look-up last found it
+  uint32_t changing = 0;                          // changes of it that are under way at the server
+  uint64_t changed = 0;                           // the last look at a server before the end of one (entry_change.h)
   ZnMoment attribtime;                            // when attribs were refreshed; never is out of date
   ZnMoment contentstime;                          // when children were refreshed; never is out of date
 };

@@ -70,6 +70,7 @@ void ZnSMBNFSFileSystem::BUpdateNode(ZnSMBNFSCommand* command) {
   if (!tree) return SendError(command, ZnNFSEnum::NFSERR_ACCES);
   bool parentfresh = node->parent->contentstime != ZnMoment{};
   if (parentfresh && ZnIsFresh(node->attribtime, tree->config.attribttl)) return Continue(command);
+  command->look = ++looks_;
   GetSession(node)->Request(command, ZnSMBNFSEnum::SCRequestAttribs);
 }
 
@@ -77,7 +78,8 @@ void ZnSMBNFSFileSystem::CBUpdateNode(ZnSMBNFSCommand* command) {
   ZnSMBNFSNode* node = command->node.Get();
   if (!node) return SendError(command, ZnNFSEnum::NFSERR_STALE);
   bool failed = command->sessionstatus == ZnSMBNFSEnum::SSTError;
-  if (!failed && command->files.Count() == 1) UpdateNode(node, command->files[0], false);
+  const bool good = !failed && !ZnEntryChange::Overlapped(*node, command->look);
+  if (good && command->files.Count() == 1) UpdateNode(node, command->files[0], false);
   command->files.Flush();
   Continue(command);
 }
@@ -127,6 +129,7 @@ void ZnSMBNFSFileSystem::ShowSet(ZnSMBNFSNode* node, const ZnNFSSattr* set) {
 // What was done to a directory's entries: clients look at its time to learn whether what they have of it is still good,
 // so each change makes it a later one. The server's own comes with the next query by age.
 void ZnSMBNFSFileSystem::ShowChange(ZnSMBNFSNode* directory) {
+  directory->changed = looks_;
   ZnNFSTimeVal& shown = directory->attribs.mtime;
   const ZnNFSTimeVal now = ZnNfsTime(ZnTimeVal::now());
   const bool later = std::pair(now.seconds, now.useconds) > std::pair(shown.seconds, shown.useconds);

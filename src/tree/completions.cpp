@@ -37,6 +37,7 @@ bool Failed(const ZnSMBNFSCommand* command) { return command->sessionstatus == E
 }  // namespace
 
 void ZnSMBNFSFileSystem::CompleteRequest(ZnSMBNFSCommand* command) {
+  command->change.End();
   for (const Completion& completion : kCompletions) {
     if (completion.what == command->sessioncommand) return (this->*completion.step)(command);
   }

@@ -14,6 +14,7 @@
 #include "model/upward.h"
 #include "model/user_base.h"
 #include "rpc/nfs_records.h"
+#include "tree/name_turns.h"
 
 // Which entries answer to a name.
 enum class ZnNameMatch : uint8_t {
@@ -99,6 +100,10 @@ class ZnSMBNFSFileSystem : public ZnSMBNFSSessionHost {
   // bytes; `eof` becomes 1 when the directory's end is reached.
   void FillContents(ZnSMBNFSNode* node, uint32_t cookie, uint32_t count, ZnNFSList<ZnNFSDirEntry>& list, uint32_t& eof);
 
+  // --- Order (order.cpp) ---
+  // Waits until all changes of these names that came before have ended. Null directories are gone.
+  void BTakeNames(ZnSMBNFSCommand* command, const std::vector<std::pair<ZnSMBNFSNode*, ZnUniString>>& names);
+
   // --- File operations (operations.cpp, checks.cpp, completions.cpp) ---
   void CheckReadFromFile(ZnSMBNFSCommand* command);
   void CheckWriteToFile(ZnSMBNFSCommand* command);
@@ -167,13 +172,10 @@ class ZnSMBNFSFileSystem : public ZnSMBNFSSessionHost {
   virtual std::unique_ptr<ZnSMBNFSUserBase> MakeUser();
 
  private:
-  // Hears of the end of refreshes that nobody called.
-  class UnaskedRefreshes : public ZnSMBNFSCommandHandler {
-   public:
-    void HandleCommand(ZnSMBNFSCommand*) override {}
-    void CommandEnds(const ZnSMBNFSCommand& command) override;
-  };
-
+  // The command is about to wait for another, which may stand behind it in its session's queue.
+  static void StepOut(ZnSMBNFSCommand* command);
+  // One that waited for another's listing goes on.
+  void FollowerGoesOn(ZnSMBNFSCommand* command, ZnNFSEnum::Status failure);
   // Why an entry `name` can't be made in `directory`; NFS_OK when it can.
   ZnNFSEnum::Status NameStatus(ZnSMBNFSNode* directory, const ZnUniString& name, const ZnSMBNFSNode* besides = nullptr);
   bool WouldBeLink(ZnSMBNFSNode* directory, const ZnUniString& name);
@@ -201,7 +203,7 @@ class ZnSMBNFSFileSystem : public ZnSMBNFSSessionHost {
   // Goes on, or with the failure's status after a request that failed.
   void Finish(ZnSMBNFSCommand* command);
   void ShowSet(ZnSMBNFSNode* node, const ZnNFSSattr* set);  // null sets nothing
-  static void ShowChange(ZnSMBNFSNode* directory);
+  void ShowChange(ZnSMBNFSNode* directory);
   static void ShowWrite(ZnSMBNFSNode* node, uint32_t end, bool truncates);
   // The path of a directory's entries as the tree keeps it: in upper case on a share whose names are shown in lower
   // case.
@@ -212,10 +214,10 @@ class ZnSMBNFSFileSystem : public ZnSMBNFSSessionHost {
   void SetTopAttributes(ZnSMBNFSNode* node, int32_t uid, int32_t gid, int32_t unixperms);
   // Merges an entry of a listing. `child` is its node's place, null when it has none yet; `path` is that of what lies
   // in the directory.
-  void Merge(ZnSMBNFSListing& listing, const ZnSMBNFSListing::Entry& listed, ZnSMBNFSChild* child,
+  void Merge(ZnDirectoryListing& listing, const ZnDirectoryListing::Entry& listed, ZnSMBNFSChild* child,
              ZnSMBNFSNode* directory, const ZnUniString& path);
   // Brings one that is listed into the tree, or up to date there. Gives its place.
-  ZnSMBNFSChild* Show(const ZnSMBNFSListing::Entry& listed, ZnSMBNFSChild* child, ZnSMBNFSNode* directory,
+  ZnSMBNFSChild* Show(const ZnDirectoryListing::Entry& listed, ZnSMBNFSChild* child, ZnSMBNFSNode* directory,
                       const ZnUniString& path);
   // Whether a node of this name finds no room below the machine's `treelimit`, beside what waits already.
   static bool IsFull(const ZnSMBNFSNode& directory, const ZnUniString& name, size_t waitingbytes);
@@ -226,6 +228,7 @@ class ZnSMBNFSFileSystem : public ZnSMBNFSSessionHost {
   // Prunes the children whose names aren't in `names`; all of them for an empty set.
   void PruneMissing(ZnSMBNFSNode* node, const std::unordered_set<ZnUniString>& names);
   void PruneOne(ZnSMBNFSNode* node, bool istop);
+  static void NameGoes(ZnSMBNFSNode* node);
   // What the server has removed leaves the tree (moves.cpp).
   void TakeOut(ZnSMBNFSNode* node);
   // What the server has renamed gets its new name, perhaps in another directory of its share; what had that name leaves
@@ -234,14 +237,15 @@ class ZnSMBNFSFileSystem : public ZnSMBNFSSessionHost {
   static void SetPaths(ZnSMBNFSNode* directory, ZnSMBNFSNode* node, const ZnSMBNFSShareConfig& config);
 
   ZnSMBNFSCommandHandler* server_;
-  UnaskedRefreshes unasked_;
   ZnEventLoopBase* loop_;
   ZnSMBNFSServerConfig config_;
   ZnNFSFattr baseattribs_;     // template of every node's attributes
   ZnSMBNFSHandle inchandle_;   // the next top
   ZnSMBNFSHandle lastinside_;  // the last bottom; of all machines, so that none comes again with a new session
   uint32_t nextid_ = 2;        // the last id handed out
-  uint32_t listings_ = 0;      // merged so far
+  uint32_t listings_ = 0;      // begun so far
+  uint64_t looks_ = 0;         // at servers so far: listings and queries of one entry
+  ZnNameTurns nameturns_{[this](ZnSMBNFSCommand* command) { Continue(command); }};
   std::unordered_set<ZnSMBNFSSessionBase*> sessions_;
   std::unique_ptr<ZnSMBNFSNode> root_;
   ZnSMBNFSHandleDictionary handles_;  // owns levels 1 to 3

@@ -1,16 +1,21 @@
 // What a change on the server does to the tree: an entry goes, or gets another name. All else that is known of the
 // directories stays good, and keeps its age.
 
-#include <tuple>
-
+#include "model/command.h"
 #include "model/entries.h"
 #include "tree/file_system.h"
 
+// A listing that is under way may still hold the name.
+void ZnSMBNFSFileSystem::NameGoes(ZnSMBNFSNode* node) {
+  if (node->parent->listing) node->parent->listing->gone.insert(node->name);
+}
+
 void ZnSMBNFSFileSystem::TakeOut(ZnSMBNFSNode* node) {
   ZnSMBNFSNode* directory = node->parent;
-  const auto ages = std::pair(directory->contentstime, directory->attribtime);
+  const auto attribtime = directory->attribtime;
+  NameGoes(node);
   Prune(node);
-  std::tie(directory->contentstime, directory->attribtime) = ages;
+  directory->attribtime = attribtime;
   ShowChange(directory);
 }
 
@@ -23,6 +28,7 @@ void ZnSMBNFSFileSystem::Move(ZnSMBNFSNode* node, ZnSMBNFSNode* directory, ZnUni
   const ZnUniString stored = replaced && replaced != node ? replaced->stored : ZnUniString();
   if (replaced && replaced != node) TakeOut(replaced);
   ShowChange(node->parent);
+  NameGoes(node);
   RemoveFromParent(node);
   node->name = name;
   node->stored = stored;

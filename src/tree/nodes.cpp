@@ -198,7 +198,7 @@ void ZnSMBNFSFileSystem::PruneOne(ZnSMBNFSNode* node, bool istop) {
   // A command that failed meanwhile may have listed something new.
   while (!node->children.IsEmpty()) Prune(node->children.begin()->value);
   RemoveFromParent(node);
-  OutOfDate(node->parent, true);
+  OutOfDate(node->parent, !node->IsInside());  // what a listing doesn't hold, or a change takes out, leaves it good
   node->handles->Remove(ZnSMBNFSHandle(node->handle));  // destroys the node
 }
 

@@ -14,6 +14,21 @@ bool SetsTimes(const ZnSMBNFSCommand& command) {
   return ZnToldAccess(command.sattr) || ZnToldModification(command.sattr);
 }
 
+bool ChangesEntry(E::SessionCommand what) {
+  switch (what) {
+    case E::SCRequestSetAllAttribs:
+    case E::SCRequestSetAttribs:
+    case E::SCRequestSetTimes:
+    case E::SCRequestWrite:
+    case E::SCRequestRename:
+    case E::SCRequestRm:
+    case E::SCRequestRmdir:
+      return true;
+    default:
+      return false;
+  }
+}
+
 // New entries are made in a share's top as well as below it; everything else needs an entry that the server stores.
 bool WorksOnShares(E::SessionCommand what) {
   return what == E::SCRequestCreateFile || what == E::SCRequestMkdir || what == E::SCRequestEntry;
@@ -26,6 +41,7 @@ void ZnSMBNFSFileSystem::Ask(ZnSMBNFSCommand* command, E::SessionCommand what) {
   if (!node) return SendError(command, ZnNFSEnum::NFSERR_STALE);
   bool applies = node->IsInside() || (WorksOnShares(what) && node->IsShare());
   if (!applies || !GetTree(node)) return SendError(command, ZnNFSEnum::NFSERR_ACCES);
+  if (ChangesEntry(what)) command->change.Begin(*node, looks_);
   GetSession(node)->Request(command, what);
 }
 

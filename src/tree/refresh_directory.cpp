@@ -10,27 +10,33 @@
 
 void ZnSMBNFSFileSystem::BUpdateDirList(ZnSMBNFSCommand* command) {
   ZnWeakRef<ZnSMBNFSNode> node = command->node;
+  if (!node) return SendError(command, ZnNFSEnum::NFSERR_STALE);
   if (!node->IsDirectory()) return SendError(command, ZnNFSEnum::NFSERR_NOTDIR);
   ZnSMBNFSTree* tree = GetTree(node.Get());
   if (!tree) return SendError(command, ZnNFSEnum::NFSERR_ACCES);
   if (ZnIsFresh(node->contentstime, tree->config.contentsttl)) return Continue(command);
-  command->listing = {};
+  if (node->listing) {
+    if (!node->listing->Follow(*command)) return command->Drop();
+    return StepOut(command);
+  }
+  command->listing = std::make_unique<ZnDirectoryListing>(
+      *node.Get(), [this](ZnSMBNFSCommand* follower, ZnNFSEnum::Status failure) { FollowerGoesOn(follower, failure); });
   GetSession(node.Get())->Request(command, ZnSMBNFSEnum::SCRequestDirs);
+}
+
+// A listing that another change has made out of date again isn't for those who came after that.
+void ZnSMBNFSFileSystem::FollowerGoesOn(ZnSMBNFSCommand* command, ZnNFSEnum::Status failure) {
+  failure == ZnNFSEnum::NFS_OK ? BUpdateDirList(command) : SendError(command, failure);
 }
 
 // The refresh is a command that nobody called: it ends where the next step of a call would be.
 void ZnSMBNFSFileSystem::RefreshShareUnasked(ZnSMBNFSNode* share) {
   ZnSMBNFSTree* tree = GetTree(share);
-  if (!tree || share->refreshing) return;
+  if (!tree || share->listing) return;
   if (ZnIsFresh(share->contentstime, tree->config.contentsttl)) return;
-  share->refreshing = true;
-  auto* command = new ZnSMBNFSCommand(ZnInetAddr(), ZnRPCAuthBlock(), 0, &unasked_);  // its own owner from here on
+  auto* command = new ZnSMBNFSCommand(ZnInetAddr(), ZnRPCAuthBlock(), 0, nullptr);  // its own owner from here on
   command->node = share;
   BUpdateDirList(command);
-}
-
-void ZnSMBNFSFileSystem::UnaskedRefreshes::CommandEnds(const ZnSMBNFSCommand& command) {
-  if (command.node) command.node->refreshing = false;
 }
 
 // What can't be listed isn't empty: the call fails, and what was known stays, handles and open files with it. Where the
@@ -38,6 +44,11 @@ void ZnSMBNFSFileSystem::UnaskedRefreshes::CommandEnds(const ZnSMBNFSCommand& co
 void ZnSMBNFSFileSystem::RefreshFailed(ZnSMBNFSCommand* command) {
   ZnNFSEnum::Status status = command->session ? command->session->ConvertError(*command) : ZnNFSEnum::NFSERR_ACCES;
   if (status == ZnNFSEnum::NFSERR_NOENT) OutOfDate(command->node->parent, true);
+  const auto listing = std::move(command->listing);  // ends when the command has gone on
+  if (listing) {
+    listing->failure = status;
+    listing->Over();
+  }
   SendError(command, status);
 }
 
@@ -49,7 +60,7 @@ bool IsEmptyTop(const ZnSMBNFSCommand& command) {
   return command.node->IsShare() && command.refusal == kFileNotFound;
 }
 
-using Listed = ZnSMBNFSListing::Entry;
+using Listed = ZnDirectoryListing::Entry;
 
 // Turns the server's name of an entry into the tree's. False for an entry that isn't shown.
 bool TakeName(Listed& listed, const ZnSMBNFSShareConfig& config) {
@@ -84,9 +95,7 @@ ZnSMBNFSChild* TakePlace(Listed& listed, ZnSMBNFSNode& directory, const ZnSMBNFS
 }  // namespace
 
 void ZnSMBNFSFileSystem::ListingBegins(ZnSMBNFSCommand* command) {
-  command->listing = {};
-  command->listing.number = ++listings_;
-  command->listing.idbefore = nextid_;
+  if (command->listing) command->listing->Begin(++listings_, ++looks_, nextid_);
 }
 
 bool ZnSMBNFSFileSystem::IsFull(const ZnSMBNFSNode& directory, const ZnUniString& name, size_t waitingbytes) {
@@ -101,13 +110,14 @@ bool ZnSMBNFSFileSystem::TakeListed(ZnSMBNFSCommand* command) {
   std::swap(files, command->files);
   ZnSMBNFSNode* node = command->node.Get();
   ZnSMBNFSTree* tree = node ? GetTree(node) : nullptr;
-  if (!tree) return true;  // the listing's end finds that
-  ZnSMBNFSListing& listing = command->listing;
+  if (!tree || !command->listing) return true;  // the listing's end finds that
+  ZnDirectoryListing& listing = *command->listing;
   const ZnUniString path = EntriesPath(*node, tree->config);
   for (ZnSMBCFileObject& file : files) {
     Listed listed{std::move(file), {}};
     if (!TakeName(listed, tree->config)) continue;
     ZnSMBNFSChild* child = TakePlace(listed, *node, tree->config);
+    if (!child && listing.gone.contains(listed.file.path)) continue;
     if (!child && IsFull(*node, listed.file.path, listing.waitingbytes)) return false;
     if (child || listed.stored.IsEmpty()) {
       Merge(listing, listed, child, node, path);
@@ -123,19 +133,23 @@ bool ZnSMBNFSFileSystem::TakeListed(ZnSMBNFSCommand* command) {
 void ZnSMBNFSFileSystem::TakeWaiting(ZnSMBNFSCommand* command, size_t most) {
   ZnSMBNFSNode* node = command->node.Get();
   ZnSMBNFSTree* tree = GetTree(node);
-  std::list<Listed>& waiting = command->listing.waiting;
+  ZnDirectoryListing& listing = *command->listing;
+  std::list<Listed>& waiting = listing.waiting;
   const ZnUniString path = tree ? EntriesPath(*node, tree->config) : ZnUniString();
   for (; most > 0 && !waiting.empty(); most--, waiting.pop_front()) {
     Listed& listed = waiting.front();
     ZnSMBNFSChild* child = tree ? TakePlace(listed, *node, tree->config) : nullptr;
-    if (child || (tree && ZnIsSafeName(listed.file.path))) Merge(command->listing, listed, child, node, path);
+    const bool fits = tree && ZnIsSafeName(listed.file.path) && !listing.gone.contains(listed.file.path);
+    if (child || fits) Merge(listing, listed, child, node, path);
   }
 }
 
-void ZnSMBNFSFileSystem::Merge(ZnSMBNFSListing& listing, const Listed& listed, ZnSMBNFSChild* child,
+// Of an entry that a change meets meanwhile the listing tells nothing new.
+void ZnSMBNFSFileSystem::Merge(ZnDirectoryListing& listing, const Listed& listed, ZnSMBNFSChild* child,
                                ZnSMBNFSNode* directory, const ZnUniString& path) {
   if (child && child->listing == listing.number) return;  // twice in the listing
-  Show(listed, child, directory, path)->listing = listing.number;
+  if (!child || !ZnEntryChange::Overlapped(*child->node, listing.look)) child = Show(listed, child, directory, path);
+  child->listing = listing.number;
   listing.held++;
 }
 
@@ -170,7 +184,7 @@ void ZnSMBNFSFileSystem::CBFindEntry(ZnSMBNFSCommand* command) {
     if (!TakeName(listed, tree->config)) continue;
     ZnSMBNFSChild* child = TakePlace(listed, *directory, tree->config);
     if (child || (ZnIsSafeName(listed.file.path) && !IsFull(*directory, listed.file.path, 0)))
-      Show(listed, child, directory, path);
+      Show(listed, child, directory, path)->node->changed = looks_;  // no listing has to tell it
   }
   Continue(command);
 }
@@ -178,13 +192,13 @@ void ZnSMBNFSFileSystem::CBFindEntry(ZnSMBNFSCommand* command) {
 void ZnSMBNFSFileSystem::CBUpdateDirList(ZnSMBNFSCommand* command) {
   ZnWeakRef<ZnSMBNFSNode> node = command->node;
   if (!node) return SendError(command, ZnNFSEnum::NFSERR_STALE);
-  const ZnSMBNFSListing& listing = command->listing;
+  if (!command->listing || command->alreadylisted) return ListingEnds(command);
+  const ZnDirectoryListing& listing = *command->listing;
   const bool failed = command->sessionstatus == ZnSMBNFSEnum::SSTError && !IsEmptyTop(*command);
   if (failed && (listing.held > 0 || !listing.waiting.empty())) {
     return ZnSweep::Begin(*this, loop_, command, ZnSweep::What::Brought);
   }
   if (failed || !GetTree(node.Get())) return RefreshFailed(command);
-  if (command->alreadylisted) return Continue(command);
   if (listing.held < node->children.Count() || !listing.waiting.empty()) {
     return ZnSweep::Begin(*this, loop_, command, ZnSweep::What::NotListed);
   }
@@ -195,6 +209,10 @@ void ZnSMBNFSFileSystem::ListingEnds(ZnSMBNFSCommand* command) {
   ZnSMBNFSNode* node = command->node.Get();
   if (!node) return SendError(command, ZnNFSEnum::NFSERR_STALE);
   if (command->sessionstatus == ZnSMBNFSEnum::SSTError && !IsEmptyTop(*command)) return RefreshFailed(command);
-  node->contentstime = ZnSteadyClock::now();
+  const auto listing = std::move(command->listing);  // ends when the command has gone on
+  if (listing && listing->number != 0) {
+    node->contentstime = listing->outdated ? ZnMoment{} : ZnSteadyClock::now();
+    listing->Over();
+  }
   Continue(command);
 }

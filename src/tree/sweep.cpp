@@ -32,7 +32,7 @@ void ZnSweep::Slice() {
 bool ZnSweep::SomeMore() {
   ZnSMBNFSNode* directory = command_->node.Get();
   if (!directory) return false;
-  if (!command_->listing.waiting.empty()) {
+  if (!command_->listing->waiting.empty()) {
     SomeWaiting();
     return true;
   }
@@ -46,7 +46,7 @@ bool ZnSweep::SomeMore() {
     highest_ = entry->value.id - 1;
     if (Goes(*entry)) {
       going[count++] = entry->value;
-    } else if (what_ == What::Brought) {
+    } else if (what_ == What::Brought && entry->value.id <= command_->listing->idbefore) {
       looked = 0;  // the others are older
       break;
     }
@@ -62,7 +62,7 @@ bool ZnSweep::SomeMore() {
 }
 
 void ZnSweep::SomeWaiting() {
-  std::list<ZnSMBNFSListing::Entry>& waiting = command_->listing.waiting;
+  std::list<ZnDirectoryListing::Entry>& waiting = command_->listing->waiting;
   if (what_ == What::NotListed) return filesystem_.TakeWaiting(command_, kAtATime);
   for (size_t i = 0; i < kAtATime && !waiting.empty(); i++) waiting.pop_front();
 }
@@ -83,8 +83,10 @@ bool ZnSweep::PruneSome(ZnSMBNFSNode* node, size_t& most) {
 }
 
 bool ZnSweep::Goes(const ZnSMBNFSChildren::Entry& entry) const {
-  return what_ == What::Brought ? entry.value.id > command_->listing.idbefore
-                                : entry.value.listing != command_->listing.number;
+  const ZnDirectoryListing& listing = *command_->listing;
+  const bool wanted =
+      what_ == What::Brought ? entry.value.id <= listing.idbefore : entry.value.listing == listing.number;
+  return !wanted && !ZnEntryChange::Overlapped(*entry.value.node, listing.look);
 }
 
 void ZnSweep::TimerCB(ZnCallback<ZnEvent::cbdispatch>*, ZnEvent::cbdispatch value) {

@@ -218,6 +218,7 @@ class TreeTest : public ::testing::Test {
     auto command = CommandAt(node);
     command->sessioncommand = ZnSMBNFSEnum::SCRequestDirs;
     command->sessionstatus = ZnSMBNFSEnum::SSTGetDirs;
+    command->listing = std::make_unique<ZnDirectoryListing>(*node, nullptr);
     filesystem.ListingBegins(command.get());
     for (const ZnSMBCFileObject& entry : entries) {
       command->files.Append(entry);

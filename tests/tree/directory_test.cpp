@@ -218,7 +218,7 @@ TEST_F(Directory, AListingThatTheTreeHasNoRoomForLeavesWhatWasThere) {
     filesystem.BUpdateNodeContents(command.get());
     while (turns.Next()) continue;
     EXPECT_EQ(command->error, ZnNFSEnum::NFSERR_IO) << by;
-    EXPECT_TRUE(command->listing.waiting.empty());
+    EXPECT_FALSE(command->listing);
     EXPECT_EQ(Names(share), std::vector<std::string>{"known"});
     EXPECT_EQ(Session()->treebytes, before);
     EXPECT_EQ(Session()->handles.Count(), 1U);
