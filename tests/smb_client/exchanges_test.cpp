@@ -65,6 +65,12 @@ class Exchanges : public testing::Test, public ZnSmbConnection::Owner, public Zn
     return *std::find_if(peer.requests.rbegin(), peer.requests.rend(), [&](const auto& r) { return r.pid == number; });
   }
   void Answer(unsigned number) { peer.Send(Reply(Asking(number))); }
+  void SendSigned(unsigned number, const std::function<void(ZnByteBuffer&)>& sign) {
+    const std::string plain = Reply(Asking(number));
+    ZnByteBuffer reply(plain.data(), plain.size());
+    sign(reply);
+    peer.Send(std::string(reinterpret_cast<const char*>(reply.Data()), reply.Length()));
+  }
   Strings Told() { return std::exchange(told, {}); }
   Strings ToldWithin(uint32_t milliseconds) {
     loop.LetPass(milliseconds);
@@ -366,6 +372,46 @@ TEST_F(Exchanges, OwnersMayDoAnythingInACallback) {
       EXPECT_EQ(connection && connection->IsUp(), what[1] == 'o');
       Told();
     }
+  }
+}
+
+// ---- signatures
+
+// Each message has the code of its place in the order of requests, in whatever order they are answered; from the first
+// request behind SignWith on.
+TEST_F(Exchanges, SignedRequestsAndReplies) {
+  ZnSmbSigning signing;
+  signing.Start(ZnByteBuffer("a session key...", 16));
+  const struct {
+    const char* what;
+    bool good;
+    std::function<void(ZnByteBuffer&)> change;
+  } cases[] = {
+      {"as agreed", true, [](auto&) {}},
+      {"a byte changed", false, [](auto& reply) { reply.Writable()[9] ^= 1; }},
+      {"a byte more", false, [](auto& reply) { reply.Append(uint8_t{0}); }},
+      {"the number of another", false, [&](auto& reply) { signing.Sign(reply, 4); }},
+      {"no signature", false, [](auto& reply) { memset(reply.Writable() + 14, 0, 8); }},
+  };
+  for (const auto& one : cases) {
+    SCOPED_TRACE(one.what);
+    Connect(50);
+    Ask(1);
+    Asked();
+    connection->SignWith(signing);
+    Ask(2, 1, 5);
+    Ask(3);
+    Asked();
+    for (unsigned number : {2, 3}) {
+      const std::string& raw = Asking(number).message;
+      EXPECT_TRUE(signing.Verify(reinterpret_cast<const uint8_t*>(raw.data()), raw.size(), 2 * number - 2)) << number;
+    }
+    Answer(1);  // asked for before
+    SendSigned(3, [&](auto& reply) { signing.Sign(reply, 5), one.change(reply); });
+    SendSigned(2, [&](auto& reply) { signing.Sign(reply, 3); });
+    EXPECT_EQ(ToldWithin(5), one.good
+                                 ? Strings({"+1", "+3", "+2"})
+                                 : Strings({"+1", "lost ErrBadSignature", "-2 ErrBadSignature", "-3 ErrBadSignature"}));
   }
 }
 

@@ -143,7 +143,8 @@ void ScriptedSmbPeer::Handle(uint8_t type, const std::string& body) {
                         At16(body, 28),
                         At16(body, 30),
                         body.substr(33, words),
-                        body.substr(35 + words)};
+                        body.substr(35 + words),
+                        body};
   EXPECT_EQ(request.data.size(), At16(body, 33 + words)) << "byte count of a request";
   requests.push_back(request);
   if (!script) return;

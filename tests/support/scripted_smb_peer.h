@@ -21,7 +21,7 @@ std::string U64(uint64_t value);
 struct Request {
   uint8_t command = 0;
   unsigned flags2 = 0, tid = 0, pid = 0, uid = 0, mid = 0;
-  std::string words, data;
+  std::string words, data, message;  // the last is all of it
 
   unsigned Word(size_t index) const;  // 0 when there are fewer
 };

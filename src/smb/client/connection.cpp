@@ -13,6 +13,9 @@ constexpr unsigned kIndexBits = 24;
 constexpr uint64_t kIndexMask = (uint64_t{1} << kIndexBits) - 1;
 uint64_t lastSerial = 0;
 
+// Signatures have a number each; the logon that agrees on the key takes 0 and 1.
+constexpr uint32_t kFirstSequence = 2;
+
 // By ZnNbtConnection::End.
 constexpr Values::Reason kReasonOfEnd[] = {Values::ErrConnect, Values::ErrTimedOut, Values::ErrDisconnect,
                                            Values::ErrWrite};
@@ -35,6 +38,7 @@ bool ZnSmbConnection::Connect(const ZnMachine& own, const ZnMachine& server, std
   MostInFlight(1);
   for (Place& place : free_) place.taken = 0;
   moved_ = {};
+  signing_.reset();
   return nbt_.Connect(own, server, patience);
 }
 
@@ -70,6 +74,12 @@ void ZnSmbConnection::FailAll(Reason reason) {
 void ZnSmbConnection::MostInFlight(unsigned count) {
   most_ = std::clamp(count, 1U, kMostInFlight);
   if (waiting_ > 0) loop_->AtTurnEnd(&turnEnds_);
+}
+
+void ZnSmbConnection::SignWith(const ZnSmbSigning& signing) {
+  if (!signing.IsOn()) return;
+  signing_ = signing;
+  nextSequence_ = kFirstSequence;
 }
 
 // ---- exchanges
@@ -158,9 +168,18 @@ void ZnSmbConnection::Launch(Exchange& exchange) {
   place->exchange = exchange.id;
   place->command = request.command;
   ZnSMBCHeader::SetMid(request.message, MidOf(*place));
+  Sign(request, *place);
   place->end = nbt_.Send(std::move(request.message), std::move(request.tail));
   exchange.place = &*place;
   exchange.waits = false;
   waiting_--;
   StartTime(place);
+}
+
+// A request takes two numbers: its own, and that of each message of its reply.
+void ZnSmbConnection::Sign(ZnSmbRequest& request, Place& place) {
+  place.sequence = 0;
+  if (!signing_) return;
+  place.sequence = std::exchange(nextSequence_, nextSequence_ + 2);
+  signing_->Sign(request.message, place.sequence, {request.tail.Data(), request.tail.Length()});
 }

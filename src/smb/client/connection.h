@@ -21,6 +21,7 @@
 #include <chrono>
 #include <deque>
 #include <list>
+#include <optional>
 #include <utility>
 #include <vector>
 
@@ -28,9 +29,8 @@
 #include "runtime/timer.h"
 #include "runtime/weak_ref.h"
 #include "smb/client/exchange.h"
+#include "smb/client/signing.h"
 #include "smb/client/turns.h"
-
-class ZnSmbSigning;
 
 class ZnSmbConnection : private ZnNbtConnection::Owner {
  public:
@@ -74,6 +74,7 @@ class ZnSmbConnection : private ZnNbtConnection::Owner {
   void MostInFlight(unsigned count);                                           // kept within 1 and kMostInFlight
   // Signs what goes out from now on, and wants each reply to it signed. Sequence numbers begin at 2: those before
   // belong to the logon that agreed on the key.
+  // Nothing when `signing` isn't on.
   void SignWith(const ZnSmbSigning& signing);
 
   // Queues a request; its owner hears Replied or NotReplied later, never from within. Also when the connection isn't
@@ -112,7 +113,7 @@ class ZnSmbConnection : private ZnNbtConnection::Owner {
     uint32_t taken = 0;            // times, on this connection
     ZnSmbExchangeId exchange = 0;  // 0: given up
     ZnSMBClientValues::Command command = ZnSMBClientValues::CmdNone;
-    uint32_t sequence = 0;  // of the signature; 0 without
+    uint32_t sequence = 0;  // of the request's signature; 0 without
     uint64_t end = 0;       // of the request, in all that is sent
     Start start;
     Places* in = nullptr;
@@ -131,10 +132,12 @@ class ZnSmbConnection : private ZnNbtConnection::Owner {
   void TurnEnds(ZnEventCallback*, ZnEvent::cbdispatch);
   bool TellFailures();
   void Launch(Exchange& exchange);
+  void Sign(ZnSmbRequest& request, Place& place);
 
   static void Move(Places::iterator place, Places& to);
   static uint16_t MidOf(const Place& place);
   bool WasSent(uint16_t mid) const;
+  bool IsSignedFor(const Place& place, std::span<const uint8_t> message) const;
   void Answer(Places::iterator place, const ZnSMBCDecode& reply);
   Start Now() const { return {ZnSteadyClock::now(), nbt_.Received()}; }
   void StartTime(Places::iterator place);
@@ -150,6 +153,8 @@ class ZnSmbConnection : private ZnNbtConnection::Owner {
   ZnTimer deadline_;
   std::chrono::milliseconds replyTimeout_{10000};
   unsigned most_ = 1;
+  std::optional<ZnSmbSigning> signing_;
+  uint32_t nextSequence_ = 0;
   unsigned conversation_ = 0;  // counts connections, to notice one that began inside a callback
 
   std::vector<Exchange> exchanges_;

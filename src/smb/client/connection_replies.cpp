@@ -48,7 +48,12 @@ void ZnSmbConnection::MessageReceived(std::span<const uint8_t> message) {
   const auto place = places_[NumberIn(reply.header.mid)];
   if (place->in == &free_ || MidOf(*place) != reply.header.mid) return;
   if (reply.header.command != place->command) return End(Values::ErrRead);
+  if (!IsSignedFor(*place, message)) return End(Values::ErrBadSignature);
   Answer(place, reply);
+}
+
+bool ZnSmbConnection::IsSignedFor(const Place& place, std::span<const uint8_t> message) const {
+  return place.sequence == 0 || signing_->Verify(message.data(), message.size(), place.sequence + 1);
 }
 
 void ZnSmbConnection::Answer(Places::iterator place, const ZnSMBCDecode& reply) {
