@@ -5,15 +5,14 @@ server directly and through each relay.
     beside_servers.py [--idle] [--daemons-ttls] PROGRAM [ARGUMENT...]
 
 The program finds in its environment HALDEN_NFS_PORT, _UID, _PID (the daemon's), _ROOT (its handle) and _USER, for each
-distance HALDEN_RELAY_<microseconds> (the relay's port), and HALDEN_SMB_* as tests/support/with_smb_peer gives them. The
-machine is called pc, through a relay pc<microseconds>.
+distance HALDEN_RELAY_<microseconds> (the relay's port), HALDEN_SMB_PID (the server's) and HALDEN_SMB_* as
+tests/support/with_smb_peer gives them. The machine is called pc, through a relay pc<microseconds>.
 
 --daemons-ttls  what the daemon learned ages as fast as it does by default; otherwise it stays true, however long a run takes
 --idle          before all else, measures what needs no clock, on a daemon of its own: the wake-ups and size of an idle
                 one, and the size after a large listing
 
-Where the clock counts, all go before what else the machine does, but are placed on processors as ever: of real-time
-processes, two that talk to each other are kept apart, which costs more than what is measured.
+Where the clock counts, all take part as real-time processes: what else the machine does waits for them.
 """
 
 import argparse
@@ -106,7 +105,7 @@ def servers(settings):
                             for name, port in machines.items())
         gateway = stack.enter_context(LikeMachines({"pc": {"port": port}}, settings))
         yield {
-            **gateway.peers["pc"].environment(),
+            **gateway.peers["pc"].environment(), "HALDEN_SMB_PID": str(gateway.peers["pc"].processes[0].pid),
             **{f"HALDEN_RELAY_{distance}": str(port) for distance, port in relays.items()},
             "HALDEN_NFS_PORT": str(gateway.daemon.port), "HALDEN_NFS_PID": str(gateway.daemon.pid),
             "HALDEN_NFS_UID": str(gateway.uid), "HALDEN_NFS_ROOT": ROOT.hex(), "HALDEN_NFS_USER": UNIX_USER,
@@ -133,7 +132,7 @@ def main():
         with Gateway() as gateway:
             small = all([measure_idle(gateway), measure_size(gateway)])
     with contextlib.suppress(PermissionError):
-        os.setpriority(os.PRIO_PROCESS, 0, -20)  # so are all that it starts
+        os.sched_setscheduler(0, os.SCHED_RR, os.sched_param(1))  # inherited by all that is started
     with servers(SETTINGS + (LASTING if not options.daemons_ttls else "")) as environment:
         return subprocess.run(options.program, env=environment).returncode or not small
 

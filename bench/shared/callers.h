@@ -54,6 +54,7 @@ class Echo {
   Echo(const Echo&) = delete;
   Echo& operator=(const Echo&) = delete;
   uint16_t Port() const { return port_; }
+  pid_t Pid() const { return child_; }
 
  private:
   uint16_t port_ = 0;

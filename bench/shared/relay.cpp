@@ -9,16 +9,16 @@
 #include <unistd.h>
 
 #include <algorithm>
-#include <array>
 #include <deque>
 #include <list>
-#include <memory>
 #include <string>
 #include <vector>
 
 #include "shared/measure.h"
 
 namespace {
+
+using namespace std::chrono_literals;
 
 constexpr size_t kPiece = 128 << 10;        // read at once
 constexpr size_t kMostOnTheWay = 64 << 20;  // bytes in one direction; more wait in the sender's socket
@@ -163,14 +163,34 @@ int Listen(uint16_t port) {
   return fd;
 }
 
-void Wait(std::vector<pollfd>& fds, SteadyClock::time_point wake) {
-  timespec timeout{};
-  if (wake != SteadyClock::time_point::max()) {
-    const auto left = std::max<int64_t>(0, std::chrono::nanoseconds(wake - SteadyClock::now()).count());
-    timeout = {left / 1000000000, left % 1000000000};
+// Sleeps until something comes or is due. A sleep ends late, by more than an exchange takes without a relay: it means
+// to end as much earlier as the ones before were late, and what is left is waited for awake.
+class Sleeper {
+ public:
+  void Wait(std::vector<pollfd>& fds, SteadyClock::time_point due) {
+    if (due == SteadyClock::time_point::max()) {
+      ppoll(fds.data(), fds.size(), nullptr, nullptr);
+      return;
+    }
+    const auto aim = due - late_;
+    const bool slept = SteadyClock::now() < aim;
+    if (Poll(fds, aim) > 0) return;
+    const auto woken = SteadyClock::now();
+    if (slept) late_ += (std::clamp<SteadyClock::duration>(woken - aim, 0ns, kLatest) - late_) / 8;
+    while (SteadyClock::now() < due && Poll(fds, SteadyClock::now()) == 0) continue;
   }
-  ppoll(fds.data(), fds.size(), wake == SteadyClock::time_point::max() ? nullptr : &timeout, nullptr);
-}
+
+ private:
+  static constexpr SteadyClock::duration kLatest = 300us;
+
+  static int Poll(std::vector<pollfd>& fds, SteadyClock::time_point until) {
+    const auto left = std::max<int64_t>(0, std::chrono::nanoseconds(until - SteadyClock::now()).count());
+    const timespec timeout = {left / 1000000000, left % 1000000000};
+    return ppoll(fds.data(), fds.size(), &timeout, nullptr);
+  }
+
+  SteadyClock::duration late_{};  // of a sleep, on average
+};
 
 }  // namespace
 
@@ -179,12 +199,13 @@ void RunRelay(const RelayOptions& options) {
   const int listener = Listen(options.listenport);
   std::list<Connection> connections;
   std::vector<pollfd> fds;
+  Sleeper sleeper;
   for (;;) {
     fds.assign(1, {listener, POLLIN, 0});
     auto wake = SteadyClock::time_point::max();
     const auto now = SteadyClock::now();
     for (const Connection& connection : connections) connection.Want(fds, now, wake);
-    Wait(fds, wake);
+    sleeper.Wait(fds, wake);
     size_t at = 1;
     for (Connection& connection : connections) {
       connection.Serve(fds[at], fds[at + 1]);
