@@ -26,6 +26,7 @@ constexpr StepWords kSteps[] = {
     {E::SSTCloseFiles, "closing"},
     {E::SSTOpenFile, "opening"},
     {E::SSTWrite, "writing"},
+    {E::SSTFlush, "flushing"},
     {E::SSTRead, "reading"},
     {E::SSTRm, "removing"},
     {E::SSTSetTimes, "setting times"},

@@ -2,9 +2,13 @@
 
 #include <algorithm>
 
+#include "session/create_task.h"
 #include "session/entry_task.h"
 #include "session/list_task.h"
+#include "session/open_task.h"
+#include "session/read_task.h"
 #include "session/space_task.h"
+#include "session/write_task.h"
 
 using E = ZnSMBNFSEnum;
 
@@ -23,10 +27,10 @@ ZnTaskKind Kind(E::SessionCommand what) {
 
 std::span<const ZnTaskKind> ZnTaskKinds() {
   static const ZnTaskKind kinds[] = {
-      Kind<ZnListTask>(E::SCRequestDirs),
-      Kind<ZnEntryTask>(E::SCRequestAttribs),
-      Kind<ZnEntryTask>(E::SCRequestEntry),
-      Kind<ZnSpaceTask>(E::SCRequestSpace),
+      Kind<ZnListTask>(E::SCRequestDirs),     Kind<ZnEntryTask>(E::SCRequestAttribs),
+      Kind<ZnEntryTask>(E::SCRequestEntry),   Kind<ZnCreateTask>(E::SCRequestCreateFile),
+      Kind<ZnOpenTask>(E::SCRequestOpenFile), Kind<ZnWriteTask>(E::SCRequestWrite),
+      Kind<ZnReadTask>(E::SCRequestRead),     Kind<ZnSpaceTask>(E::SCRequestSpace),
   };
   return kinds;
 }
