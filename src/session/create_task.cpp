@@ -8,7 +8,9 @@ using Event = ZnTaskEvent;
 using Values = ZnSMBClientValues;
 
 const ZnTaskRow ZnCreateTask::kRows[] = {
-    {E::SSTTurn, ZN_ACTION(ZnCreateTask, TakeTurnAtDirectory), {{{Event::Done, E::SSTCreateFile}}}},
+    {E::SSTTurn,
+     ZN_ACTION(ZnCreateTask, TakeTurnAtDirectory),
+     {{{Event::Done, E::SSTCreateFile}, {Event::Gone, E::SSTStart}}}},
     {E::SSTCreateFile, ZN_ACTION(ZnCreateTask, Create), {{{Event::Done, E::SSTCloseFiles}}}},
     {E::SSTCloseFiles, ZN_ACTION(ZnCreateTask, Close), {{{Event::Done, E::SSTDone}}}, ZnTaskRow::kWithoutNode},
 };

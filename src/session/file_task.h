@@ -12,12 +12,13 @@ class ZnFileTask : public ZnSessionTask {
  protected:
   using ZnSessionTask::ZnSessionTask;
 
-  // Ends the state when the turn has come; it is kept until the task ends or gives it up.
+  // Ends the state when the turn has come; it is kept until the task ends or gives it up. With Gone if the share has to
+  // be connected anew by then: the task begins again.
   void TakeTurn(ZnFileTurnPlace turn);
   void LeaveTurn() { turn_.reset(); }
 
   // An action: has the file opened for what the command's openread and openwrite say. Ends with Opened when it is, and
-  // with Again when it is to be asked for once more.
+  // with Again when it is to be asked for once more; with Gone as above.
   void OpenFile();
   // Uses the file from now on. False: it isn't open any more.
   bool UseFile();
@@ -27,6 +28,8 @@ class ZnFileTask : public ZnSessionTask {
   void BeginsAgain() override;
 
  private:
+  bool ShareHasGone();
+
   ZnFileTurnPlace turn_;
   ZnFileUse file_;
 };

@@ -7,10 +7,10 @@ using Event = ZnTaskEvent;
 const ZnTaskRow ZnOpenTask::kRows[] = {
     {E::SSTTurn,
      ZN_ACTION(ZnOpenTask, TakeTurnUnlessOpen),
-     {{{Event::Opened, E::SSTDone}, {Event::Done, E::SSTOpenFile}}}},
+     {{{Event::Opened, E::SSTDone}, {Event::Done, E::SSTOpenFile}, {Event::Gone, E::SSTStart}}}},
     {E::SSTOpenFile,
      ZN_ACTION(ZnOpenTask, OpenFile),
-     {{{Event::Again, E::SSTOpenFile}, {Event::Opened, E::SSTDone}}},
+     {{{Event::Again, E::SSTOpenFile}, {Event::Gone, E::SSTStart}, {Event::Opened, E::SSTDone}}},
      ZnTaskRow::kChangesNothing},
 };
 

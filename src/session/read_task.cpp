@@ -5,11 +5,11 @@
 using Event = ZnTaskEvent;
 
 const ZnTaskRow ZnReadTask::kRows[] = {
-    {E::SSTTurn, ZN_ACTION(ZnReadTask, TakeTurnAtBytes), {{{Event::Done, E::SSTOpenFile}}}},
+    {E::SSTTurn, ZN_ACTION(ZnReadTask, TakeTurnAtBytes), {{{Event::Done, E::SSTOpenFile}, {Event::Gone, E::SSTStart}}}},
     // It is open usually, unless it went with a dead connection or made way for another.
     {E::SSTOpenFile,
      ZN_ACTION(ZnReadTask, OpenFile),
-     {{{Event::Again, E::SSTOpenFile}, {Event::Opened, E::SSTRead}}},
+     {{{Event::Again, E::SSTOpenFile}, {Event::Gone, E::SSTStart}, {Event::Opened, E::SSTRead}}},
      ZnTaskRow::kChangesNothing},
     {E::SSTRead, ZN_ACTION(ZnReadTask, Read), {{{Event::Done, E::SSTDone}}}, ZnTaskRow::kChangesNothing},
 };

@@ -14,11 +14,13 @@ constexpr uint64_t kLargestFile = std::numeric_limits<uint32_t>::max();  // byte
 }  // namespace
 
 const ZnTaskRow ZnWriteTask::kRows[] = {
-    {E::SSTTurn, ZN_ACTION(ZnWriteTask, TakeTurnAtBytes), {{{Event::Done, E::SSTOpenFile}}}},
+    {E::SSTTurn,
+     ZN_ACTION(ZnWriteTask, TakeTurnAtBytes),
+     {{{Event::Done, E::SSTOpenFile}, {Event::Gone, E::SSTStart}}}},
     // It is open usually, unless it went with a dead connection or made way for another.
     {E::SSTOpenFile,
      ZN_ACTION(ZnWriteTask, OpenFile),
-     {{{Event::Again, E::SSTOpenFile}, {Event::Opened, E::SSTWrite}}},
+     {{{Event::Again, E::SSTOpenFile}, {Event::Gone, E::SSTStart}, {Event::Opened, E::SSTWrite}}},
      ZnTaskRow::kChangesNothing},
     {E::SSTWrite, ZN_ACTION(ZnWriteTask, Write), {{{Event::Done, E::SSTFlush}}}},
     {E::SSTFlush,
