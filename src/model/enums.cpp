@@ -64,7 +64,11 @@ constexpr ZnEnumName kSessionStatus[] = {ZN_ROW(SSTStart),
                                          ZN_ROW(SSTFlush),
                                          ZN_ROW(SSTCloseWritten),
                                          ZN_ROW(SSTGetSpace),
-                                         ZN_ROW(SSTTurn)};
+                                         ZN_ROW(SSTTurn),
+                                         ZN_ROW(SSTChooseWay),
+                                         ZN_ROW(SSTChooseRoom),
+                                         ZN_ROW(SSTRemoveTarget),
+                                         ZN_ROW(SSTSettle)};
 
 constexpr ZnEnumName kAllowedNames[] = {ZN_ROW(ANMustBeLong),  ZN_ROW(ANMustBeShort),  ZN_ROW(ANNoReserved),
                                         ZN_ROW(ANNoMangled),   ZN_ROW(ANNoShortMatch), ZN_ROW(ANNoLongMatch),

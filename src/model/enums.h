@@ -66,7 +66,11 @@ struct ZnSMBNFSEnum {
     SSTFlush = 50,
     SSTCloseWritten = 51,
     SSTGetSpace = 52,
-    SSTTurn = 53,  // waits for its turn at a file
+    SSTTurn = 53,          // waits for its turn at a file
+    SSTChooseWay = 54,     // whether the server may replace what a rename meets
+    SSTChooseRoom = 55,    // what becomes of what is in a rename's way
+    SSTRemoveTarget = 56,  // it is a directory: it goes, if it is empty
+    SSTSettle = 57,        // what was set is to last
   };
 
   // Restrictions on names that clients create; a mask.

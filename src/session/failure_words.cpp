@@ -32,6 +32,8 @@ constexpr StepWords kSteps[] = {
     {E::SSTSetTimes, "setting times"},
     {E::SSTRename, "renaming"},
     {E::SSTReplace, "renaming over what is there"},
+    {E::SSTChooseRoom, "renaming"},
+    {E::SSTRemoveTarget, "renaming over what is there"},
     {E::SSTMakeRoom, "renaming over what is there"},
     {E::SSTRenameAgain, "renaming over what is there"},
     {E::SSTPutBack, "putting back what was to be renamed over"},

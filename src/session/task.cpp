@@ -194,9 +194,10 @@ void ZnSessionTask::NodeHasGone() {
 namespace {
 
 // By ZnTaskEvent.
-constexpr const char* kEventNames[] = {"None",        "Done",          "NotNeeded", "Again",     "Gone",
-                                       "NotOpen",     "Opened",        "ReadOnly",  "NameTaken", "Replaces",
-                                       "MoveUnknown", "CannotReplace", "Refused",   "Lost",      "Failed"};
+constexpr const char* kEventNames[] = {"None",        "Done",          "NotNeeded",   "Again",         "Gone",
+                                       "NotOpen",     "Opened",        "ReadOnly",    "NameTaken",     "Replaces",
+                                       "MoveUnknown", "CannotReplace", "IsDirectory", "StaysReadOnly", "Refused",
+                                       "Lost",        "Failed"};
 static_assert(std::size(kEventNames) == static_cast<size_t>(Event::Failed) + 1);
 
 }  // namespace

@@ -36,6 +36,8 @@ enum class ZnTaskEvent : uint8_t {
   Replaces,       // the server can replace what has the name
   MoveUnknown,    // refused, because the server doesn't know the move command
   CannotReplace,  // refused, because the server can't replace a file in one request
+  IsDirectory,    // what stands in the way is a directory
+  StaysReadOnly,  // refused, though it was made writable
   Refused,        // refused, and the table has a way for that
   Lost,           // the connection was; in any state, where docs/sessions.md lets the task begin again
   Failed,         // in any state, with nothing else to do
