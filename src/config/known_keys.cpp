@@ -43,7 +43,7 @@ constexpr ZnKnownKey kKeys[] = {
     {Daemon, "server/winsservers", "", kTexts, {}, kAtStart},
     {Daemon, "server/timezone", nullptr, kText, &D::timezone},
     {Daemon, "server/maximiselimits", nullptr, kFlag, &D::maximiselimits},
-    {Daemon, "user/symlinkname", nullptr, kText},
+    {Daemon, "user/symlinkname", "(My Halden Drives)", kText, &D::symlinkname},
     {Daemon, "logging/filters", "(*/*/failure)", kTexts},
     {Daemon, "client/timeout", "(10)", kSeconds},
 

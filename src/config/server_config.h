@@ -23,6 +23,7 @@ struct ZnSMBNFSServerConfig {
   bool reservedports = false;      // only calls from ports that need root are served
   ZnDList<ZnInetAddr> winsservers;
   bool optimisticnodeinvalidation = false;
+  ZnUniString symlinkname;                     // no look-up finds it
   ZnEncoding rpcencoding = ZnCodeset::Latin1;  // of the text in RPC records
 
   // Seconds from one clean-up to the next, at least 1: a timer of no delay would keep the loop from all else.

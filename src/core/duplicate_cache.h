@@ -19,7 +19,7 @@ struct ZnCallKey {
   ZnInetAddr caller;
   uint32_t xid = 0;
   uint32_t procedure = 0;
-  uint64_t arguments = 0;  // keyed hash of their bytes: a caller may count its xids anew from the same port
+  uint64_t arguments = 0;  // keyed hash of their first bytes: a caller may count its xids anew from the same port
   bool operator==(const ZnCallKey&) const = default;
 };
 template <>
@@ -35,7 +35,7 @@ class ZnDuplicateCache {
   // The call is being served, from Begin until End.
   void Begin(const ZnCallKey& call) { in_flight_.insert(call); }
   void End(const ZnCallKey& call) { in_flight_.erase(call); }
-  bool IsInFlight(const ZnCallKey& call) const { return in_flight_.contains(call); }
+  bool IsInFlight(const ZnCallKey& call) const { return !in_flight_.empty() && in_flight_.contains(call); }
 
   // Keeps the reply to a call for its lifetime, or until so many later ones are kept.
   void Keep(const ZnCallKey& call, const ZnPacket& reply);

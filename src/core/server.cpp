@@ -1,5 +1,6 @@
 #include "core/server.h"
 
+#include <algorithm>
 #include <csignal>
 
 #include "runtime/keyed_hash.h"
@@ -8,6 +9,13 @@ namespace {
 
 ZnCallKey KeyOf(const ZnSMBNFSCommand& command) {
   return {command.source, command.xid, command.procedure->number, command.argumentshash};
+}
+
+// Tells calls apart that a caller numbers alike. All arguments but the data of a WRITE are shorter than what is looked
+// at, and of that its file, place, length and beginning are.
+uint64_t HashOf(const ZnXdrReader& arguments) {
+  constexpr size_t kLooked = 1536;
+  return ZnKeyedHash(arguments.Where(), std::min(arguments.Remaining(), kLooked)) ^ arguments.Remaining();
 }
 
 }  // namespace
@@ -50,33 +58,38 @@ void ZnSMBNFSServer::HandleCall(const ZnRPCMessageFromClient& call, ZnXdrReader&
   const ZnRPCCallBody& body = call.call_body;
   const ZnProgram* program = ZnFindProgram(body.program);
   if (!program) return SendMiscError(source, call.xid, ZnRPCEnum::PROG_UNAVAIL);
-  const ZnCallKey key{source, call.xid, body.procedure, ZnKeyedHash(arguments.Where(), arguments.Remaining())};
-  if (program->number == ZnNFSEnum::kProgram && !Passes(key)) return;
+  if (program->number == ZnNFSEnum::kProgram && !callers_.ServesPort(source))
+    return SendAuthError(source, call.xid, ZnRPCEnum::AUTH_TOOWEAK);
   // The program's number stands where others give the versions they serve: callers have always seen it so.
   if (body.version != program->version) return SendProgMismatch(source, call.xid, program->number, program->number);
   if (body.procedure >= program->procedures.size()) return SendMiscError(source, call.xid, program->beyond);
-  Begin(program->procedures[body.procedure], call, key, arguments);
+  const ZnProcedure& procedure = program->procedures[body.procedure];
+  const ZnCallKey key{source, call.xid, body.procedure, HashOf(arguments)};
+  if (!Repeats(procedure, key)) Begin(procedure, call, key, arguments);
 }
 
-bool ZnSMBNFSServer::Passes(const ZnCallKey& call) {
-  if (!callers_.ServesPort(call.caller)) return SendAuthError(call.caller, call.xid, ZnRPCEnum::AUTH_TOOWEAK), false;
-  if (duplicates_.IsInFlight(call)) return false;
+bool ZnSMBNFSServer::Repeats(const ZnProcedure& procedure, const ZnCallKey& call) {
+  if (duplicates_.IsInFlight(call)) return true;
+  if (procedure.onrepeat == ZnOnRepeat::ServeAnew) return false;
   const ZnPacket* reply = duplicates_.FindReply(call);
   if (reply) SendAgain(call.caller, *reply);
-  return !reply;
+  return reply != nullptr;
 }
 
 void ZnSMBNFSServer::Begin(const ZnProcedure& procedure, const ZnRPCMessageFromClient& call, const ZnCallKey& key,
                            ZnXdrReader& arguments) {
-  auto command = std::make_unique<ZnSMBNFSCommand>(key.caller, call.call_body.credentials, call.xid, this);
+  auto command = std::make_unique<ZnSMBNFSCommand>(key.caller, call.xid, this);
   command->procedure = &procedure;
+  command->uid = call.call_body.credentials.auth_body.uid;
   command->argumentshash = key.arguments;
   if (!procedure.arguments.decode(arguments, command->args))
     return SendMiscError(key.caller, call.xid, ZnRPCEnum::GARBAGE_ARGS);
   if (!procedure.reply) return SendMiscError(key.caller, call.xid, ZnRPCEnum::PROC_UNAVAIL);
   if (!HasRoot(procedure, command->args)) return SendAuthError(key.caller, call.xid, ZnRPCEnum::AUTH_REJECTEDCRED);
-  duplicates_.Begin(key);
+  begun_ = command.get();
   HandleCommand(command.release());  // its own owner from here on
+  if (begun_) duplicates_.Begin(key);
+  begun_ = nullptr;
 }
 
 void ZnSMBNFSServer::TakeConfiguredRoot(const std::array<uint8_t, 32>& bytes) {
@@ -118,7 +131,14 @@ void ZnSMBNFSServer::Reply(ZnSMBNFSCommand* command) {
 
 void ZnSMBNFSServer::StepTaken(const ZnSMBNFSCommand&, const ZnStep&) {}
 
-void ZnSMBNFSServer::CommandEnds(const ZnSMBNFSCommand& command) { duplicates_.End(KeyOf(command)); }
+// A command that ends in the turn of its call was never in flight: no repetition can have come meanwhile.
+void ZnSMBNFSServer::CommandEnds(const ZnSMBNFSCommand& command) {
+  if (&command == begun_) {
+    begun_ = nullptr;
+  } else {
+    duplicates_.End(KeyOf(command));
+  }
+}
 
 // --- Signals and the clean-up timer ---
 

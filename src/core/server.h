@@ -38,9 +38,9 @@ class ZnSMBNFSServer : public ZnRPCServer, public ZnSMBNFSCommandHandler {
   virtual void StepTaken(const ZnSMBNFSCommand& command, const ZnStep& step);
 
  private:
-  // False when the filters have dealt with the call.
-  bool Passes(const ZnCallKey& call);
-  // One that has passed: decodes it, and takes its first step.
+  // True when the call is a repetition, which has got what it gets.
+  bool Repeats(const ZnProcedure& procedure, const ZnCallKey& call);
+  // One that has passed the filters: decodes it, and takes its first step.
   void Begin(const ZnProcedure& procedure, const ZnRPCMessageFromClient& call, const ZnCallKey& key,
              ZnXdrReader& arguments);
   // A profile that tells the root's handle makes it hold over restarts, whatever call comes first.
@@ -61,6 +61,7 @@ class ZnSMBNFSServer : public ZnRPCServer, public ZnSMBNFSCommandHandler {
   std::unique_ptr<ZnSMBNFSFileSystem> filesystem_;
   ZnCallerFilter callers_;
   ZnDuplicateCache duplicates_;
+  const ZnSMBNFSCommand* begun_ = nullptr;  // while its call is in its first turn
   SignalCallback stop_, buserror_, segmentfault_;
   ZnSimpleCallback<ZnEvent::cbdispatch, ZnSMBNFSServer> hangup_;
   ZnSimpleCallback<ZnEvent::cbdispatch, ZnSMBNFSServer> cleanup_;

@@ -3,9 +3,8 @@
 #include "model/session_base.h"
 #include "model/upward.h"
 
-ZnSMBNFSCommand::ZnSMBNFSCommand(const ZnInetAddr& callSource, const ZnRPCAuthBlock& callAuth, uint32_t callXid,
-                                 ZnSMBNFSCommandHandler* handler)
-    : source(callSource), auth(callAuth), xid(callXid), handler_(handler) {}
+ZnSMBNFSCommand::ZnSMBNFSCommand(const ZnInetAddr& callSource, uint32_t callXid, ZnSMBNFSCommandHandler* handler)
+    : source(callSource), xid(callXid), handler_(handler) {}
 
 ZnSMBNFSCommand::~ZnSMBNFSCommand() {
   if (handler_) handler_->CommandEnds(*this);

@@ -11,7 +11,6 @@
 #include "model/node.h"
 #include "model/work.h"
 #include "rpc/nfs_records.h"
-#include "rpc/rpc_records.h"
 #include "runtime/inet_addr.h"
 #include "runtime/list.h"
 #include "runtime/weak_ref.h"
@@ -30,7 +29,7 @@ class ZnSMBNFSCommand {
  public:
   // A call from `source`; `handler` (not owned) hears of its end. A null handler is for a session's own clean-up
   // command.
-  ZnSMBNFSCommand(const ZnInetAddr& source, const ZnRPCAuthBlock& auth, uint32_t xid, ZnSMBNFSCommandHandler* handler);
+  ZnSMBNFSCommand(const ZnInetAddr& source, uint32_t xid, ZnSMBNFSCommandHandler* handler);
   ZnSMBNFSCommand(const ZnSMBNFSCommand&) = delete;
   ZnSMBNFSCommand& operator=(const ZnSMBNFSCommand&) = delete;
   ~ZnSMBNFSCommand();
@@ -50,7 +49,7 @@ class ZnSMBNFSCommand {
   bool failed = false;                          // no more steps: the error is the reply
   bool tolerant = false;                        // while true an error is recorded, but the command goes on its way
   ZnInetAddr source;                            // where the reply goes
-  ZnRPCAuthBlock auth;
+  uint32_t uid = 0;                             // the caller's, as it says
   uint32_t xid = 0;
   uint64_t argumentshash = 0;  // of the arguments' bytes, as the filter of repeated calls knows them
   ZnSMBNFSArguments args;

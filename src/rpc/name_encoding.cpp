@@ -35,6 +35,16 @@ bool NeedsEscapes(ZnUniString name) {
   }
 }
 
+// Whether the bytes are the ASCII text that they look like in encodings of RPC that keep ASCII as it is, with no escape
+// in it: most names, which need no look at what the encoding can't hold.
+bool IsPlain(const uint8_t* bytes, size_t length) {
+  const ZnEncoding encoding = ZnRPCString::rpcenc;
+  if (encoding != ZnCodeset::Latin1 && encoding != ZnCodeset::Utf8) return false;
+  return std::all_of(bytes, bytes + length, [](uint8_t byte) {
+    return byte >= ' ' && byte < 0x7F && byte != ZnCodesetConverter::recoverchar;
+  });
+}
+
 }  // namespace
 
 ZnByteBuffer ZnEncodeRpcName(const ZnUniString& name) { return Encode(name, NeedsEscapes(name) ? kEscaped : 0); }
@@ -42,6 +52,10 @@ ZnByteBuffer ZnEncodeRpcName(const ZnUniString& name) { return Encode(name, Need
 bool ZnDecodeRpcName(const uint8_t* bytes, size_t length, ZnUniString& name) {
   name = ZnUniString();
   if (length == 0) return true;
+  if (IsPlain(bytes, length)) {
+    name = ZnUniString::CreateFrom(bytes, length, ZnCodeset::Latin1);
+    return true;
+  }
   const ZnByteBuffer form(bytes, length);
   if (HasEscape(form)) {
     name = Decode(form, kEscaped);

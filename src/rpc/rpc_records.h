@@ -36,14 +36,14 @@ struct ZnRPCGroup : ZnXdrRecord<ZnRPCGroup> {
 // The body of an AUTH_UNIX block.
 struct ZnRPCUnixAuth : ZnXdrRecord<ZnRPCUnixAuth> {
   uint32_t stamp = 0;
-  ZnUniString machinename;
+  std::string_view machinename;  // lies in the bytes that were read, or wherever the writer keeps it
   uint32_t uid = 0;
   uint32_t gid = 0;
   ZnStructList<ZnRPCGroup> grouplist;
 
   template <class Io>
   bool Fields(Io& io) {
-    return io.U32(stamp) && io.String(machinename) && io.U32(uid) && io.U32(gid) && io.CountedList(grouplist);
+    return io.U32(stamp) && io.View(machinename) && io.U32(uid) && io.U32(gid) && io.CountedList(grouplist);
   }
   bool operator==(const ZnRPCUnixAuth&) const = default;
 };

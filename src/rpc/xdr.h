@@ -2,6 +2,8 @@
 // External data representation (RFC 1014): every field is a multiple of four bytes, big-endian. The visitors of all
 // records of this folder, over those of runtime/wire.h.
 
+#include <string_view>
+
 #include "rpc/name_encoding.h"
 #include "runtime/struct_list.h"
 #include "runtime/uni_string.h"
@@ -49,6 +51,13 @@ class ZnXdrReader : public ZnWireReader {
   // A text in ZnRPCString::rpcenc, in which what can't be read is dropped. Fails unless all bytes that the length word
   // promises are there, padding included.
   bool String(ZnUniString& text);
+  // Bytes that stay where they are. Fails like String.
+  bool View(std::string_view& bytes) {
+    uint32_t length = 0;
+    const uint8_t* const start = Text(length);
+    if (start) bytes = {reinterpret_cast<const char*>(start), length};
+    return start != nullptr;
+  }
   // A name in its form of ZnEncodeRpcName. Fails like String, but not for bytes that are no text.
   bool Name(ZnRPCName& name);
   // Fails like String.
@@ -83,6 +92,10 @@ class ZnXdrWriter : public ZnWireWriter {
   }
   bool Bool(bool value) { return U32be(value); }
   bool String(const ZnUniString& text) { return Opaque(text.AsEncoding(ZnRPCString::rpcenc, ZnRPCString::rpcopt)); }
+  bool View(std::string_view bytes) {
+    return U32be(static_cast<uint32_t>(bytes.size())) && Raw(bytes.data(), bytes.size()) &&
+           Reserved(ZnXdrPadding(bytes.size()));
+  }
   bool Name(const ZnUniString& name) { return Opaque(ZnEncodeRpcName(name)); }
   bool Opaque(const ZnByteBuffer& bytes) {
     return U32be(static_cast<uint32_t>(bytes.Length())) && Rest(bytes) && Reserved(ZnXdrPadding(bytes.Length()));

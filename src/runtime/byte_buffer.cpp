@@ -130,14 +130,8 @@ void ZnByteBuffer::Append(const ZnByteBuffer& other) {
   Append(held.Data(), held.Length());
 }
 
-void ZnByteBuffer::Append(const void* bytes, size_t length) {
+void ZnByteBuffer::AppendSlowly(const void* bytes, size_t length) {
   if (length == 0) return;
-  // The common case, since records are written field by field: a block of our own that has room.
-  if (rep_ && rep_->references == 1 && length < rep_->capacity - rep_->length) {
-    memcpy(rep_->data + rep_->length, bytes, length);
-    rep_->length += length;
-    return;
-  }
   _Unique();
   rep_->Insert(rep_->length, length, bytes);
 }

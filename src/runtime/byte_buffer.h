@@ -3,6 +3,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 
 // The shared block. Capacity is always a multiple of 16; one byte of slack is kept, and growth overshoots by an eighth.
 struct ZnByteBufferRep {
@@ -49,7 +50,12 @@ class ZnByteBuffer {
   // Room for `length` bytes without changing the length.
   void Reserve(size_t length);
   void Append(const ZnByteBuffer& other);
-  void Append(const void* bytes, size_t length);
+  void Append(const void* bytes, size_t length) {
+    // The common case, since records are written field by field: a block of our own that has room.
+    if (!rep_ || rep_->references > 1 || length >= rep_->capacity - rep_->length) return AppendSlowly(bytes, length);
+    if (length > 0) memcpy(rep_->data + rep_->length, bytes, length);
+    rep_->length += length;
+  }
   void Append(uint8_t byte) { Append(&byte, 1); }
   // `position` and `count` lie within the length.
   void Remove(size_t position, size_t count);
@@ -71,5 +77,7 @@ class ZnByteBuffer {
   bool _equal(const ZnByteBuffer& other) const;
 
  private:
+  void AppendSlowly(const void* bytes, size_t length);
+
   ZnByteBufferRep* rep_ = nullptr;
 };

@@ -4,6 +4,7 @@
 
 #include <bit>
 #include <cstdlib>
+#include <cstring>
 
 namespace {
 
@@ -38,7 +39,13 @@ struct State {
 };
 
 // The lowest byte first.
-uint64_t WordAt(const uint8_t* bytes, size_t count) {
+uint64_t WordAt(const uint8_t* bytes) {
+  uint64_t word = 0;
+  memcpy(&word, bytes, sizeof word);
+  return std::endian::native == std::endian::little ? word : __builtin_bswap64(word);
+}
+
+uint64_t LastWordAt(const uint8_t* bytes, size_t count) {
   uint64_t word = 0;
   for (size_t i = 0; i < count; i++) word |= uint64_t{bytes[i]} << 8 * i;
   return word;
@@ -55,8 +62,8 @@ ZnHashKey DrawKey() {
 uint64_t ZnKeyedHash(const ZnHashKey& key, const void* bytes, size_t length) {
   const auto* next = static_cast<const uint8_t*>(bytes);
   State state(key);
-  for (size_t words = length / 8; words > 0; words--, next += 8) state.Take(WordAt(next, 8));
-  state.Take(uint64_t{length} << 56 | WordAt(next, length % 8));
+  for (size_t words = length / 8; words > 0; words--, next += 8) state.Take(WordAt(next));
+  state.Take(uint64_t{length} << 56 | LastWordAt(next, length % 8));
   state.c ^= 0xFF;
   state.Rounds(4);
   return state.a ^ state.b ^ state.c ^ state.d;

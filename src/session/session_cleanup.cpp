@@ -36,7 +36,7 @@ bool ZnSMBNFSSession::CleanUp() {
 void ZnSMBNFSSession::QueueCleanUp() {
   if (cleanupqueued_) return;
   cleanupqueued_ = true;
-  Request(new Command(ZnInetAddr(), ZnRPCAuthBlock(), 0, nullptr), E::SCCleanUp);
+  Request(new Command(ZnInetAddr(), 0, nullptr), E::SCCleanUp);
 }
 
 // True if any file is to be closed.

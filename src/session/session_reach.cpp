@@ -43,7 +43,7 @@ void ZnSMBNFSSession::Lives() {
 
 void ZnSMBNFSSession::ProbeCB(ZnEventCallback*, ZnEvent::cbdispatch) {
   if (ZnSteadyClock::now() - lastrefused_ > kInterest) return Lives();
-  Request(new Command(ZnInetAddr(), ZnRPCAuthBlock(), 0, nullptr), E::SCProbe);
+  Request(new Command(ZnInetAddr(), 0, nullptr), E::SCProbe);
 }
 
 void ZnSMBNFSSession::EndProbe(Command& command) { delete &command; }

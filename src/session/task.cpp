@@ -16,10 +16,7 @@ using Values = ZnSMBClientValues;
 namespace {
 
 // Callers of one host differ by their user, those of several by their address.
-ZnSmbCaller CallerOf(const ZnSMBNFSCommand& command) {
-  const bool known = command.auth.flavour == ZnRPCEnum::AUTH_UNIX;
-  return uint64_t{known ? command.auth.auth_body.uid : 0} << 32 | command.source.AsUint32();
-}
+ZnSmbCaller CallerOf(const ZnSMBNFSCommand& command) { return uint64_t{command.uid} << 32 | command.source.AsUint32(); }
 
 }  // namespace
 

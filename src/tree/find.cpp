@@ -79,15 +79,9 @@ bool ContainsCaseless(const ZnDList<ZnUniString>& list, const ZnUniString& name)
   return std::any_of(list.begin(), list.end(), [&](const ZnUniString& each) { return each.MatchCaseless(name); });
 }
 
-// The user's home holds a link of this name that leads into the tree: found again inside, it would go round in circles.
-ZnUniString SymlinkName() {
-  ZnUniString name;
-  return ZnSMBNFSConfig::GetGlobalValue("nfsserver/user/symlinkname", name) ? name : ZnUniString("My Halden Drives");
-}
-
 // Whether any machine that a client names is offered below this user, this one included.
 bool OffersMachine(const ZnSMBNFSNode& node, const ZnUniString& name) {
-  if (!node.IsUser() || name.IsEmpty() || name == SymlinkName()) return false;
+  if (!node.IsUser() || name.IsEmpty()) return false;
   const ZnSMBNFSUserConfig& config = node.userinfo->config;
   return config.machinenames.Contains("*") && !ContainsCaseless(config.notmachines, name);
 }
@@ -97,8 +91,11 @@ bool OffersMachine(const ZnSMBNFSNode& node, const ZnUniString& name) {
 void ZnSMBNFSFileSystem::NBFindByName(ZnSMBNFSCommand* command, ZnNameMatch match) {
   ZnWeakRef<ZnSMBNFSNode> directory = command->node;
   if (!directory) return SendError(command, ZnNFSEnum::NFSERR_STALE);
+  // The user's home holds a link of this name that leads into the tree: found again inside, it would go round in
+  // circles.
+  const bool hidden = command->name == config_.symlinkname;
   ZnSMBNFSNode* found = FindByName(directory.Get(), command->name, match);
-  if (!found && OffersMachine(*directory.Get(), command->name)) {
+  if (!found && !hidden && OffersMachine(*directory.Get(), command->name)) {
     AddLookedUpMachine(directory.Get(), command->name);
     if (directory) found = FindByName(directory.Get(), command->name, match);
   }
@@ -106,6 +103,6 @@ void ZnSMBNFSFileSystem::NBFindByName(ZnSMBNFSCommand* command, ZnNameMatch matc
   command->node = found;
   command->directory = directory;
   command->entry = found ? found->name : ZnUniString();
-  if (!found || command->name == SymlinkName()) return SendError(command, ZnNFSEnum::NFSERR_NOENT);
+  if (!found || hidden) return SendError(command, ZnNFSEnum::NFSERR_NOENT);
   Continue(command);
 }

@@ -34,7 +34,7 @@ void ZnSMBNFSFileSystem::RefreshShareUnasked(ZnSMBNFSNode* share) {
   ZnSMBNFSTree* tree = GetTree(share);
   if (!tree || share->listing) return;
   if (ZnIsFresh(share->contentstime, tree->config.contentsttl)) return;
-  auto* command = new ZnSMBNFSCommand(ZnInetAddr(), ZnRPCAuthBlock(), 0, nullptr);  // its own owner from here on
+  auto* command = new ZnSMBNFSCommand(ZnInetAddr(), 0, nullptr);  // its own owner from here on
   command->node = share;
   BUpdateDirList(command);
 }

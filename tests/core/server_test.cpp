@@ -56,6 +56,11 @@ class Caller {
   // Sends a call of NFS and has the server read it.
   template <class Args>
   void Call(CountedServer& server, uint32_t xid, uint32_t procedure, const Args& args) const {
+    Send(server, xid, procedure, args);
+    server.ReadCallback(nullptr, ZnEvent::Fired);
+  }
+  template <class Args>
+  void Send(CountedServer& server, uint32_t xid, uint32_t procedure, const Args& args) const {
     const ZnPacket call =
         ZnRPCMessageFromClient{{}, xid, ZnRPCEnum::CALL, {{}, 2, 100003, 2, procedure, {}, {}, args.Pack()}}.Pack();
     ZnInetAddr bound;
@@ -63,11 +68,13 @@ class Caller {
     sockaddr_in to = bound.SockAddr();
     to.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
     EXPECT_GT(sendto(fd_, call.Data(), call.Length(), 0, reinterpret_cast<sockaddr*>(&to), sizeof to), 0);
-    server.ReadCallback(nullptr, ZnEvent::Fired);
   }
   // The next reply once the turn ends, as 32-bit words; empty when there is none.
   std::vector<uint32_t> Reply() const {
     CountedServer::last->TurnEndCallback(nullptr, ZnEvent::Fired);
+    return Received();
+  }
+  std::vector<uint32_t> Received() const {
     uint32_t words[4096];
     ssize_t length = recv(fd_, words, sizeof words, 0);
     std::vector<uint32_t> reply;
@@ -229,6 +236,23 @@ TEST_F(Server, RefusedCallersWriteTenLinesAMinuteAndThenOneWithTheCount) {
   EXPECT_EQ(told(25), std::pair(size_t{10}, true));
   EXPECT_EQ(told(10), std::pair(size_t{10}, false));
   ZnLog::CleanUp();
+}
+
+TEST_F(Server, ATurnServesABoundedNumberOfCallsAndSendsTheirRepliesAtItsEnd) {
+  CountedServer server(&process_, &loop_, CountedServer::Config());
+  constexpr uint32_t kCalls = 40, kATurn = 16;
+  for (uint32_t xid = 0; xid < kCalls; xid++) caller_.Send(server, xid, 1, root_);
+  for (uint32_t xid = 0; xid < kCalls; xid++) {
+    if (xid % kATurn == 0) {
+      server.ReadCallback(nullptr, ZnEvent::Fired);
+      EXPECT_TRUE(caller_.Received().empty());
+      server.TurnEndCallback(nullptr, ZnEvent::Fired);
+    }
+    const std::vector<uint32_t> reply = caller_.Received();
+    ASSERT_EQ(reply.size(), kStatusWord + 18) << "a status and attributes, whatever its buffer held before";
+    EXPECT_EQ(reply[0], xid);
+  }
+  EXPECT_TRUE(caller_.Reply().empty());
 }
 
 TEST_F(Server, ARetransmissionOfACallInFlightIsServedByTheFirstReply) {

@@ -79,7 +79,7 @@ class MachineSessionTest : public ScriptedServerTest, public ZnSMBNFSSessionHost
   // A command with its requests, one after the other, that ends with the last or the first that fails.
   ZnSMBNFSCommand* Ask(ZnSMBNFSNode* node, std::vector<E::SessionCommand> what,
                        const std::function<void(ZnSMBNFSCommand&)>& prepare = {}) {
-    auto* command = new ZnSMBNFSCommand(ZnInetAddr(), ZnRPCAuthBlock(), 1, this);
+    auto* command = new ZnSMBNFSCommand(ZnInetAddr(), 1, this);
     command->node = node;
     command->count = 8192;
     command->name = "new";

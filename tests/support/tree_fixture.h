@@ -183,7 +183,7 @@ class TreeTest : public ::testing::Test {
   }
 
   std::unique_ptr<ZnSMBNFSCommand> CommandAt(ZnSMBNFSNode* node, const ZnUniString& name = "") {
-    auto command = std::make_unique<ZnSMBNFSCommand>(ZnInetAddr(), ZnRPCAuthBlock(), 1, &handler);
+    auto command = std::make_unique<ZnSMBNFSCommand>(ZnInetAddr(), 1, &handler);
     command->node = node;
     command->name = name;
     return command;

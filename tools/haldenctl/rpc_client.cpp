@@ -46,7 +46,7 @@ void CatchInterrupts() {
 }
 
 ZnRPCAuthBlock CallersCredentials() {
-  char host[256] = "";
+  static char host[256] = "";
   gethostname(host, sizeof host - 1);
   std::vector<gid_t> groups(static_cast<size_t>(std::max(getgroups(0, nullptr), 0)));
   groups.resize(static_cast<size_t>(std::max(getgroups(static_cast<int>(groups.size()), groups.data()), 0)));
