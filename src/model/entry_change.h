@@ -26,10 +26,13 @@ class ZnEntryChange {
     }
     entry_ = nullptr;
   }
-  // Whether what the look of this number tells of the entry may be older than a change.
+  // Whether what the look of this number tells of the entry may be older than a change. Of a file that is being written
+  // all the time it would never be taken: while it is open, what was written is known apart from that.
   static bool Overlapped(const ZnSMBNFSNode& entry, uint64_t look) {
-    return entry.changing > 0 || (entry.changed > 0 && entry.changed >= look);
+    if (entry.changing > 0 || IsSince(entry.changed, look)) return true;
+    return !entry.file && !entry.IsDirectory() && IsSince(entry.written, look);
   }
+  static bool IsSince(uint64_t noted, uint64_t look) { return noted > 0 && noted >= look; }
 
  private:
   ZnWeakRef<ZnSMBNFSNode> entry_;

@@ -72,6 +72,7 @@ class ZnSMBNFSNode : public ZnReferable, public ZnInSlab<ZnSMBNFSNode> {
   ZnMoment lastused;                              // machine nodes: when a look-up last found it
   uint32_t changing = 0;                          // changes of it that are under way at the server
   uint64_t changed = 0;                           // the last look at a server before the end of one (entry_change.h)
+  uint64_t written = 0;                           // the same of a write to it, or of a change of what it holds
   ZnMoment attribtime;                            // when attribs were refreshed; never is out of date
   ZnMoment contentstime;                          // when children were refreshed; never is out of date
 };

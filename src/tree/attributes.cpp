@@ -49,6 +49,10 @@ bool MayChangeUnseen(const ZnTimeVal& modified) {
   return std::abs(int64_t{ZnTimeVal::now().seconds} - modified.seconds) <= kSeconds;
 }
 
+bool IsLater(const ZnNFSTimeVal& one, const ZnNFSTimeVal& other) {
+  return std::pair(one.seconds, one.useconds) > std::pair(other.seconds, other.useconds);
+}
+
 // Another fraction of a second than the last one, never 0: servers that keep whole seconds would hide a change within
 // one.
 uint32_t OtherMicroseconds(uint32_t last) {
@@ -78,10 +82,18 @@ void ZnSMBNFSFileSystem::CBUpdateNode(ZnSMBNFSCommand* command) {
   ZnSMBNFSNode* node = command->node.Get();
   if (!node) return SendError(command, ZnNFSEnum::NFSERR_STALE);
   bool failed = command->sessionstatus == ZnSMBNFSEnum::SSTError;
-  const bool good = !failed && !ZnEntryChange::Overlapped(*node, command->look);
-  if (good && command->files.Count() == 1) UpdateNode(node, command->files[0], false);
+  if (!failed && command->files.Count() == 1) UpdateKnown(node, command->files[0], command->look);
   command->files.Flush();
   Continue(command);
+}
+
+// A directory in which something changed meanwhile keeps the later time.
+void ZnSMBNFSFileSystem::UpdateKnown(ZnSMBNFSNode* node, const ZnSMBCFileObject& entry, uint64_t look) {
+  if (ZnEntryChange::Overlapped(*node, look)) return;
+  const ZnNFSTimeVal shown = node->attribs.mtime;
+  UpdateNode(node, entry, false);
+  const bool held = node->IsDirectory() && ZnEntryChange::IsSince(node->written, look);
+  if (held && IsLater(shown, node->attribs.mtime)) node->attribs.mtime = shown;
 }
 
 void ZnSMBNFSFileSystem::UpdateNode(ZnSMBNFSNode* node, const ZnSMBCFileObject& entry, bool isnew) {
@@ -129,11 +141,10 @@ void ZnSMBNFSFileSystem::ShowSet(ZnSMBNFSNode* node, const ZnNFSSattr* set) {
 // What was done to a directory's entries: clients look at its time to learn whether what they have of it is still good,
 // so each change makes it a later one. The server's own comes with the next query by age.
 void ZnSMBNFSFileSystem::ShowChange(ZnSMBNFSNode* directory) {
-  directory->changed = looks_;
+  directory->written = looks_;
   ZnNFSTimeVal& shown = directory->attribs.mtime;
   const ZnNFSTimeVal now = ZnNfsTime(ZnTimeVal::now());
-  const bool later = std::pair(now.seconds, now.useconds) > std::pair(shown.seconds, shown.useconds);
-  if (later) {
+  if (IsLater(now, shown)) {
     shown = now;
   } else if (++shown.useconds >= kMicroseconds) {
     shown.useconds = 0;
@@ -144,6 +155,7 @@ void ZnSMBNFSFileSystem::ShowChange(ZnSMBNFSNode* directory) {
 // What a successful write did to the file's attributes. They aren't fetched again while the file is open, and a client
 // that appends once more must see the new end, or it overwrites its own data.
 void ZnSMBNFSFileSystem::ShowWrite(ZnSMBNFSNode* node, uint32_t end, bool truncates) {
+  node->written = looks_;
   ZnTimeVal now = ZnTimeVal::now();
   uint32_t size = truncates ? end : std::max(node->attribs.size, end);
   node->attribs.size = size;

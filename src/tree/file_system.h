@@ -96,6 +96,8 @@ class ZnSMBNFSFileSystem : public ZnSMBNFSSessionHost {
   void CBUpdateNode(ZnSMBNFSCommand* command);
   // Turns what the server says of an entry into NFS attributes.
   void UpdateNode(ZnSMBNFSNode* node, const ZnSMBCFileObject& entry, bool isnew);
+  // The same for an entry that is known, by the look of this number.
+  void UpdateKnown(ZnSMBNFSNode* node, const ZnSMBCFileObject& entry, uint64_t look);
   // Builds one READDIR page. `cookie` is the file id of the entry to go on at, 0 for the start; `count` bounds the
   // bytes; `eof` becomes 1 when the directory's end is reached.
   void FillContents(ZnSMBNFSNode* node, uint32_t cookie, uint32_t count, ZnNFSList<ZnNFSDirEntry>& list, uint32_t& eof);
@@ -204,7 +206,7 @@ class ZnSMBNFSFileSystem : public ZnSMBNFSSessionHost {
   void Finish(ZnSMBNFSCommand* command);
   void ShowSet(ZnSMBNFSNode* node, const ZnNFSSattr* set);  // null sets nothing
   void ShowChange(ZnSMBNFSNode* directory);
-  static void ShowWrite(ZnSMBNFSNode* node, uint32_t end, bool truncates);
+  void ShowWrite(ZnSMBNFSNode* node, uint32_t end, bool truncates);
   // The path of a directory's entries as the tree keeps it: in upper case on a share whose names are shown in lower
   // case.
   static ZnUniString EntriesPath(const ZnSMBNFSNode& directory, const ZnSMBNFSShareConfig& config);
@@ -216,9 +218,9 @@ class ZnSMBNFSFileSystem : public ZnSMBNFSSessionHost {
   // in the directory.
   void Merge(ZnDirectoryListing& listing, const ZnDirectoryListing::Entry& listed, ZnSMBNFSChild* child,
              ZnSMBNFSNode* directory, const ZnUniString& path);
-  // Brings one that is listed into the tree, or up to date there. Gives its place.
+  // Brings one that the look of this number tells of into the tree, or up to date there. Gives its place.
   ZnSMBNFSChild* Show(const ZnDirectoryListing::Entry& listed, ZnSMBNFSChild* child, ZnSMBNFSNode* directory,
-                      const ZnUniString& path);
+                      const ZnUniString& path, uint64_t look);
   // Whether a node of this name finds no room below the machine's `treelimit`, beside what waits already.
   static bool IsFull(const ZnSMBNFSNode& directory, const ZnUniString& name, size_t waitingbytes);
   // What a node inside a machine takes, about, by its name.

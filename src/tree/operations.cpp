@@ -14,16 +14,18 @@ bool SetsTimes(const ZnSMBNFSCommand& command) {
   return ZnToldAccess(command.sattr) || ZnToldModification(command.sattr);
 }
 
-bool ChangesEntry(E::SessionCommand what) {
+// What a write does is told when it is done (ShowWrite), unless it makes the file shorter.
+bool ChangesEntry(const ZnSMBNFSCommand& command, E::SessionCommand what) {
   switch (what) {
     case E::SCRequestSetAllAttribs:
     case E::SCRequestSetAttribs:
     case E::SCRequestSetTimes:
-    case E::SCRequestWrite:
     case E::SCRequestRename:
     case E::SCRequestRm:
     case E::SCRequestRmdir:
       return true;
+    case E::SCRequestWrite:
+      return command.truncates;
     default:
       return false;
   }
@@ -41,11 +43,14 @@ void ZnSMBNFSFileSystem::Ask(ZnSMBNFSCommand* command, E::SessionCommand what) {
   if (!node) return SendError(command, ZnNFSEnum::NFSERR_STALE);
   bool applies = node->IsInside() || (WorksOnShares(what) && node->IsShare());
   if (!applies || !GetTree(node)) return SendError(command, ZnNFSEnum::NFSERR_ACCES);
-  if (ChangesEntry(what)) command->change.Begin(*node, looks_);
+  if (ChangesEntry(*command, what)) command->change.Begin(*node, looks_);
   GetSession(node)->Request(command, what);
 }
 
-void ZnSMBNFSFileSystem::BFindEntry(ZnSMBNFSCommand* command) { Ask(command, E::SCRequestEntry); }
+void ZnSMBNFSFileSystem::BFindEntry(ZnSMBNFSCommand* command) {
+  command->look = ++looks_;
+  Ask(command, E::SCRequestEntry);
+}
 void ZnSMBNFSFileSystem::BOpenFile(ZnSMBNFSCommand* command) { Ask(command, E::SCRequestOpenFile); }
 void ZnSMBNFSFileSystem::BCreateFile(ZnSMBNFSCommand* command) { Ask(command, E::SCRequestCreateFile); }
 void ZnSMBNFSFileSystem::BReadFromFile(ZnSMBNFSCommand* command) { Ask(command, E::SCRequestRead); }

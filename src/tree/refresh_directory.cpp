@@ -148,16 +148,16 @@ void ZnSMBNFSFileSystem::TakeWaiting(ZnSMBNFSCommand* command, size_t most) {
 void ZnSMBNFSFileSystem::Merge(ZnDirectoryListing& listing, const Listed& listed, ZnSMBNFSChild* child,
                                ZnSMBNFSNode* directory, const ZnUniString& path) {
   if (child && child->listing == listing.number) return;  // twice in the listing
-  if (!child || !ZnEntryChange::Overlapped(*child->node, listing.look)) child = Show(listed, child, directory, path);
+  child = Show(listed, child, directory, path, listing.look);
   child->listing = listing.number;
   listing.held++;
 }
 
 // What is new gets a node, what is known gets its new attributes.
 ZnSMBNFSChild* ZnSMBNFSFileSystem::Show(const Listed& listed, ZnSMBNFSChild* child, ZnSMBNFSNode* directory,
-                                        const ZnUniString& path) {
+                                        const ZnUniString& path, uint64_t look) {
   if (child) {
-    UpdateNode(child->node, listed.file, false);
+    UpdateKnown(child->node, listed.file, look);
     return child;
   }
   AddNode(directory, listed.file, path)->stored = listed.stored;
@@ -184,7 +184,7 @@ void ZnSMBNFSFileSystem::CBFindEntry(ZnSMBNFSCommand* command) {
     if (!TakeName(listed, tree->config)) continue;
     ZnSMBNFSChild* child = TakePlace(listed, *directory, tree->config);
     if (child || (ZnIsSafeName(listed.file.path) && !IsFull(*directory, listed.file.path, 0)))
-      Show(listed, child, directory, path)->node->changed = looks_;  // no listing has to tell it
+      Show(listed, child, directory, path, command->look)->node->changed = looks_;  // no listing has to tell it
   }
   Continue(command);
 }

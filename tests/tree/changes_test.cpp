@@ -154,6 +154,27 @@ TEST_F(Changes, AQueryThatOverlapsAChangeTellsNothingNew) {
   }
 }
 
+// Else the attributes of a file that is written all the time, or of a directory in which there are always changes,
+// would never be up to date, and each call would ask for them.
+TEST_F(Changes, AQueryIsTakenWhileAnOpenFileIsWrittenOrEntriesCome) {
+  List(d_, {Entry("a", false, 1)});
+  ZnSMBNFSNode* a = Child(d_, "a");
+  session_->files.push_back(std::make_unique<ZnSMBNFSFile>());
+  a->file = session_->files.front().get();
+  const ZnNFSTimeVal shown = d_->attribs.mtime;
+  for (ZnSMBNFSNode* node : {a, d_}) {
+    OutOfDate(node, false);
+    Command query = Sent(CommandAt(node), &ZnSMBNFSFileSystem::BUpdateNode);
+    Command change = node == a ? Written("a", 1, 9) : Sent(At("", "n"), &ZnSMBNFSFileSystem::BCreateFile);
+    Complete(change);
+    query->files.Append(Entry(node->name, node == d_, 1));
+    Complete(query);
+    EXPECT_NE(node->attribtime, ZnMoment{});
+  }
+  EXPECT_EQ(a->attribs.size, 10U);
+  EXPECT_GT(d_->attribs.mtime.seconds, shown.seconds) << "the server's is of before";
+}
+
 TEST_F(Changes, ARefusedRemovalAndWhatMayHaveBeenMadeLeaveTheListingOutOfDate) {
   List(d_, {Entry("a")});
   Command listing, removal = Sent(At("a"), &ZnSMBNFSFileSystem::BRemoveFile);
