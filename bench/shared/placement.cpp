@@ -2,6 +2,7 @@
 
 #include <sched.h>
 
+#include <filesystem>
 #include <fstream>
 
 #include "shared/measure.h"
@@ -21,7 +22,13 @@ void Place(pid_t pid, Processor processor) {
       if (CPU_ISSET(cpu, &all) && left-- == 0) CPU_SET(cpu, &chosen);
     }
   }
-  if (sched_setaffinity(pid, sizeof chosen, &chosen) != 0) Die("can't place a process on a processor");
+  // Of all threads: the server's read and write for it, and one that has just ended needs no place.
+  const std::filesystem::path process = "/proc/" + (pid == 0 ? "self" : std::to_string(pid)) + "/task";
+  for (const auto& thread : std::filesystem::directory_iterator(process)) {
+    sched_setaffinity(std::stoi(thread.path().filename()), sizeof chosen, &chosen);
+  }
+  cpu_set_t seen;
+  if (sched_getaffinity(pid, sizeof seen, &seen) != 0 || !CPU_EQUAL(&seen, &chosen)) Die("can't place a process");
 }
 
 pid_t LatestSmbServer() {

@@ -7,7 +7,7 @@
 
 enum class Processor { First, Second, Any };
 
-// pid 0 is this process. Without a second processor all run on the first.
+// All threads of a process; pid 0 is this one. Without a second processor all run on the first.
 void Place(pid_t pid, Processor processor);
 
 // The process of the SMB server that serves the connection that was made last.
