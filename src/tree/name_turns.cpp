@@ -45,7 +45,7 @@ ZnNameTurns::Result ZnNameTurns::Take(ZnSMBNFSCommand& command, std::vector<Name
   std::ranges::sort(names, [](const Name& a, const Name& b) {
     return std::pair(a.first, a.second.View()) < std::pair(b.first, b.second.View());
   });
-  names.erase(std::ranges::unique(names).begin(), names.end());
+  names.erase(std::unique(names.begin(), names.end()), names.end());
   for (const Name& name : names) {
     const auto line = lines_.find(name);
     if (line != lines_.end() && line->second.size() > kMostWaiting) return Result::TooMany;
