@@ -21,11 +21,16 @@ enum SmbCommand {
   kTransaction = 0x25,
   kMove = 0x2A,
   kOpen = 0x2D,
+  kReadX = 0x2E,
+  kWriteX = 0x2F,
   kTrans2 = 0x32,
+  kFindClose = 0x34,
   kOldTree = 0x70,
   kNegotiate = 0x72,
   kSetup = 0x73,
   kTree = 0x75,
+  kQueryDisk = 0x80,
+  kNtCreate = 0xA2,
 };
 
 using Messages = std::vector<std::string>;

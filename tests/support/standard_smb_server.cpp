@@ -10,6 +10,8 @@ namespace {
 const std::string kNoChain = "\xFF\0\0\0"s;
 
 constexpr unsigned kUid = 100, kFid = 0x4001;
+// The first second of 2000 and of 2001, in 100 ns since 1601.
+constexpr uint64_t kCreated = 125911584000000000, kModified = 126227808000000000;
 
 Request WithIds(Request request, unsigned tid, unsigned uid) {
   request.tid = tid;
@@ -46,8 +48,17 @@ std::vector<std::string> StandardSmbServer::operator()(const Request& request) {
       return {Read(request)};
     case 0x0B:
       return {Reply(request, U16(request.Word(1)))};
+    case 0x80:
+      return {Reply(request, U16(1000) + U16(8) + U16(512) + U16(300) + U16(0))};
     case 0x2A:
       return {Reply(request, U16(1))};
+    case 0x2E:
+      return {ReadX(request)};
+    case 0x2F:
+      return {Reply(request, kNoChain + U16(request.Word(10)) + U16(0) + U32(0))};
+    case 0xA2:
+      return {Reply(request, kNoChain + "\0"s + U16(kFid) + U32(1) + U64(kCreated) + U64(kCreated) + U64(kModified) +
+                                 U64(kModified) + U32(0x20) + U64(size) + U64(size) + U16(0) + U16(0) + "\0"s)};
     case 0x32:
       return {Trans2(request)};
     default:
@@ -60,13 +71,13 @@ std::string StandardSmbServer::Negotiate(const Request& request) const {
   const std::string security(1, static_cast<char>(securityMode));
   if (dialect == 1) {
     return Reply(request,
-                 U16(1) + security + U16(maxBuffer) + U16(50) + U16(1) + "\3"s + U32(0x11223344) + U16(0) + U16(0) +
+                 U16(1) + security + U16(maxBuffer) + U16(maxMpx) + U16(1) + "\3"s + U32(0x11223344) + U16(0) + U16(0) +
                      U16(300) + U32(0),
                  challenge);
   }
   if (dialect != 2) return Reply(request, U16(dialect));
   return Reply(request,
-               U16(2) + security + U16(50) + U16(1) + U32(maxBuffer) + U32(65536) + U32(0x11223344) +
+               U16(2) + security + U16(maxMpx) + U16(1) + U32(maxBuffer) + U32(65536) + U32(0x11223344) +
                    U32(capabilities) + U64(0) + U16(0xFFC4) + "\x08",
                challenge + "G\0R\0O\0U\0P\0\0\0"s);
 }
@@ -78,12 +89,23 @@ std::string StandardSmbServer::Read(const Request& request) const {
   return Reply(request, U16(count) + std::string(8, '\0'), "\1" + U16(count) + data);
 }
 
+std::string StandardSmbServer::ReadX(const Request& request) const {
+  const uint64_t offset = request.Word(3) | request.Word(4) << 16 | uint64_t{request.Word(10)} << 32;
+  const std::string data = content.substr(std::min<uint64_t>(offset, content.size()), request.Word(5));
+  return Reply(
+      request,
+      kNoChain + U16(0xFFFF) + U32(0) + U16(static_cast<unsigned>(data.size())) + U16(60) + std::string(10, '\0'),
+      "\0"s + data);
+}
+
 std::string StandardSmbServer::Trans2(const Request& request) const {
   switch (request.Word(14)) {
     case 1:
       return List(request, 0, true);
     case 2:
       return List(request, entriesARound, false);
+    case 3:
+      return TransReply(request, "", U64(1000) + U64(300) + U32(8) + U32(512));
     case 5:
       return TransReply(request, "", U64(0) + U64(content.size()) + U32(1) + U16(0));
     default:

@@ -13,6 +13,7 @@ class StandardSmbServer {
   unsigned dialect = 2;       // index of the dialect it picks
   unsigned securityMode = 3;  // bit 0 user level, bit 1 encrypted passwords
   unsigned maxBuffer = 4356;  // bytes
+  unsigned maxMpx = 50;
   uint32_t capabilities = 0;  // bit 2 Unicode
   std::string content = "the content of the file";
   unsigned entriesARound = 20;
@@ -22,6 +23,7 @@ class StandardSmbServer {
  private:
   std::string Negotiate(const smb_script::Request& request) const;
   std::string Read(const smb_script::Request& request) const;
+  std::string ReadX(const smb_script::Request& request) const;
   std::string Trans2(const smb_script::Request& request) const;
   std::string List(const smb_script::Request& request, unsigned first, bool findFirst) const;
 };

@@ -1,6 +1,11 @@
 // From nothing to a usable connection: NetBIOS session, dialect, logon, the "IPC$" tree.
 
+#include <optional>
+
 #include "runtime/sys_info.h"
+#include "smb/client/logon_fields.h"
+#include "smb/client/ntlmssp.h"
+#include "smb/client/signing.h"
 #include "smb/client/tree_connect.h"
 #include "smb/client/wire_operation.h"
 
@@ -35,12 +40,21 @@ ZnUniString NativeOS() {
          " " + ZnSysInfoHardware();
 }
 
+// In 100 ns since 1601.
+uint64_t Now() {
+  ZnSMBCTimeDCE now;
+  now.FromTimeVal(ZnTimeVal::now());
+  return now.value;
+}
+
 class ConnectOperation : public ZnSmbWireOperation, private ZnSmbConversation::Connector {
  public:
   ConnectOperation(ZnSmbConversation& conversation, const ZnMachine& machine, const ZnUniString& localName,
                    const ZnUniString& user, const ZnUniString& password, ZnSmbDone done)
-      : ZnSmbWireOperation(conversation, std::move(done)), machine_(machine), user_(user), password_(password) {
-    password_.MarkSecret();
+      : ZnSmbWireOperation(conversation, std::move(done)),
+        machine_(machine),
+        who_{user, password, conversation.settings().domain, ZnSysInfoHostName()} {
+    who_.password.MarkSecret();
     const bool begun = conversation.Connect(this, ZnMachine(localName, ZnMachine::Workstation), machine);
     if (!begun) EndSoon(Values::ErrConnect);
   }
@@ -60,7 +74,9 @@ class ConnectOperation : public ZnSmbWireOperation, private ZnSmbConversation::C
     reason == Values::ErrNone ? conversation()->Established() : conversation()->Forget();
   }
 
+  // Until the logon is over, that the messages are to be signed says that we are able to.
   bool SendNegotiate() {
+    conversation()->signs = conversation()->settings().rules.signing != ZnSigning::Never;
     ZnSMBCNegotiate_ReqData data;
     for (const char* name : kDialects) {
       ZnSMBCDialect dialect;
@@ -78,7 +94,7 @@ class ConnectOperation : public ZnSmbWireOperation, private ZnSmbConversation::C
     TakeNegotiateWords(words, reply.header);
     if (!TakeNegotiateData(words, reply)) return End(Values::ErrNegprot);
     // The oldest dialect has neither logons nor "IPC$", nor a way to say how much it takes at a time.
-    return conversation()->IsCore() ? End() : SendSessionSetup();
+    return conversation()->IsCore() ? End() : LogOn();
   }
 
   void TakeNegotiateWords(const ZnSMBCNegotiate_RespWords& words, const ZnSMBCHeader& header) {
@@ -91,6 +107,8 @@ class ConnectOperation : public ZnSmbWireOperation, private ZnSmbConversation::C
 
     server.securitylevel = words.user_level ? Values::SecLevelUser : Values::SecLevelShare;
     server.encryptedpasswords = words.encrypted_passwords;
+    server.cansign = words.signing_enabled;
+    server.mustsign = words.signing_required;
     server.maxmpx = words.max_mpx;
     server.maxvcs = words.max_vcs;
     server.announcedbuffer = static_cast<uint16_t>(words.max_buffer);
@@ -99,6 +117,8 @@ class ConnectOperation : public ZnSmbWireOperation, private ZnSmbConversation::C
     if (nt) {
       server.maxrawsize = static_cast<uint16_t>(words.max_raw);
       server.capabilities = words.capabilities;
+      server.extendedsecurity = words.capabilities.extended_security;
+      server.systemtime = words.system_time;
     } else {
       server.capabilities.raw_mode = words.read_raw && words.write_raw;
     }
@@ -111,6 +131,9 @@ class ConnectOperation : public ZnSmbWireOperation, private ZnSmbConversation::C
       ZnSMBCNegotiateWfWg_RespData data;
       if (!reply.ReadData(data)) return false;
       server.challenge = data.key;
+    } else if (server.extendedsecurity) {
+      ZnSMBCNegotiateExtended_RespData data;  // its token would only choose among kinds of logon
+      return reply.ReadData(data);
     } else if (words.index == Values::DialectNT) {
       ZnSMBCNegotiate_RespData data(words.key_length);
       if (!reply.ReadData(data)) return false;
@@ -120,54 +143,135 @@ class ConnectOperation : public ZnSmbWireOperation, private ZnSmbConversation::C
     return true;
   }
 
-  bool SendSessionSetup() {
-    const ZnSMBServerInfo& server = conversation()->server;
-    const ZnSmbSettings& settings = conversation()->settings();
-    outcome_.lastcommand = Values::CmdSessionSetupX;
-    const Reason refused = ZnSMBRefusalToSend(password_, server, settings.rules);
-    if (refused != Values::ErrNone) return End(refused);
-    const ZnSMBPasswordFields passwords(user_, password_, server, settings.rules);
+  // ---- the logon
 
+  bool LogOn() {
+    const ZnSMBServerInfo& server = conversation()->server;
+    const ZnSMBLogonRules& rules = conversation()->settings().rules;
+    outcome_.lastcommand = Values::CmdSessionSetupX;
+    if (const Reason refused = ZnSmbRefusalToSign(server, rules); refused != Values::ErrNone) return End(refused);
+    conversation()->signs = ZnSmbWantsToSign(server, rules);
+    ladder_.emplace(who_, server, rules);
+    if (ladder_->Refusal() != Values::ErrNone) return End(ladder_->Refusal());
+    return SendSessionSetup();
+  }
+
+  bool SendSessionSetup() {
+    conversation()->uid = 0;
+    if (ladder_->Form() != ZnSmbLogonForm::Tokens) return SendFields();
+    tokens_.emplace(who_, ZnNtlmssp::Draw(Now()));
+    return SendToken(ZnNtlmssp::FirstToken());
+  }
+
+  bool SendFields() {
+    const ZnSMBServerInfo& server = conversation()->server;
+    const ZnSmbLogonFields fields(ladder_->Form(), who_, server, Now());
+    key_ = fields.signingkey;
     ZnSMBCSessionSetupX_ReqWords words(server.dialect);
-    words.max_buffer = conversation()->IsNt() ? kOwnBuffer : server.announcedbuffer;
-    words.max_mpx = server.maxmpx;
-    words.session_key = server.sessionkey;
-    words.password_length = static_cast<uint16_t>(passwords.first.Length());
-    words.ntpassword_length = static_cast<uint16_t>(passwords.second.Length());
-    words.capabilities = Capabilities();
+    SetLimits(words);
+    words.password_length = static_cast<uint16_t>(fields.first.Length());
+    words.ntpassword_length = static_cast<uint16_t>(fields.second.Length());
 
     ZnSMBCSessionSetupX_ReqData data(server.dialect, conversation()->RequestEncoding());
-    data.password = passwords.first;
-    data.ntpassword = passwords.second;
-    data.name = user_;
-    data.domain = settings.domain;
+    data.password = fields.first;
+    data.ntpassword = fields.second;
+    data.name = who_.user;
+    data.domain = who_.domain;
     data.nativeos = NativeOS();
     data.nativelanman = kClientName;
-    step_ = &ConnectOperation::LoggedOn;
+    step_ = &ConnectOperation::FieldsAnswered;
     return Ask(Values::CmdSessionSetupX, words, data);
   }
 
-  // What we make use of if the server has it too.
-  ZnSMBCCapabilities Capabilities() const {
-    const ZnSMBCCapabilities& offered = conversation()->server.capabilities;
-    ZnSMBCCapabilities used;
-    used.unicode = true;
-    used.large_files = offered.large_files;
-    used.nt_commands = offered.nt_commands;
-    used.large_readx = offered.large_readx;
-    used.large_writex = offered.large_writex;
-    return used;
-  }
-
-  bool LoggedOn(const ZnSMBCDecode& reply) {
+  bool FieldsAnswered(const ZnSMBCDecode& reply) {
     ZnSMBCSessionSetupX_RespWords words;
     ZnSMBCSessionSetupX_RespData data(conversation()->RequestEncoding());
     if (!reply.ReadWords(words) || !reply.ReadData(data)) return End(Values::ErrRead);
-    conversation()->uid = reply.header.uid;
-    conversation()->server.guest = words.guest;
-    conversation()->server.nativeos = data.nativeos;
-    return ConnectIpc();
+    return LoggedOn(reply, words.guest, data.nativeos);
   }
+
+  bool SendToken(const ZnPacket& token) {
+    ZnSMBCSessionSetupExtended_ReqWords words;
+    SetLimits(words);
+    words.token_length = static_cast<uint16_t>(token.Length());
+    ZnSMBCSessionSetupExtended_ReqData data(conversation()->RequestEncoding());
+    data.token = token;
+    data.nativeos = NativeOS();
+    data.nativelanman = kClientName;
+    step_ = &ConnectOperation::TokenAnswered;
+    return Ask(Values::CmdSessionSetupX, words, data);
+  }
+
+  // A challenge, or the end. Only one is answered.
+  bool TokenAnswered(const ZnSMBCDecode& reply) {
+    ZnSMBCSessionSetupExtended_RespWords words;
+    if (!reply.ReadWords(words)) return End(Values::ErrRead);
+    ZnSMBCSessionSetupExtended_RespData data(conversation()->RequestEncoding(), words.token_length);
+    if (!reply.ReadData(data)) return End(Values::ErrRead);
+    if (reply.header.WantsMore()) return AnswerChallenge(reply.header.uid, data.token);
+    key_ = tokens_->SessionKey();
+    return LoggedOn(reply, words.guest, data.nativeos);
+  }
+
+  bool AnswerChallenge(uint16_t uid, const ZnPacket& challenge) {
+    ZnPacket answer;
+    if (answered_ || !tokens_->Answer(challenge, answer)) return End(Values::ErrBadValue);
+    answered_ = true;
+    conversation()->uid = uid;
+    return SendToken(answer);
+  }
+
+  // What both forms of a session setup have, and servers of both kinds want to know of us.
+  template <class Words>
+  void SetLimits(Words& words) const {
+    const ZnSMBServerInfo& server = conversation()->server;
+    words.max_buffer = conversation()->IsNt() ? kOwnBuffer : server.announcedbuffer;
+    words.max_mpx = server.maxmpx;
+    words.session_key = server.sessionkey;
+    const ZnSMBCCapabilities& offered = server.capabilities;
+    words.capabilities.unicode = true;
+    words.capabilities.large_files = offered.large_files;
+    words.capabilities.nt_commands = offered.nt_commands;
+    words.capabilities.large_readx = offered.large_readx;
+    words.capabilities.large_writex = offered.large_writex;
+    words.capabilities.extended_security = server.extendedsecurity;
+  }
+
+  bool LoggedOn(const ZnSMBCDecode& reply, bool guest, const ZnUniString& nativeOs) {
+    conversation()->uid = reply.header.uid;
+    conversation()->server.guest = guest;
+    conversation()->server.nativeos = nativeOs;
+    const Reason refused = StartSigning(reply);
+    return refused == Values::ErrNone ? ConnectIpc() : End(refused);
+  }
+
+  // Guests and nobody have no key that the server knows too.
+  Reason StartSigning(const ZnSMBCDecode& reply) {
+    if (!conversation()->signs) return Values::ErrNone;
+    conversation()->signs = !conversation()->server.guest && !key_.IsEmpty();
+    if (!conversation()->signs) {
+      const bool insists = conversation()->settings().rules.signing == ZnSigning::Always;
+      return insists ? Values::ErrCantSign : Values::ErrNone;
+    }
+    ZnSmbSigning signing;
+    signing.Start(key_);
+    const auto bytes = reply.Bytes();
+    if (!signing.Verify(bytes.data(), bytes.size(), 1)) return Values::ErrBadSignature;
+    conversation()->connection().SignWith(signing);
+    return Values::ErrNone;
+  }
+
+  bool IsRefusal(const ZnSMBCHeader& reply) const override {
+    return ZnSmbWireOperation::IsRefusal(reply) && !(tokens_ && reply.WantsMore());
+  }
+
+  bool Refused(const Part& part) override {
+    const unsigned refusal = outcome_.errorcode * 256U + outcome_.errorclass;
+    const bool another = outcome_.lastcommand == Values::CmdSessionSetupX && ladder_->StepDown(refusal);
+    return another ? SendSessionSetup() : ZnSmbWireOperation::Refused(part);
+  }
+
+  // ---- "IPC$"
 
   bool ConnectIpc() {
     ipc_ = ZnSMBCTreeObject(machine_, "IPC$", Values::ServiceIPC);
@@ -184,8 +288,11 @@ class ConnectOperation : public ZnSmbWireOperation, private ZnSmbConversation::C
   }
 
   ZnMachine machine_;
-  ZnUniString user_;
-  ZnUniString password_;
+  ZnSmbCredentials who_;
+  std::optional<ZnSmbLogonLadder> ladder_;
+  std::optional<ZnNtlmssp> tokens_;
+  bool answered_ = false;  // the challenge of the tokens
+  ZnByteBuffer key_;       // to sign with
   ZnSMBCTreeObject ipc_;
   Step step_ = nullptr;
 };

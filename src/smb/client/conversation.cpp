@@ -35,7 +35,8 @@ void ZnSmbConversation::Forget() {
   if (Connector* connector = std::exchange(connector_, nullptr)) connector->Forgotten();
   established_ = false;
   server = ZnSMBServerInfo();
-  uid = static_cast<uint16_t>(geteuid());
+  uid = 0;
+  signs = false;
   trees_.clear();
   mostinflight_ = 1;
 }
@@ -60,6 +61,8 @@ ZnSMBCHeader ZnSmbConversation::HeaderOf(const Envelope& envelope) const {
   ZnSMBCHeader header;
   header.command = envelope.command;
   header.long_names = true;
+  header.signs = signs;
+  header.extended_security = server.dialect == ZnSMBServerInfo::kNoDialect || server.extendedsecurity;
   header.unicode = server.unicode;
   header.tid = envelope.tid;
   header.pid = static_cast<uint16_t>(getpid());

@@ -57,7 +57,8 @@ class ZnSmbConversation : public ZnReferable, private ZnSmbConnection::Owner {
   // ---- what is known of the server
 
   ZnSMBServerInfo server;
-  uint16_t uid = 0;  // ours with it
+  uint16_t uid = 0;    // ours with it
+  bool signs = false;  // the messages are signed, or shall be when the logon is over
 
   bool IsNt() const { return server.dialect == ZnSMBClientValues::DialectNT; }
   bool IsCore() const { return server.dialect == ZnSMBClientValues::DialectCORE; }

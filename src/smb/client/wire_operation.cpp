@@ -19,11 +19,14 @@ ZnSmbWireOperation::ZnSmbWireOperation(ZnSmbConversation& conversation, ZnSmbCal
 }
 
 ZnSmbWireOperation::~ZnSmbWireOperation() {
+  if (gone_) *gone_ = true;
   loop_->CancelTurnEnd(this);
   GiveUp();
 }
 
+// That which is being answered too: it ends only when its reply was taken, or with the connection.
 void ZnSmbWireOperation::GiveUp() {
+  if (answering_ != 0) underway_.push_back({std::exchange(answering_, 0), Part()});
   for (const Exchange& exchange : underway_) {
     if (conversation()) conversation()->connection().GiveUp(exchange.id);
   }
@@ -47,10 +50,15 @@ bool ZnSmbWireOperation::Replied(ZnSmbExchangeId id, const ZnSMBCDecode& reply) 
   const Part part = Take(id);
   outcome_.errorclass = reply.header.error_class;
   outcome_.errorcode = reply.header.error_code;
-  if (outcome_.errorclass != 0) return Refused(part);
-  if (!Accepted(reply, part)) return false;
-  underway_.push_back({id, part});
-  return true;
+  answering_ = id;
+  bool gone = false;
+  gone_ = &gone;
+  const bool more = IsRefusal(reply.header) ? Refused(part) : Accepted(reply, part);
+  if (gone) return false;
+  gone_ = nullptr;
+  answering_ = 0;
+  if (more) underway_.push_back({id, part});
+  return more;
 }
 
 void ZnSmbWireOperation::NotReplied(ZnSmbExchangeId id, const ZnSmbNoReply& why) {

@@ -37,6 +37,7 @@ class ZnSmbWireOperation : public ZnSmbOperation,
 
   // A reply without error. True: more messages of this reply are to come. Else it has ended the operation or asked on.
   virtual bool Accepted(const ZnSMBCDecode& reply, const Part& part) = 0;
+  virtual bool IsRefusal(const ZnSMBCHeader& reply) const { return reply.error_class != 0; }
   // A reply with an error, which stands in the outcome already.
   virtual bool Refused(const Part&) { return End(Values::ErrSMB); }
   // No reply.
@@ -90,9 +91,11 @@ class ZnSmbWireOperation : public ZnSmbOperation,
   uint16_t tid_ = 0;
   ZnSmbDone done_;
   std::vector<Exchange> underway_;
-  bool served_ = false;  // the server may have acted on something
-  bool lost_ = false;    // something got no answer
-  bool ending_ = false;  // the end will be told soon
+  ZnSmbExchangeId answering_ = 0;
+  bool* gone_ = nullptr;  // whether this object went while a reply was being taken
+  bool served_ = false;   // the server may have acted on something
+  bool lost_ = false;     // something got no answer
+  bool ending_ = false;   // the end will be told soon
   bool abandoned_ = false;
 };
 

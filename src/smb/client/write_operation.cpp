@@ -22,8 +22,9 @@ class WriteOperation : public ZnSmbTransfer {
   }
 
  private:
+  // A signed message has to fit into the server's buffer whatever else it offers. (MS-SMB 3.2.4.13)
   static size_t PieceOf(const ZnSmbConversation& conversation) {
-    const bool large = conversation.IsNt() && conversation.server.capabilities.large_writex;
+    const bool large = conversation.IsNt() && conversation.server.capabilities.large_writex && !conversation.signs;
     return large ? ZnSmbPieces::kLarge : ZnSmbPieces::FittingBuffer(conversation.server);
   }
 
