@@ -12,7 +12,7 @@ tests/support/with_smb_peer gives them. The machine is called pc, through a rela
 --idle          before all else, measures what needs no clock, on a daemon of its own: the wake-ups and size of an idle
                 one, and the size after a large listing
 
-Where the clock counts, all take part as real-time processes: what else the machine does waits for them.
+All take part as real-time processes: what else the machine does waits for them.
 """
 
 import argparse
@@ -20,6 +20,7 @@ import contextlib
 import os
 import pathlib
 import re
+import signal
 import subprocess
 import sys
 import time
@@ -125,14 +126,15 @@ def main():
     parser.add_argument("--daemons-ttls", action="store_true")
     parser.add_argument("program", nargs=argparse.REMAINDER)
     options = parser.parse_args()
+    signal.signal(signal.SIGTERM, lambda *_: sys.exit(1))  # servers have sessions of their own and would outlive it
     small = True
     if (load := os.getloadavg()[0]) > BUSY:
         print(f"The machine is busy with something else (load {load:.1f}): what follows is rough.", flush=True)
+    with contextlib.suppress(PermissionError):
+        os.sched_setscheduler(0, os.SCHED_RR, os.sched_param(1))  # inherited by all that is started
     if options.idle:
         with Gateway() as gateway:
             small = all([measure_idle(gateway), measure_size(gateway)])
-    with contextlib.suppress(PermissionError):
-        os.sched_setscheduler(0, os.SCHED_RR, os.sched_param(1))  # inherited by all that is started
     with servers(SETTINGS + (LASTING if not options.daemons_ttls else "")) as environment:
         return subprocess.run(options.program, env=environment).returncode or not small
 
