@@ -163,8 +163,8 @@ std::span<const ZnTaskRow> ZnSetTimesTask::Rows() { return kRows; }
 
 // Setting the access time alone through an id that was written through makes servers date the writing anew.
 void ZnSetTimesTask::CloseWritten() {
-  const bool written = File() && File()->writable && !ZnToldModification(command().sattr);
-  written ? CloseFile() : Ended();
+  const bool closes = File() && File()->written && !ZnToldModification(command().sattr);
+  closes ? CloseFile() : Ended();
 }
 
 void ZnSetTimesTask::Open() {
