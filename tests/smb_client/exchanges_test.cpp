@@ -375,6 +375,18 @@ TEST_F(Exchanges, OwnersMayDoAnythingInACallback) {
   }
 }
 
+TEST_F(Exchanges, WhoClosesOnItsLastReplyHearsNothingMore) {
+  Connect(50);
+  AskMany(1, 2);
+  onTold = [&](const std::string& what) {
+    if (what == "+1") connection->Close();
+    return false;
+  };
+  Asked();
+  Answer(1);
+  EXPECT_THAT(ToldWithin(20), ElementsAre("+1", "-2 ErrDisconnect"));
+}
+
 // ---- signatures
 
 // Each message has the code of its place in the order of requests, in whatever order they are answered; from the first

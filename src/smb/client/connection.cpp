@@ -64,7 +64,8 @@ void ZnSmbConnection::FailAll(Reason reason) {
   for (Places* const list : {&overdue_, &inFlight_}) {
     while (!list->empty()) {
       Place& place = list->front();
-      Fail(std::exchange(place.exchange, 0), {reason, nbt_.WasCutBefore(place.end)});
+      const ZnSmbExchangeId id = std::exchange(place.exchange, 0);
+      if (id != answering_) Fail(id, {reason, nbt_.WasCutBefore(place.end)});
       Move(list->begin(), free_);
     }
   }

@@ -155,7 +155,8 @@ class ZnSmbConnection : private ZnNbtConnection::Owner {
   unsigned most_ = 1;
   std::optional<ZnSmbSigning> signing_;
   uint32_t nextSequence_ = 0;
-  unsigned conversation_ = 0;  // counts connections, to notice one that began inside a callback
+  unsigned conversation_ = 0;      // counts connections, to notice one that began inside a callback
+  ZnSmbExchangeId answering_ = 0;  // whose owner is being told of a reply
 
   std::vector<Exchange> exchanges_;
   std::vector<uint32_t> unused_;  // of those

@@ -56,13 +56,20 @@ bool ZnSmbConnection::IsSignedFor(const Place& place, std::span<const uint8_t> m
   return place.sequence == 0 || signing_->Verify(message.data(), message.size(), place.sequence + 1);
 }
 
+// An owner that closes the connection on its reply has been answered; it hears of the end only if it waits for more.
 void ZnSmbConnection::Answer(Places::iterator place, const ZnSMBCDecode& reply) {
   const Exchange* const exchange = Find(place->exchange);
   if (!exchange) return Vacate(place);
   const ZnWeakRef<ZnReferable> alive(&alive_);
   const unsigned conversation = conversation_;
-  const bool more = exchange->owner->Replied(exchange->id, reply);
-  if (!alive || conversation != conversation_) return;
+  const ZnSmbExchangeId id = answering_ = exchange->id;
+  const bool more = exchange->owner->Replied(id, reply);
+  if (!alive) return;
+  answering_ = 0;
+  if (conversation != conversation_) {
+    more ? Fail(id, {Values::ErrDisconnect, false}) : static_cast<void>(Forget(id));
+    return;
+  }
   if (more && place->exchange != 0) return StartTime(place);
   Vacate(place);
 }
