@@ -69,7 +69,9 @@ ZnFileUse ZnOpenFiles::Use(const ZnSMBNFSNode& node) {
 void ZnOpenFiles::EndUse(ZnSMBNFSFile& used) {
   auto& file = static_cast<File&>(used);
   file.lastused = ZnSteadyClock::now();
-  if (--file.users == 0) CloseIfUnused(file);
+  if (--file.users > 0) return;
+  CloseIfUnused(file);
+  MakeRoomFor(0);
 }
 
 // ---- opening --------------------------------------------------------------------------------------------------------
@@ -113,7 +115,7 @@ ZnWaitPlace ZnOpenFiles::Open(ZnSMBNFSCommand& command, ZnSmbCaller caller, ZnSm
 
 // What others may do with it meanwhile: whoever reads lets them, whoever writes doesn't let them write.
 ZnOpenFiles::File& ZnOpenFiles::Begin(ZnSMBNFSCommand& command, ZnSmbCaller caller) {
-  MakeRoom();
+  MakeRoomFor(1);
   ZnSMBNFSNode& node = *command.node.Get();
   File& file = files_.emplace_back(wakeups_);
   static_cast<ZnSMBCFileObject&>(file) = *ZnFileAt(*ZnTreeOf(&node), node.Path());
@@ -150,12 +152,14 @@ void ZnOpenFiles::Opened(File& file, const ZnSmbOutcome& told) {
   CloseIfUnused(file);
 }
 
-// One of those that nobody uses makes way. Requests of one connection take effect in the order in which they were sent,
-// so there is no need to wait for that.
-void ZnOpenFiles::MakeRoom() {
+// The one that nobody has used for longest makes way. While all are in use there may be more than are wanted. Requests
+// of one connection take effect in the order in which they were sent, so there is no need to wait for the close.
+void ZnOpenFiles::MakeRoomFor(size_t more) {
   const auto most = static_cast<size_t>(std::max(config_.maxopenfiles, 1));
-  if (files_.size() < most) return;
+  if (files_.size() + more <= most) return;
+  const auto stays = [](const File& file) { return !file.close; };
   const auto idle = [](const File& file) { return file.IsOpenNow() && !file.close && file.users == 0; };
+  if (static_cast<size_t>(std::count_if(files_.begin(), files_.end(), stays)) + more <= most) return;
   const auto oldest = std::find_if(files_.begin(), files_.end(), idle);
   if (oldest != files_.end()) CloseAfterUse(*oldest);
 }

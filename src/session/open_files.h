@@ -98,7 +98,7 @@ class ZnOpenFiles {
   File* Find(const ZnSMBNFSNode& node) const;
   File& Begin(ZnSMBNFSCommand& command, ZnSmbCaller caller);
   void Opened(File& file, const ZnSmbOutcome& outcome);
-  void MakeRoom();
+  void MakeRoomFor(size_t more);
   void EndUse(ZnSMBNFSFile& file);
   void CloseIfUnused(File& file);
   void BeginClose(File& file);
