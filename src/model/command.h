@@ -27,8 +27,7 @@ using ZnSMBNFSArguments =
 
 class ZnSMBNFSCommand {
  public:
-  // A call from `source`; `handler` (not owned) hears of its end. A null handler is for a session's own clean-up
-  // command.
+  // A call from `source`; `handler` (not owned, may be null) hears of its end.
   ZnSMBNFSCommand(const ZnInetAddr& source, uint32_t xid, ZnSMBNFSCommandHandler* handler);
   ZnSMBNFSCommand(const ZnSMBNFSCommand&) = delete;
   ZnSMBNFSCommand& operator=(const ZnSMBNFSCommand&) = delete;

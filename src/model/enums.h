@@ -22,11 +22,7 @@ struct ZnSMBNFSEnum {
     SCRequestRename = 13,
     SCRequestSpace = 14,
     SCRequestEntry = 15,  // the one entry of that name in a directory, of which nothing is known yet
-    SCCleanUp = 20,
-    SCProbe = 21,
   };
-  // Whether a session asks this of itself, with a command of its own that nobody waits for.
-  static bool IsOwn(SessionCommand what) { return what >= SCCleanUp; }
 
   // How far the session has got with it.
   enum SessionStatus : int {
@@ -44,19 +40,13 @@ struct ZnSMBNFSEnum {
     SSTGetSetAttribs = 18,
     SSTRmdir = 19,
     SSTCreateFile = 30,
-    SSTClosedAllFiles = 31,
     SSTCloseFiles = 32,
     SSTOpenFile = 33,
     SSTWrite = 34,
     SSTRead = 35,
     SSTRm = 36,
-    SSTClosedAllTrees = 37,
-    SSTGetOldAttribs = 38,
-    SSTGetSetOldAttribs = 39,
     SSTSetTimes = 40,
     SSTRename = 41,
-    SSTGetTime = 42,
-    SSTGotTime = 43,
     SSTReplace = 44,       // one request that renames over what is there
     SSTMakeRoom = 45,      // what is in a rename's way goes aside
     SSTRenameAgain = 46,   // there is room now

@@ -1,6 +1,5 @@
 #pragma once
-// What the tree knows of a machine's session: the queue it hands commands to, and the state that tree and session
-// share.
+// What the tree knows of a machine's session: where it hands commands to, and the state that tree and session share.
 
 #include <list>
 #include <memory>
@@ -21,13 +20,13 @@ class ZnSMBNFSSessionBase {
   ZnSMBNFSSessionBase& operator=(const ZnSMBNFSSessionBase&) = delete;
   virtual ~ZnSMBNFSSessionBase() = default;
 
-  // Queues a command, or goes on with it at once when it is the running one already. When the session has done its part
-  // it calls ZnSMBNFSSessionHost::CompleteRequest, perhaps before this returns; a failure shows as sessionstatus
-  // SSTError. After the call the command may be gone.
+  // Does this for a command, beside what is done for others. When it is done the session calls
+  // ZnSMBNFSSessionHost::CompleteRequest, perhaps before this returns; a failure shows as sessionstatus SSTError. After
+  // the call the command may be gone.
   virtual void Request(ZnSMBNFSCommand* command, ZnSMBNFSEnum::SessionCommand what) = 0;
-  // Withdraws a command whose life ends; the next one begins. Called by the command's destructor.
+  // Withdraws a command whose life ends, with what goes on for it. Called by the command's destructor.
   virtual void RemoveCommand(ZnSMBNFSCommand* command) = 0;
-  // Fails every queued command, with a report to the user.
+  // Fails every command that something is being done for, with a report to the user.
   virtual void SendErrors() = 0;
   // What NFS is told of a request that failed.
   virtual ZnNFSEnum::Status ConvertError(const ZnSMBNFSCommand& command) const = 0;
@@ -42,9 +41,8 @@ class ZnSMBNFSSessionBase {
 
   ZnSMBNFSNode* machinenode = nullptr;  // owns this session
   ZnSMBNFSMachineConfig config;         // a copy
-  ZnMoment lastactivity;                // last command queued or finished, clean-ups excepted
+  ZnMoment lastactivity;                // when a command last came or went
   std::list<std::unique_ptr<ZnSMBNFSTree>> trees;
-  std::list<std::unique_ptr<ZnSMBNFSFile>> files;  // open on the server, oldest first
-  ZnSMBNFSHandleDictionary handles;                // owns the nodes of level 4 and deeper
-  size_t treebytes = 0;                            // what those take, about
+  ZnSMBNFSHandleDictionary handles;  // owns the nodes of level 4 and deeper
+  size_t treebytes = 0;              // what those take, about
 };

@@ -89,7 +89,7 @@ void ZnConversation::ApplySettings() {
   settings.replytimeout = static_cast<uint32_t>(std::max(config_.smbtimeout, 1));
   if (suspect_) settings.replytimeout = std::min(settings.replytimeout, kSuspectSeconds);
   settings.domain = config_.domain;
-  settings.rules = {config_.cleartext, config_.minauth};
+  settings.rules = {config_.cleartext, config_.minauth, config_.signing};
   settings.encoding = config_.encoding;
   client_.Settings(settings);
 }
@@ -100,7 +100,10 @@ ZnUniString ZnConversation::CallingName() const {
   return ZnUniString::CreateFromUnsigned(ZnCheckSum::Sum(name)) + name;
 }
 
-void ZnConversation::Connected(const ZnSmbOutcome& outcome) {
+// What was needed to log on isn't kept.
+void ZnConversation::Connected(const ZnSmbOutcome& told) {
+  const ZnSmbOutcome outcome = told;
+  connecting_.reset();
   if (!outcome.Ok()) {
     if (outcome.Refusal() == 0) {
       finder_.Forget();

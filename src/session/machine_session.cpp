@@ -173,6 +173,10 @@ void ZnMachineSession::ConversationIsOver() {
   openfiles_->DropAll();
 }
 
+void ZnMachineSession::NodeGoes(ZnSMBNFSNode& node) {
+  if (node.file) openfiles_->CloseAfterUse(*node.file);
+}
+
 // What idles for long goes with its connection, unclosed. Handles stay good: the next command connects again.
 bool ZnMachineSession::CleanUp() {
   const bool idle = commands_.empty() && HasPassed(lastactivity, std::max(config.sessiontimeout, 1));

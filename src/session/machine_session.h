@@ -36,6 +36,7 @@ class ZnMachineSession : public ZnSMBNFSSessionBase, private ZnSmbClient::Owner 
   void RemoveCommand(ZnSMBNFSCommand* command) override;
   void SendErrors() override;
   ZnNFSEnum::Status ConvertError(const ZnSMBNFSCommand& command) const override;
+  void NodeGoes(ZnSMBNFSNode& node) override;
   bool CleanUp() override;
   bool IsConnected() const override { return client_.IsConnected(); }
   unsigned serverclass() const override;

@@ -28,7 +28,7 @@ void ZnRemovingTask::RemoveDoomed() {
 
 std::optional<ZnTaskEvent> ZnRemovingTask::EventOfRemoval(const ZnSmbOutcome& refusal) {
   if (madewritable_) {
-    Tell(refusal);
+    Tell(refusal, Remains());
     command().failure = ZnSessionReports::StatusOf(refusal, state());
     return ZnTaskEvent::StaysReadOnly;
   }

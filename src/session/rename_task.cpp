@@ -204,6 +204,8 @@ ZnUniString ZnRenameTask::Remains() const {
     case E::SSTRenameAgain:
     case E::SSTPutBack:
     case E::SSTRm:
+    case E::SSTMakeWritable:
+    case E::SSTProtectAgain:
       return " What had that name before is now " + place + ".";
     default:
       return {};
@@ -242,7 +244,7 @@ std::optional<ZnTaskEvent> ZnRenameTask::EventOf(const ZnSmbOutcome& outcome) {
     if (way.refused != state() || !command().node || !(this->*way.applies)(outcome)) continue;
     if (way.event == ZnTaskEvent::MoveUnknown) session().quirks().nomove = true;
     if (way.event == ZnTaskEvent::CannotReplace && outcome.Refusal() != kDenied) session().quirks().noreplace = true;
-    if (way.told) Tell(outcome);
+    if (way.told) Tell(outcome, state() == E::SSTRenameAgain ? ZnUniString() : Remains());
     command().failure = ZnSessionReports::StatusOf(outcome, state());
     return way.event;
   }

@@ -161,8 +161,8 @@ void ZnSessionTask::ConnectShare() {
 
 // ---- failures -------------------------------------------------------------------------------------------------------
 
-void ZnSessionTask::Tell(const ZnSmbOutcome& outcome) {
-  session_.reports().Tell(command_, state(), outcome.lastcommand, TextOf(outcome));
+void ZnSessionTask::Tell(const ZnSmbOutcome& outcome, const ZnUniString& besides) {
+  session_.reports().Tell(command_, state(), outcome.lastcommand, TextOf(outcome) + besides);
 }
 
 void ZnSessionTask::Fail(const ZnUniString& text, ZnNFSEnum::Status status) { Fails(state(), text, {}, status); }

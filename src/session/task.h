@@ -130,8 +130,8 @@ class ZnSessionTask : public ZnReferable {
   ZnSMBNFSTree* tree() const;
   // On whose behalf the client is asked.
   ZnSmbCaller caller() const { return caller_; }
-  // The user reads of a failure that doesn't end the task: another way is gone.
-  void Tell(const ZnSmbOutcome& outcome);
+  // The user reads of a failure that doesn't end the task, another way being gone, and of `besides`.
+  void Tell(const ZnSmbOutcome& outcome, const ZnUniString& besides = {});
 
  private:
   static const ZnTaskRow kCommonRows[];

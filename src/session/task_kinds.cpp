@@ -2,11 +2,15 @@
 
 #include <algorithm>
 
+#include "session/attribute_tasks.h"
 #include "session/create_task.h"
+#include "session/directory_tasks.h"
 #include "session/entry_task.h"
 #include "session/list_task.h"
 #include "session/open_task.h"
 #include "session/read_task.h"
+#include "session/remove_task.h"
+#include "session/rename_task.h"
 #include "session/space_task.h"
 #include "session/write_task.h"
 
@@ -27,10 +31,14 @@ ZnTaskKind Kind(E::SessionCommand what) {
 
 std::span<const ZnTaskKind> ZnTaskKinds() {
   static const ZnTaskKind kinds[] = {
-      Kind<ZnListTask>(E::SCRequestDirs),     Kind<ZnEntryTask>(E::SCRequestAttribs),
-      Kind<ZnEntryTask>(E::SCRequestEntry),   Kind<ZnCreateTask>(E::SCRequestCreateFile),
-      Kind<ZnOpenTask>(E::SCRequestOpenFile), Kind<ZnWriteTask>(E::SCRequestWrite),
-      Kind<ZnReadTask>(E::SCRequestRead),     Kind<ZnSpaceTask>(E::SCRequestSpace),
+      Kind<ZnReadTask>(E::SCRequestRead),          Kind<ZnWriteTask>(E::SCRequestWrite),
+      Kind<ZnOpenTask>(E::SCRequestOpenFile),      Kind<ZnEntryTask>(E::SCRequestAttribs),
+      Kind<ZnEntryTask>(E::SCRequestEntry),        Kind<ZnListTask>(E::SCRequestDirs),
+      Kind<ZnCreateTask>(E::SCRequestCreateFile),  Kind<ZnMakeDirectoryTask>(E::SCRequestMkdir),
+      Kind<ZnRemoveTask>(E::SCRequestRm),          Kind<ZnRemoveDirectoryTask>(E::SCRequestRmdir),
+      Kind<ZnRenameTask>(E::SCRequestRename),      Kind<ZnSetAllTask>(E::SCRequestSetAllAttribs),
+      Kind<ZnSetModeTask>(E::SCRequestSetAttribs), Kind<ZnSetTimesTask>(E::SCRequestSetTimes),
+      Kind<ZnSpaceTask>(E::SCRequestSpace),
   };
   return kinds;
 }

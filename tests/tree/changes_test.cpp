@@ -159,8 +159,8 @@ TEST_F(Changes, AQueryThatOverlapsAChangeTellsNothingNew) {
 TEST_F(Changes, AQueryIsTakenWhileAnOpenFileIsWrittenOrEntriesCome) {
   List(d_, {Entry("a", false, 1)});
   ZnSMBNFSNode* a = Child(d_, "a");
-  session_->files.push_back(std::make_unique<ZnSMBNFSFile>());
-  a->file = session_->files.front().get();
+  ZnSMBNFSFile open;
+  a->file = &open;
   const ZnNFSTimeVal shown = d_->attribs.mtime;
   for (ZnSMBNFSNode* node : {a, d_}) {
     OutOfDate(node, false);
@@ -173,6 +173,7 @@ TEST_F(Changes, AQueryIsTakenWhileAnOpenFileIsWrittenOrEntriesCome) {
   }
   EXPECT_EQ(a->attribs.size, 10U);
   EXPECT_GT(d_->attribs.mtime.seconds, shown.seconds) << "the server's is of before";
+  a->file = nullptr;
 }
 
 TEST_F(Changes, ARefusedRemovalAndWhatMayHaveBeenMadeLeaveTheListingOutOfDate) {

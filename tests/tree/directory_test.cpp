@@ -39,8 +39,8 @@ TEST_F(Directory, ARefreshDoesNotTakeBackWhatWasWritten) {
   ZnSMBNFSNode* share = Share();
   List(share, {Entry("f", false, 10)});
   ZnSMBNFSNode* node = Child(share, "f");
-  Session()->files.push_back(std::make_unique<ZnSMBNFSFile>());
-  node->file = Session()->files.front().get();
+  ZnSMBNFSFile open;
+  node->file = &open;
   Session()->answer = [](ZnSMBNFSCommand&) { return true; };
   auto write = CommandAt(node);
   write->offset = 10;
@@ -48,6 +48,7 @@ TEST_F(Directory, ARefreshDoesNotTakeBackWhatWasWritten) {
   filesystem.BWriteToFile(write.get());
   List(share, {Entry("f", false, 10)});
   EXPECT_EQ(node->attribs.size, 15U) << "the server still shows the old size of an open file";
+  node->file = nullptr;
 }
 
 // A reader goes page by page while entries come and go, also the one that his cookie names, and one comes for each that

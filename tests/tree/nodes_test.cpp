@@ -67,8 +67,7 @@ TEST_F(Nodes, APrunedFileIsClosedLater) {
   ZnSMBNFSNode* share = Share();
   List(share, {Entry("f")});
   ZnSMBNFSNode* node = Child(share, "f");
-  Session()->files.push_back(std::make_unique<ZnSMBNFSFile>());
-  ZnSMBNFSFile& file = *Session()->files.front();
+  ZnSMBNFSFile file;
   file.node = node;
   node->file = &file;
   filesystem.Prune(node);

@@ -1,27 +1,27 @@
 // How a session finds its machine, and finds it again.
 
-#include "session_fixture.h"
+#include "machine_session_fixture.h"
 #include "support/scripted_resolver.h"
 
 using testing::ElementsAre;
 
-class Address : public SessionTest {
+class AddressOfMachine : public MachineSessionTest {
  protected:
-  Address() {
+  AddressOfMachine() {
     resolver->hosts["pc.there"] = ZnInetAddr::AddressLoopback();
     config.ipaddress = "pc.there";
     MakeSession();
   }
-  ~Address() override { ZnDNS::SetResolver(nullptr); }
+  ~AddressOfMachine() override { ZnDNS::SetResolver(nullptr); }
 
   ScriptedResolver* resolver = ScriptedResolver::Install();
 };
 
-TEST_F(Address, ASlowLookUpLeavesTheLoopFree) {
+TEST_F(AddressOfMachine, ASlowLookUpLeavesTheLoopFree) {
   resolver->slow = true;
   Ask(Node("f"), {E::SCRequestAttribs});
   LetPass(5000);
-  EXPECT_EQ(session->QueueLength(), 1u);
+  EXPECT_EQ(session->Count(), 1u);
   resolver->AnswerAll();
   Wait();
   EXPECT_THAT(ended, ElementsAre(0));
@@ -34,7 +34,7 @@ TEST_F(Address, ASlowLookUpLeavesTheLoopFree) {
   EXPECT_EQ(ended.size(), 2u);
 }
 
-TEST_F(Address, IsLookedUpAgainAfterItsTimeAndWhenItLeadsNowhere) {
+TEST_F(AddressOfMachine, IsLookedUpAgainAfterItsTimeAndWhenItLeadsNowhere) {
   const struct {
     uint32_t after;  // milliseconds
     bool hangup;

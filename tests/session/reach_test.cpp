@@ -1,10 +1,10 @@
 // A machine that can't be reached, and one that is back.
 
-#include "session_fixture.h"
+#include "machine_session_fixture.h"
 
 using testing::ElementsAre;
 
-TEST_F(SessionTest, OnlyTheFirstCallWaitsForADeadMachine) {
+TEST_F(MachineSessionTest, OnlyTheFirstCallWaitsForADeadMachine) {
   peer.HangUp();
   peer.sessionResponse = "";  // it takes connections, as a stopped one does, and says nothing
   const ZnMoment began = ZnSteadyClock::Read();
