@@ -198,9 +198,10 @@ TEST_F(Client, NothingIsSentWhereNothingCanCome) {
   ZnSMBCFileObject opened = OpenFile();
   EXPECT_EQ(ReasonOf(Opening(&opened)), Values::ErrBadFID);
   tree.share = ZnUniString();
-  EXPECT_EQ(ReasonOf([&](ZnSmbDone done) { return client->TreeConnect(&tree, "", done); }), Values::ErrInternal);
+  EXPECT_EQ(ReasonOf([&](const ZnSmbDone& done) { return client->TreeConnect(&tree, "", done); }), Values::ErrInternal);
   const std::string path(70000, 'x');
-  EXPECT_EQ(ReasonOf([&](ZnSmbDone done) { return client->Delete(1, File(path.c_str()), done); }), Values::ErrInternal);
+  EXPECT_EQ(ReasonOf([&](const ZnSmbDone& done) { return client->Delete(1, File(path.c_str()), done); }),
+            Values::ErrInternal);
   EXPECT_THAT(Asked(), IsEmpty());
 }
 
@@ -267,7 +268,7 @@ TEST_F(Client, DisconnectEndsEverythingFromTheLoop) {
 TEST_F(Client, ADoneMayDeleteTheClientAndHandlesMayOutliveIt) {
   Connect();
   ZnSmbCall other;
-  const ZnSmbOutcome outcome = Run([&](ZnSmbDone done) {
+  const ZnSmbOutcome outcome = Run([&](const ZnSmbDone& done) {
     ZnSmbCall call = Deleting()([&, done](const ZnSmbOutcome& how) {
       client.reset();
       done(how);

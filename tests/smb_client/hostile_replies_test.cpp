@@ -25,11 +25,12 @@ class HostileReplies : public OperationsTest, public testing::WithParamInterface
     client->Settings(settings);
   }
 
-  // Goes as far as the server lets it.
-  void Converse() {
-    replies.clear();
-    finished = 0;
-    client->Disconnect();
+  // Goes as far as the server lets it, from the beginning or on the connection that there is.
+  void Converse(bool anew = true) {
+    replies.resize(anew ? 0 : connecting);
+    finished = false;
+    if (anew) client->Disconnect();
+    if (anew) tree = ZnSMBCTreeObject();
     ZnSMBCFileObject file;
     ZnSMBDiskSpace space;
     listed.Flush();
@@ -46,25 +47,27 @@ class HostileReplies : public OperationsTest, public testing::WithParamInterface
         [&](ZnSmbDone done) { return client->Move(kCaller, File(), File(), std::move(done)); },
         [&](ZnSmbDone done) { return client->GetDiskSpace(kCaller, tree, &space, std::move(done)); },
     };
-    for (const Begin& step : steps) {
-      const Reason reason = ReasonOf(step);
+    for (size_t i = anew ? 0 : kConnecting; i < steps.size(); i++) {
+      if (i == kConnecting) connecting = replies.size();
+      const Reason reason = ReasonOf(steps[i]);
       ASSERT_NE(reason, Values::ErrInternal);
       if (reason != Values::ErrNone) return;
-      finished++;
     }
-    finished = kAllSteps;
+    finished = true;
   }
-  static constexpr unsigned kAllSteps = 100;
+  static constexpr size_t kConnecting = 2;  // the steps before others
 
+  // There are many, and the host has a limited number of ports to connect from.
   void ConverseWith(std::function<void(std::string&)> how) {
     change = std::move(how);
-    Converse();
+    Converse(target < connecting || !client->IsConnected() || tree.tid == ZnSMBCTreeObject::kNotConnected);
   }
 
   std::vector<std::string> replies;
+  size_t connecting = 0;                             // replies that belong to this
   size_t target = SIZE_MAX;                          // the reply that is changed
   std::function<void(std::string& message)> change;  // in this way
-  unsigned finished = 0;
+  bool finished = false;                             // all steps, or not
 };
 
 // With counts that hold: the words and the data end early, and nothing else is wrong.
@@ -81,10 +84,10 @@ void CutData(std::string& message, size_t length) {
 
 TEST_P(HostileReplies, CutAndChangedRepliesEndTheOperation) {
   Converse();
-  ASSERT_EQ(finished, kAllSteps);
+  ASSERT_TRUE(finished);
   const auto whole = replies;
   unsigned noticed = 0;
-  const auto note = [&] { noticed += finished < kAllSteps ? 1 : 0; };
+  const auto note = [&] { noticed += finished ? 0 : 1; };
   for (target = 0; target < whole.size(); target++) {
     SCOPED_TRACE("reply " + std::to_string(target));
     const size_t words = static_cast<uint8_t>(whole[target][32]);
@@ -98,18 +101,16 @@ TEST_P(HostileReplies, CutAndChangedRepliesEndTheOperation) {
     }
     for (size_t at = 0; at < whole[target].size(); at++) {
       SCOPED_TRACE("byte " + std::to_string(at));
-      for (const char flip : {'\xFF', '\1'}) {
-        ConverseWith([=](std::string& message) { message[at] = static_cast<char>(message[at] ^ flip); });
-        note();
-      }
+      ConverseWith([=](std::string& message) { message[at] = static_cast<char>(~message[at]); });
+      note();
       if (HasFatalFailure()) return;
     }
     ConverseWith([](std::string& message) { message.resize(message.size() / 2); });
-    ASSERT_LT(finished, kAllSteps);
+    ASSERT_FALSE(finished);
   }
   EXPECT_GT(noticed, 100U) << "some of the changes have to be noticed";
   Converse();
-  EXPECT_EQ(finished, kAllSteps) << "the client is as good as new";
+  EXPECT_TRUE(finished) << "the client is as good as new";
 }
 
 INSTANTIATE_TEST_SUITE_P(Dialects, HostileReplies, testing::Values(0, 1, 2));

@@ -82,7 +82,7 @@ class OperationsTest : public ScriptedServerTest, public ZnSmbClient::Owner {
   Begin Deleting() {
     return [=, this](ZnSmbDone done) { return client->Delete(kCaller, File(), std::move(done)); };
   }
-  Begin Listing(std::function<bool()> took = [] { return true; }) {
+  Begin Listing(const std::function<bool()>& took = [] { return true; }) {
     return [=, this](ZnSmbDone done) {
       return client->List(kCaller, ZnSMBCDirectoryObject(tree, "\\"), "*", &listed, took, std::move(done));
     };

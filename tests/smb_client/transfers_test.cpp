@@ -12,7 +12,6 @@ using smb_script::U16;
 using smb_script::U32;
 using smb_script::U64;
 using testing::Each;
-using testing::ElementsAre;
 using testing::IsEmpty;
 
 std::string Pattern(size_t length) {
@@ -20,6 +19,8 @@ std::string Pattern(size_t length) {
   for (size_t i = 0; i < length; i++) bytes[i] = static_cast<char>(i * 2654435761U >> 13);
   return bytes;
 }
+
+constexpr size_t kPiece = 4096;  // what fits the usual buffer
 
 class Transfers : public OperationsTest {
  protected:
@@ -113,9 +114,9 @@ TEST_F(Transfers, PiecesGoSideBySideAndComeInAnyOrder) {
     server.replaced.clear();
     ConnectTo(2, 0, mpx);
     const size_t most = std::max(mpx, 1U), pieces = 60;
-    server.content = Pattern(pieces * 4096 - 7);
+    server.content = Pattern(pieces * kPiece - 7);
     Hold(kReadX);
-    Start(Reading(0, pieces * 4096));
+    Start(Reading(0, pieces * kPiece));
     for (size_t left = pieces; left > 0; left--) {
       ASSERT_EQ(held.size(), std::min(most, left));
       ASSERT_FALSE(ended);
@@ -128,7 +129,7 @@ TEST_F(Transfers, PiecesGoSideBySideAndComeInAnyOrder) {
 
 // The end of the file, whatever later pieces bring or say.
 TEST_F(Transfers, AShortPieceInTheMiddleEndsTheData) {
-  server.content = Pattern(3 * 4096);
+  server.content = Pattern(3 * kPiece);
   const Script shorter = [](const Request& request) {
     return Messages{
         Reply(request, "\xFF\0\0\0"s + std::string(6, '\0') + U16(3) + U16(60) + std::string(10, '\0'), "\0abc"s)};
@@ -137,14 +138,14 @@ TEST_F(Transfers, AShortPieceInTheMiddleEndsTheData) {
     for (const std::vector<size_t>& order : {std::vector<size_t>{0, 0, 0}, {1, 1, 0}, {2, 1, 0}}) {
       ConnectTo(2, 0);
       Hold(kReadX);
-      Start(Reading(0, 3 * 4096));
+      Start(Reading(0, 3 * kPiece));
       for (const size_t index : order) {
         const unsigned offset = held.at(index).Word(3);
-        Answer(index, offset == 4096 ? shorter : offset > 4096 && refused ? Refuse(1, 38) : nullptr);
+        Answer(index, offset == kPiece ? shorter : offset > kPiece && refused ? Refuse(1, 38) : nullptr);
       }
       ASSERT_TRUE(ended);
       EXPECT_EQ(ended->reason, Values::ErrNone);
-      EXPECT_TRUE(Read() == server.content.substr(0, 4096) + "abc");
+      EXPECT_TRUE(Read() == server.content.substr(0, kPiece) + "abc");
     }
   }
 }
@@ -152,7 +153,7 @@ TEST_F(Transfers, AShortPieceInTheMiddleEndsTheData) {
 TEST_F(Transfers, APieceThatFailsLeavesNoneInFlight) {
   ConnectTo(2, 0, 3);
   Hold(kWriteX);
-  Start(Writing(0, Pattern(10 * 4096)));
+  Start(Writing(0, Pattern(10 * kPiece)));
   Answer(1, Refuse(1, 112));
   Answer(1, Refuse(1, 5));
   EXPECT_FALSE(ended) << "the first one is still under way";
@@ -206,10 +207,10 @@ TEST_F(Transfers, NothingIsNothingToAskFor) {
 }
 
 TEST_F(Transfers, WithdrawnOnesLeaveTheBufferAlone) {
-  server.content = Pattern(5 * 4096);
+  server.content = Pattern(5 * kPiece);
   ConnectTo(2, 0);
   Hold(kReadX);
-  Start(Reading(0, 5 * 4096));
+  Start(Reading(0, 5 * kPiece));
   Answer(0);
   call.reset();
   while (!held.empty()) Answer(0);

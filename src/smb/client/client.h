@@ -104,9 +104,9 @@ class ZnSmbClient {
   // replaced by what came; fewer bytes mean the end of the file.
   ZnSmbCall Read(ZnSmbCaller caller, const ZnSMBCFileObject& file, uint64_t offset, size_t length, ZnByteBuffer* buffer,
                  ZnSmbDone done);
-  // Writes all bytes at `offset`, likewise; the bytes are shared, not copied. ErrServer when the server took less than
-  // it was sent, ErrNotSupported when the file would become larger than this server's requests can say. No bytes:
-  // nothing is sent.
+  // Writes all bytes at `offset`, likewise; what fits into one request is shared, not copied. ErrServer when the server
+  // took less than it was sent, ErrNotSupported when the file would become larger than this server's requests can say.
+  // No bytes: nothing is sent.
   ZnSmbCall Write(ZnSmbCaller caller, const ZnSMBCFileObject& file, uint64_t offset, const ZnByteBuffer& bytes,
                   ZnSmbDone done);
   // Cuts or extends the file. ErrNotSupported as above.

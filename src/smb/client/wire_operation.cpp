@@ -26,7 +26,7 @@ ZnSmbWireOperation::~ZnSmbWireOperation() {
 
 // That which is being answered too: it ends only when its reply was taken, or with the connection.
 void ZnSmbWireOperation::GiveUp() {
-  if (answering_ != 0) underway_.push_back({std::exchange(answering_, 0), Part()});
+  if (answering_ != 0) underway_.push_back({std::exchange(answering_, 0), kNoPart});
   for (const Exchange& exchange : underway_) {
     if (conversation()) conversation()->connection().GiveUp(exchange.id);
   }

@@ -26,9 +26,10 @@ class ZnSmbWireOperation : public ZnSmbOperation,
 
   // Which bytes of the operation's data a request is about, where it has several.
   struct Part {
-    size_t position = 0;
-    size_t length = 0;
+    size_t position;
+    size_t length;
   };
+  static constexpr Part kNoPart = {0, 0};
 
   // On a tree, 0 being none. Where that may not begin it ends soon, and sends nothing.
   ZnSmbWireOperation(ZnSmbConversation& conversation, ZnSmbCaller caller, uint16_t tid, ZnSmbDone done);
@@ -50,7 +51,7 @@ class ZnSmbWireOperation : public ZnSmbOperation,
   // Asks the server, if it may. False, for a step to answer.
   template <class Words, class Data>
   bool Ask(Values::Command command, const Words& words, const Data& data, const ZnByteBuffer& tail = ZnByteBuffer(),
-           const Part& part = Part()) {
+           const Part& part = kNoPart) {
     if (!MayAsk()) return false;
     outcome_.lastcommand = command;
     const ZnSmbExchangeId id = conversation()->Send({command, tid_, caller_}, words, data, tail, this);
