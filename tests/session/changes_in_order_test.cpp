@@ -12,7 +12,7 @@ class ChangesInOrder : public MachineSessionTest {
   }
   // The server keeps the answers to transfers to itself until they are let go.
   void HoldTransfers() {
-    for (int command : {kReadX, kWriteX}) {
+    for (int command : {kRead, kWrite}) {
       Replace(command, [this](const auto& request) {
         held.push_back(request);
         return Messages{};
@@ -36,11 +36,11 @@ TEST_F(ChangesInOrder, AFileUnderTransferIsLeftAloneUntilThatIsOver) {
     bool writes;
     std::vector<int> requests;  // once the transfer is over: those of the change, then those of a READ behind it
   } cases[] = {
-      {"read, removed", E::SCRequestRm, false, {kClose, kDelete, kOpen, kReadX}},
-      {"written, removed", E::SCRequestRm, true, {kClose, kDelete, kOpen, kReadX}},
-      {"read, renamed", E::SCRequestRename, false, {kClose, kMove, kOpen, kReadX}},
-      {"written, renamed", E::SCRequestRename, true, {kFlush, kClose, kMove, kOpen, kReadX}},
-      {"written, gets a time", E::SCRequestSetAllAttribs, true, {kFlush, kTrans2, kClose, kOpen, kReadX}},
+      {"read, removed", E::SCRequestRm, false, {kClose, kDelete, kOpen, kRead}},
+      {"written, removed", E::SCRequestRm, true, {kClose, kDelete, kOpen, kRead}},
+      {"read, renamed", E::SCRequestRename, false, {kClose, kMove, kOpen, kRead}},
+      {"written, renamed", E::SCRequestRename, true, {kFlush, kClose, kMove, kOpen, kRead}},
+      {"written, gets a time", E::SCRequestSetAllAttribs, true, {kFlush, kTrans2, kClose, kOpen, kRead}},
   };
   for (const auto& each : cases) {
     SCOPED_TRACE(each.what);

@@ -163,5 +163,5 @@ TEST_F(Commands, NoIdOfAnOldConnectionIsUsedOnANewOne) {
   EXPECT_FALSE(share.tree->connected);
   Asked();
   Read(node);
-  EXPECT_THAT(Asked(), ElementsAre(kNegotiate, kSetup, kTree, kTree, kOpen, kReadX));
+  EXPECT_THAT(Asked(), ElementsAre(kNegotiate, kSetup, kTree, kTree, kOpen, kRead));
 }

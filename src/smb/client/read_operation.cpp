@@ -17,6 +17,7 @@ class ReadOperation : public ZnSmbTransfer {
                       PieceOf(conversation)),
         fid_(file.fid),
         offset_(offset),
+        old_(ZnSmbPieces::GoInOldRequest(conversation, offset, length)),
         buffer_(buffer) {
     buffer_->Clear();
     Begin();
@@ -43,7 +44,7 @@ class ReadOperation : public ZnSmbTransfer {
 
   void AskFor(const Part& part) override {
     const uint64_t at = offset_ + part.position;
-    conversation()->IsNt() ? AskNew(at, part) : AskOld(at, part);
+    old_ ? AskOld(at, part) : AskNew(at, part);
   }
 
   void AskNew(uint64_t at, const Part& part) {
@@ -66,7 +67,7 @@ class ReadOperation : public ZnSmbTransfer {
 
   Reason TakeReply(const ZnSMBCDecode& reply, const Part& part) override {
     Bytes bytes;
-    const Reason reason = conversation()->IsNt() ? FindNew(reply, bytes) : FindOld(reply, bytes);
+    const Reason reason = old_ ? FindOld(reply, bytes) : FindNew(reply, bytes);
     if (reason != Values::ErrNone) return reason;
     if (bytes.length > part.length) return Values::ErrBadValue;
     if (bytes.length < part.length) EndsAt(part.position + bytes.length);
@@ -112,6 +113,7 @@ class ReadOperation : public ZnSmbTransfer {
 
   uint16_t fid_;
   uint64_t offset_;
+  bool old_;  // the request that is used
   ZnByteBuffer* buffer_;
   ZnByteBuffer data_;
 };

@@ -49,6 +49,12 @@ inline constexpr uint64_t kLargestFile = 0x7FFFFFFFFFFFFFFF;
 
 // Bytes of a request whose bytes have to fit into the server's buffer.
 inline size_t FittingBuffer(const ZnSMBServerInfo& server) { return server.maxbuffersize() - kMargin; }
+// Whether these bytes go in one of the old requests, as all do in old dialects. A server answers those at once; some
+// hand the new ones to threads of theirs, which costs more than a few bytes do.
+inline bool GoInOldRequest(const ZnSmbConversation& conversation, uint64_t offset, size_t length) {
+  if (!conversation.IsNt()) return true;
+  return length <= FittingBuffer(conversation.server) && offset <= kLargestOldFile - length;
+}
 // Bytes that a file may have, so that requests can name each of its places.
 inline uint64_t LargestFile(const ZnSMBServerInfo& server) {
   return server.capabilities.large_files ? kLargestFile : kLargestOldFile;

@@ -15,6 +15,7 @@ class WriteOperation : public ZnSmbTransfer {
       : ZnSmbTransfer(conversation, caller, file.tid, std::move(done), bytes.Length(), PieceOf(conversation)),
         fid_(file.fid),
         offset_(offset),
+        old_(ZnSmbPieces::GoInOldRequest(conversation, offset, bytes.Length())),
         bytes_(bytes) {
     const uint64_t most = ZnSmbPieces::LargestFile(conversation.server);
     if (offset > most || bytes.Length() > most - offset) EndSoon(Values::ErrNotSupported);
@@ -33,7 +34,7 @@ class WriteOperation : public ZnSmbTransfer {
     const bool whole = part.length == bytes_.Length();
     const ZnByteBuffer bytes = whole ? bytes_ : ZnByteBuffer(bytes_.Data() + part.position, part.length);
     const auto remaining = static_cast<uint16_t>(std::min<size_t>(bytes_.Length() - part.position, 0xFFFF));
-    conversation()->IsNt() ? AskNew(at, bytes, remaining, part) : AskOld(at, bytes, remaining, part);
+    old_ ? AskOld(at, bytes, remaining, part) : AskNew(at, bytes, remaining, part);
   }
 
   void AskNew(uint64_t at, const ZnByteBuffer& bytes, uint16_t remaining, const Part& part) {
@@ -59,20 +60,21 @@ class WriteOperation : public ZnSmbTransfer {
 
   Reason TakeReply(const ZnSMBCDecode& reply, const Part& part) override {
     size_t taken = 0;
-    if (conversation()->IsNt()) {
-      ZnSMBCWriteX_RespWords words;
-      if (!reply.ReadWords(words)) return Values::ErrRead;
-      taken = words.count | size_t{words.high_count} << 16;
-    } else {
+    if (old_) {
       ZnSMBCWrite_RespWords words;
       if (!reply.ReadWords(words)) return Values::ErrRead;
       taken = words.count;
+    } else {
+      ZnSMBCWriteX_RespWords words;
+      if (!reply.ReadWords(words)) return Values::ErrRead;
+      taken = words.count | size_t{words.high_count} << 16;
     }
     return taken == part.length ? Values::ErrNone : Values::ErrServer;
   }
 
   uint16_t fid_;
   uint64_t offset_;
+  bool old_;  // the request that is used
   ZnByteBuffer bytes_;
 };
 
