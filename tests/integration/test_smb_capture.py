@@ -12,7 +12,7 @@ DIALECTS = {"run": "", "old": "[{user}/pc/oldsetattr={(1)}]\n[{user}/*/*/hidden=
 # Requests that the run has to contain, else it proves nothing about them.
 COMMANDS = {
     "create directory": 0x00, "delete directory": 0x01, "close": 0x04, "flush": 0x05, "delete": 0x06, "rename": 0x07,
-    "set attributes": 0x09, "set times": 0x22, "read": 0x2E, "write": 0x2F, "transaction 2": 0x32, "negotiate": 0x72,
+    "set attributes": 0x09, "set times": 0x22, "read": 0x0A, "write": 0x0B, "transaction 2": 0x32, "negotiate": 0x72,
     "session setup": 0x73, "tree connect": 0x75, "open": 0xA2,
 }
 
