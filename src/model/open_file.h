@@ -9,14 +9,12 @@
 class ZnSMBNFSNode;
 
 struct ZnSMBNFSFile : ZnSMBCFileObject, ZnReferable {
-  // Null for the short-lived file of a create, and once the node was pruned: the file outlives it until it is closed.
+  // Null once the node was pruned: the file outlives it until it is closed.
   ZnWeakRef<ZnSMBNFSNode> node;
   bool readable = false;
   bool writable = false;
-  bool fresh = false;      // opened by the running command
   bool written = false;    // something was written through this id
-  bool inuse = false;      // a read, write or time change is under way
-  bool close = false;      // to be closed on the next pass
+  bool close = false;      // to be closed when nobody uses it any more
   bool unflushed = false;  // written since it was flushed last
   ZnMoment lastused;
   ZnMoment lastwritten;
