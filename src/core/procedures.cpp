@@ -52,8 +52,7 @@ constexpr ZnStep kGetattr[] = {
 constexpr ZnStep kSetattr[] = {
     kStart,
     {"BSetAttributes", SetattrBegin},
-    {"SetAttrNeedOpen: CheckSetAttrOpen, BOpenFile", SetattrOpen},
-    {"SetAttrNeedTruncate: BWriteToFile", Truncate},
+    {"SetAttrNeedTruncate: CheckWriteToFile, BWriteToFile", Truncate},
     {"BSetAllAttributes", Call<&FS::BSetAllAttributes>},
     {"BSetTimes", Call<&FS::BSetTimes>},
     {"BUpdateNode", Call<&FS::BUpdateNode>},
@@ -68,21 +67,18 @@ constexpr ZnStep kLookup[] = {
 
 constexpr ZnStep kReadlink[] = {
     kStart,
-    {"CheckReadFromFile, BOpenFile", OpenToRead<&FS::CheckReadFromFile>},
-    {"BReadFromFile", ReadLink},
+    {"CheckReadFromFile, BReadFromFile", ReadLink},
 };
 
 constexpr ZnStep kRead[] = {
     kStart,
-    {"CheckReadFromFile, BOpenFile", OpenToRead<&FS::CheckReadFromFile>},
-    {"BReadFromFile", Read},
+    {"CheckReadFromFile, BReadFromFile", Read},
     {"BUpdateNode", Call<&FS::BUpdateNode>},
 };
 
 constexpr ZnStep kWrite[] = {
     kStart,
-    {"CheckWriteToFile, BOpenFile", OpenToWrite<&FS::CheckWriteToFile>},
-    {"BWriteToFile", Write},
+    {"CheckWriteToFile, BWriteToFile", Write},
     {"BUpdateNode", Call<&FS::BUpdateNode>},
 };
 
@@ -95,8 +91,7 @@ constexpr ZnStep kCreate[] = {
     {"still not known: BUpdateNodeContents", ListForMade},
     {"NBFindByName", FindName<ZnNameMatch::Entry>},
     {"BSetAttributes", Call<&FS::BSetAttributes>},
-    {"SetAttrNeedTruncate: CheckWriteToFile, BOpenFile", CreateOpen},
-    {"SetAttrNeedTruncate: BWriteToFile", Truncate},
+    {"SetAttrNeedTruncate: CheckWriteToFile, BWriteToFile", Truncate},
     {"BUpdateNode", Call<&FS::BUpdateNode>},
 };
 
@@ -135,7 +130,6 @@ constexpr ZnStep kSymlink[] = {
     {"BFindEntry", Call<&FS::BFindEntry>},
     {"not known: BUpdateNodeContents", ListForLinkFile},
     {"NBFindByName", FindName<ZnNameMatch::Entry>},
-    {"BOpenFile", OpenLinkFile},
     {"BWriteToFile", WriteLinkFile},
 };
 

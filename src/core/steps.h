@@ -36,18 +36,6 @@ Outcome FindName(FS& filesystem, Command& command) {
   return Outcome::Called;
 }
 
-template <void (FS::*Check)(Command*)>
-Outcome OpenToRead(FS& filesystem, Command& command) {
-  command.openread = true;
-  return CheckThen<Check, &FS::BOpenFile>(filesystem, command);
-}
-
-template <void (FS::*Check)(Command*)>
-Outcome OpenToWrite(FS& filesystem, Command& command) {
-  command.openwrite = true;
-  return CheckThen<Check, &FS::BOpenFile>(filesystem, command);
-}
-
 // --- Finding ---
 Outcome FindHandle(FS& filesystem, Command& command);
 Outcome LookUpName(FS& filesystem, Command& command);
@@ -60,7 +48,6 @@ Outcome UpdateAttributes(FS& filesystem, Command& command);
 // The attributes that the command is to set, with a client's "now" worked out.
 void TakeAttributes(Command& command, const ZnNFSSattr& attributes);
 Outcome SetattrBegin(FS& filesystem, Command& command);
-Outcome SetattrOpen(FS& filesystem, Command& command);
 Outcome Truncate(FS& filesystem, Command& command);
 
 // --- Data ---
@@ -70,14 +57,12 @@ Outcome Write(FS& filesystem, Command& command);
 
 // --- What is made ---
 Outcome Create(FS& filesystem, Command& command);
-Outcome CreateOpen(FS& filesystem, Command& command);
 Outcome MakeDirectory(FS& filesystem, Command& command);
 Outcome FindMade(FS& filesystem, Command& command);
 Outcome ListForMade(FS& filesystem, Command& command);
 Outcome FindFileInTheWay(FS& filesystem, Command& command);
 Outcome CreateLinkFile(FS& filesystem, Command& command);
 Outcome ListForLinkFile(FS& filesystem, Command& command);
-Outcome OpenLinkFile(FS& filesystem, Command& command);
 Outcome WriteLinkFile(FS& filesystem, Command& command);
 
 // --- Names that are changed ---

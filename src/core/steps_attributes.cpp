@@ -53,17 +53,12 @@ Outcome SetattrBegin(FS& filesystem, Command& command) {
   return Call<&FS::BSetAttributes>(filesystem, command);
 }
 
-Outcome SetattrOpen(FS& filesystem, Command& command) {
-  if (!filesystem.SetAttrNeedOpen(&command)) return Outcome::GoOn;
-  return OpenToWrite<&FS::CheckSetAttrOpen>(filesystem, command);
-}
-
 // A truncation is a write of no bytes at the new size.
 Outcome Truncate(FS& filesystem, Command& command) {
   if (!filesystem.SetAttrNeedTruncate(&command)) return Outcome::GoOn;
   command.offset = command.sattr->size;
   command.data.Clear();
-  return Call<&FS::BWriteToFile>(filesystem, command);
+  return CheckThen<&FS::CheckWriteToFile, &FS::BWriteToFile>(filesystem, command);
 }
 
 }  // namespace ZnSteps

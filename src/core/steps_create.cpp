@@ -40,11 +40,6 @@ Outcome Create(FS& filesystem, Command& command) {
   return Call<&FS::BCreateFile>(filesystem, command);
 }
 
-Outcome CreateOpen(FS& filesystem, Command& command) {
-  if (!filesystem.SetAttrNeedTruncate(&command)) return Outcome::GoOn;
-  return OpenToWrite<&FS::CheckWriteToFile>(filesystem, command);
-}
-
 Outcome MakeDirectory(FS& filesystem, Command& command) {
   TakeCreateArguments(command);
   return CheckThen<&FS::CheckMakeDirectory, &FS::BMakeDirectory>(filesystem, command);
@@ -69,11 +64,6 @@ Outcome CreateLinkFile(FS& filesystem, Command& command) {
 Outcome ListForLinkFile(FS& filesystem, Command& command) {
   command.name = command.As<ZnNFSSymlinkargs>().from.name;
   return ListForMade(filesystem, command);
-}
-
-Outcome OpenLinkFile(FS& filesystem, Command& command) {
-  command.openwrite = true;
-  return Call<&FS::BOpenFile>(filesystem, command);
 }
 
 Outcome WriteLinkFile(FS& filesystem, Command& command) {

@@ -10,7 +10,7 @@ namespace ZnSteps {
 Outcome ReadLink(FS& filesystem, Command& command) {
   command.offset = 0;
   command.count = ZnNFSEnum::kMaxData;
-  return Call<&FS::BReadFromFile>(filesystem, command);
+  return CheckThen<&FS::CheckReadFromFile, &FS::BReadFromFile>(filesystem, command);
 }
 
 // A reply must fit into a datagram, and a file ends where 32 bits do; a short read is the client's cue to go on.
@@ -18,7 +18,7 @@ Outcome Read(FS& filesystem, Command& command) {
   const auto& args = command.As<ZnNFSReadargs>();
   command.offset = args.offset;
   command.count = std::min({args.count, ZnNFSEnum::kMaxData, std::numeric_limits<uint32_t>::max() - args.offset});
-  return Call<&FS::BReadFromFile>(filesystem, command);
+  return CheckThen<&FS::CheckReadFromFile, &FS::BReadFromFile>(filesystem, command);
 }
 
 Outcome Write(FS& filesystem, Command& command) {
@@ -27,7 +27,7 @@ Outcome Write(FS& filesystem, Command& command) {
     return Refuse(command, ZnNFSEnum::NFSERR_FBIG);
   command.offset = args.offset;
   command.data = args.data;
-  return Call<&FS::BWriteToFile>(filesystem, command);
+  return CheckThen<&FS::CheckWriteToFile, &FS::BWriteToFile>(filesystem, command);
 }
 
 }  // namespace ZnSteps

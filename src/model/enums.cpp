@@ -10,10 +10,10 @@ using E = ZnSMBNFSEnum;
   { E::name, #name }
 
 constexpr ZnEnumName kSessionCommand[] = {
-    ZN_ROW(SCRequestShares),        ZN_ROW(SCRequestDirs),   ZN_ROW(SCRequestAttribs),    ZN_ROW(SCRequestMkdir),
-    ZN_ROW(SCRequestSetAllAttribs), ZN_ROW(SCRequestRmdir),  ZN_ROW(SCRequestCreateFile), ZN_ROW(SCRequestOpenFile),
-    ZN_ROW(SCRequestWrite),         ZN_ROW(SCRequestRead),   ZN_ROW(SCRequestRm),         ZN_ROW(SCRequestSetAttribs),
-    ZN_ROW(SCRequestSetTimes),      ZN_ROW(SCRequestRename), ZN_ROW(SCRequestSpace),      ZN_ROW(SCRequestEntry)};
+    ZN_ROW(SCRequestShares),        ZN_ROW(SCRequestDirs),  ZN_ROW(SCRequestAttribs),    ZN_ROW(SCRequestMkdir),
+    ZN_ROW(SCRequestSetAllAttribs), ZN_ROW(SCRequestRmdir), ZN_ROW(SCRequestCreateFile), ZN_ROW(SCRequestWrite),
+    ZN_ROW(SCRequestRead),          ZN_ROW(SCRequestRm),    ZN_ROW(SCRequestSetAttribs), ZN_ROW(SCRequestSetTimes),
+    ZN_ROW(SCRequestRename),        ZN_ROW(SCRequestSpace), ZN_ROW(SCRequestEntry)};
 
 constexpr ZnEnumName kSessionStatus[] = {
     ZN_ROW(SSTStart),        ZN_ROW(SSTError),        ZN_ROW(SSTDone),         ZN_ROW(SSTReady),

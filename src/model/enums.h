@@ -13,7 +13,6 @@ struct ZnSMBNFSEnum {
     SCRequestSetAllAttribs = 4,
     SCRequestRmdir = 5,
     SCRequestCreateFile = 6,
-    SCRequestOpenFile = 7,
     SCRequestWrite = 8,
     SCRequestRead = 9,
     SCRequestRm = 10,

@@ -16,7 +16,7 @@ const ZnTaskRow ZnReadTask::kRows[] = {
 
 ZnReadTask::ZnReadTask(ZnMachineSession& session, ZnSMBNFSCommand& command) : ZnFileTask(session, command, Rows()) {
   command.openread = true;
-  command.openwrite = false;
+  command.openwrite = command.freshopen = false;
 }
 
 std::span<const ZnTaskRow> ZnReadTask::Rows() { return kRows; }

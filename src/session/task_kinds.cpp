@@ -7,7 +7,6 @@
 #include "session/directory_tasks.h"
 #include "session/entry_task.h"
 #include "session/list_task.h"
-#include "session/open_task.h"
 #include "session/read_task.h"
 #include "session/remove_task.h"
 #include "session/rename_task.h"
@@ -31,13 +30,19 @@ ZnTaskKind Kind(E::SessionCommand what) {
 
 std::span<const ZnTaskKind> ZnTaskKinds() {
   static const ZnTaskKind kinds[] = {
-      Kind<ZnReadTask>(E::SCRequestRead),          Kind<ZnWriteTask>(E::SCRequestWrite),
-      Kind<ZnOpenTask>(E::SCRequestOpenFile),      Kind<ZnEntryTask>(E::SCRequestAttribs),
-      Kind<ZnEntryTask>(E::SCRequestEntry),        Kind<ZnListTask>(E::SCRequestDirs),
-      Kind<ZnCreateTask>(E::SCRequestCreateFile),  Kind<ZnMakeDirectoryTask>(E::SCRequestMkdir),
-      Kind<ZnRemoveTask>(E::SCRequestRm),          Kind<ZnRemoveDirectoryTask>(E::SCRequestRmdir),
-      Kind<ZnRenameTask>(E::SCRequestRename),      Kind<ZnSetAllTask>(E::SCRequestSetAllAttribs),
-      Kind<ZnSetModeTask>(E::SCRequestSetAttribs), Kind<ZnSetTimesTask>(E::SCRequestSetTimes),
+      Kind<ZnReadTask>(E::SCRequestRead),
+      Kind<ZnWriteTask>(E::SCRequestWrite),
+      Kind<ZnEntryTask>(E::SCRequestAttribs),
+      Kind<ZnEntryTask>(E::SCRequestEntry),
+      Kind<ZnListTask>(E::SCRequestDirs),
+      Kind<ZnCreateTask>(E::SCRequestCreateFile),
+      Kind<ZnMakeDirectoryTask>(E::SCRequestMkdir),
+      Kind<ZnRemoveTask>(E::SCRequestRm),
+      Kind<ZnRemoveDirectoryTask>(E::SCRequestRmdir),
+      Kind<ZnRenameTask>(E::SCRequestRename),
+      Kind<ZnSetAllTask>(E::SCRequestSetAllAttribs),
+      Kind<ZnSetModeTask>(E::SCRequestSetAttribs),
+      Kind<ZnSetTimesTask>(E::SCRequestSetTimes),
       Kind<ZnSpaceTask>(E::SCRequestSpace),
   };
   return kinds;

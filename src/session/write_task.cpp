@@ -30,7 +30,7 @@ const ZnTaskRow ZnWriteTask::kRows[] = {
 };
 
 ZnWriteTask::ZnWriteTask(ZnMachineSession& session, ZnSMBNFSCommand& command) : ZnFileTask(session, command, Rows()) {
-  command.openread = false;
+  command.openread = command.freshopen = false;
   command.openwrite = true;
 }
 

@@ -26,8 +26,6 @@ void ZnSMBNFSFileSystem::CheckReadFromFile(ZnSMBNFSCommand* command) { RefuseDir
 
 void ZnSMBNFSFileSystem::CheckWriteToFile(ZnSMBNFSCommand* command) { RefuseDirectory(command); }
 
-void ZnSMBNFSFileSystem::CheckSetAttrOpen(ZnSMBNFSCommand*) {}
-
 void ZnSMBNFSFileSystem::CheckRemoveDirectory(ZnSMBNFSCommand* command) {
   ZnSMBNFSNode* node = command->node.Get();
   if (!node) {
@@ -140,11 +138,3 @@ void ZnSMBNFSFileSystem::CheckRename(ZnSMBNFSCommand* command) {
 void ZnSMBNFSFileSystem::CheckRemoveFile(ZnSMBNFSCommand* command) { RefuseDirectory(command); }
 
 bool ZnSMBNFSFileSystem::SetAttrNeedTruncate(ZnSMBNFSCommand* command) { return command->sattr->size != kUnset; }
-
-bool ZnSMBNFSFileSystem::SetAttrNeedOpen(ZnSMBNFSCommand* command) {
-  ZnSMBNFSNode* node = command->node.Get();
-  if (!node || node->IsDirectory()) return false;
-  if (SetAttrNeedTruncate(command)) return true;
-  // An open file is what the older servers need to change times.
-  return SetsOldWay(node) && (command->sattr->atime.seconds != kUnset || command->sattr->mtime.seconds != kUnset);
-}

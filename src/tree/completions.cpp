@@ -21,7 +21,6 @@ constexpr Completion kCompletions[] = {
     {E::SCRequestSetAllAttribs, &FS::CBSetAllAttributes},
     {E::SCRequestRmdir, &FS::CBRemoveDirectory},
     {E::SCRequestCreateFile, &FS::CBCreateFile},
-    {E::SCRequestOpenFile, &FS::CBOpenFile},
     {E::SCRequestWrite, &FS::CBWriteToFile},
     {E::SCRequestRead, &FS::CBReadFromFile},
     {E::SCRequestRm, &FS::CBRemoveFile},
@@ -49,21 +48,20 @@ void ZnSMBNFSFileSystem::Finish(ZnSMBNFSCommand* command) {
   SendError(command, command->session ? command->session->ConvertError(*command) : ZnNFSEnum::NFSERR_ACCES);
 }
 
-void ZnSMBNFSFileSystem::CBOpenFile(ZnSMBNFSCommand* command) {
-  ZnSMBNFSNode* node = command->node.Get();
-  if (node && !Failed(command) && (command->freshopen || !config_.optimisticnodeinvalidation)) OutOfDate(node, false);
-  Finish(command);
+// While a file stays open others may change it only as far as we let them: what is known of it stays good then.
+bool ZnSMBNFSFileSystem::MayHaveChanged(const ZnSMBNFSCommand& command) const {
+  return command.freshopen || !config_.optimisticnodeinvalidation;
 }
 
 void ZnSMBNFSFileSystem::CBReadFromFile(ZnSMBNFSCommand* command) {
-  if (command->node && Failed(command)) OutOfDate(command->node.Get(), false);
+  if (command->node && (Failed(command) || MayHaveChanged(*command))) OutOfDate(command->node.Get(), false);
   Finish(command);
 }
 
 void ZnSMBNFSFileSystem::CBWriteToFile(ZnSMBNFSCommand* command) {
   if (ZnSMBNFSNode* node = command->node.Get()) {
     if (!Failed(command)) ShowWrite(node, command->writeend, command->truncates);
-    if (!config_.optimisticnodeinvalidation || !node->file) OutOfDate(node, false);
+    if (MayHaveChanged(*command) || !node->file) OutOfDate(node, false);
   }
   Finish(command);
 }

@@ -122,10 +122,7 @@ class ZnSMBNFSFileSystem : public ZnSMBNFSSessionHost {
   void CheckRemoveFile(ZnSMBNFSCommand* command);
   // What a rename of command->node to command->name in the directory command->node2 would replace; null for nothing.
   ZnSMBNFSNode* RenameTarget(const ZnSMBNFSCommand& command);
-  void CheckSetAttrOpen(ZnSMBNFSCommand* command);
-  bool SetAttrNeedOpen(ZnSMBNFSCommand* command);
   bool SetAttrNeedTruncate(ZnSMBNFSCommand* command);
-  void BOpenFile(ZnSMBNFSCommand* command);
   void BCreateFile(ZnSMBNFSCommand* command);
   void BReadFromFile(ZnSMBNFSCommand* command);
   void BWriteToFile(ZnSMBNFSCommand* command);
@@ -143,8 +140,8 @@ class ZnSMBNFSFileSystem : public ZnSMBNFSSessionHost {
   void NBStatFileSystem(ZnSMBNFSCommand* command);
 
   // --- Completions (completions.cpp) ---
-  void CBOpenFile(ZnSMBNFSCommand* command);
   void CBReadFromFile(ZnSMBNFSCommand* command);
+  bool MayHaveChanged(const ZnSMBNFSCommand& command) const;
   void CBWriteToFile(ZnSMBNFSCommand* command);
   void CBCreateFile(ZnSMBNFSCommand* command);
   void CBMakeDirectory(ZnSMBNFSCommand* command);

@@ -51,7 +51,6 @@ void ZnSMBNFSFileSystem::BFindEntry(ZnSMBNFSCommand* command) {
   command->look = ++looks_;
   Ask(command, E::SCRequestEntry);
 }
-void ZnSMBNFSFileSystem::BOpenFile(ZnSMBNFSCommand* command) { Ask(command, E::SCRequestOpenFile); }
 void ZnSMBNFSFileSystem::BCreateFile(ZnSMBNFSCommand* command) { Ask(command, E::SCRequestCreateFile); }
 void ZnSMBNFSFileSystem::BReadFromFile(ZnSMBNFSCommand* command) { Ask(command, E::SCRequestRead); }
 void ZnSMBNFSFileSystem::BRemoveFile(ZnSMBNFSCommand* command) { Ask(command, E::SCRequestRm); }

@@ -71,14 +71,13 @@ TEST_F(SaidToServer, ReadsAndWritesGoInPiecesThatFitTheServer) {
 
 TEST_F(SaidToServer, NothingIsWrittenBehindTheLargestOffset) {
   Connect();
-  Ask(Node("f"), {E::SCRequestOpenFile, E::SCRequestWrite}, [](auto& command) {
-    command.openwrite = true;
+  Ask(Node("f"), {E::SCRequestWrite}, [](auto& command) {
     command.offset = 0xFFFFFFFE;
     command.data = ZnByteBuffer("12345", 5);
   });
   Wait();
   EXPECT_THAT(ended, ElementsAre(27));
-  EXPECT_THAT(Asked(), ElementsAre(kOpen));
+  EXPECT_THAT(Asked(), testing::IsEmpty());
 }
 
 // ---- refusals -------------------------------------------------------------------------------------------------------
@@ -93,10 +92,10 @@ TEST_F(SaidToServer, RefusalsAreToldInWordsAndBecomeAStatus) {
     int status;
     std::string doing, words;
   } cases[] = {
-      {{E::SCRequestOpenFile}, kOpen, 1, 2, 2, "opening", "File not found (class 1, code 2)"},
+      {{E::SCRequestRead}, kOpen, 1, 2, 2, "opening", "File not found (class 1, code 2)"},
       {{E::SCRequestRm}, kDelete, 1, 3, 2, "removing", "Directory invalid (class 1, code 3)"},
-      {{E::SCRequestOpenFile, E::SCRequestRead}, kRead, 1, 33, 13, "reading", "Another process has locked a part"},
-      {{E::SCRequestOpenFile, E::SCRequestWrite}, kWrite, 1, 112, 28, "writing", "The disk is full"},
+      {{E::SCRequestRead}, kRead, 1, 33, 13, "reading", "Another process has locked a part"},
+      {{E::SCRequestWrite}, kWrite, 1, 112, 28, "writing", "The disk is full"},
       {{E::SCRequestMkdir}, kMkdir, 1, 80, 17, "making a directory", "A file or directory of that name already exists"},
       {{E::SCRequestMkdir}, kMkdir, 2, 80, 5, "making a directory", "Unknown error (class 2, code 80)"},
       {{E::SCRequestRm}, kDelete, 1, 999, 5, "removing", "Unknown error (class 1, code 999)"},
@@ -113,10 +112,7 @@ TEST_F(SaidToServer, RefusalsAreToldInWordsAndBecomeAStatus) {
       return {smb_script::Refusal(request, test.errorClass, test.code)};
     });
     const bool inside = test.command != kMkdir && test.command != kSetup;
-    Ask(inside ? Node("f") : &share, test.what, [&](auto& command) {
-      (test.command == kWrite ? command.openwrite : command.openread) = true;
-      command.data = ZnByteBuffer("bytes", 5);
-    });
+    Ask(inside ? Node("f") : &share, test.what, [&](auto& command) { command.data = ZnByteBuffer("bytes", 5); });
     Wait();
     EXPECT_EQ(ended.back(), test.status);
     const std::string at = test.doing.ends_with(' ') ? "127.0.0.1 port " + std::to_string(config.port) : "";
@@ -230,7 +226,7 @@ TEST_F(SaidToServer, OnlyWhatChangesNothingIsSentAgain) {
     E::SessionCommand what;
     int command, hangups, status;
   } cases[] = {{E::SCRequestAttribs, kTrans2, 1, 0}, {E::SCRequestAttribs, kTrans2, 2, 5},
-               {E::SCRequestDirs, kTrans2, 1, 0},    {E::SCRequestOpenFile, kOpen, 1, 0},
+               {E::SCRequestDirs, kTrans2, 1, 0},    {E::SCRequestRead, kOpen, 1, 0},
                {E::SCRequestMkdir, kMkdir, 1, 5},    {E::SCRequestRm, kDelete, 1, 5},
                {E::SCRequestCreateFile, kOpen, 1, 5}};
   for (const auto& test : cases) {

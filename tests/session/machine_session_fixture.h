@@ -92,22 +92,17 @@ class MachineSessionTest : public ScriptedServerTest, public ZnSMBNFSSessionHost
     session->Request(command, first);
     return command;
   }
-  void AskRead(ZnSMBNFSNode* node) {
-    Ask(node, {E::SCRequestOpenFile, E::SCRequestRead}, [](auto& command) { command.openread = true; });
-  }
+  void AskRead(ZnSMBNFSNode* node) { Ask(node, {E::SCRequestRead}); }
   void Read(ZnSMBNFSNode* node) {
     AskRead(node);
     Wait();
   }
   void AskWrite(ZnSMBNFSNode* node, const std::string& bytes = "bytes") {
-    Ask(node, {E::SCRequestOpenFile, E::SCRequestWrite}, [&](auto& command) {
-      command.openwrite = true;
-      command.data = ZnByteBuffer(bytes.data(), bytes.size());
-    });
+    Ask(node, {E::SCRequestWrite}, [&](auto& command) { command.data = ZnByteBuffer(bytes.data(), bytes.size()); });
   }
   // One request, and how it ends.
   int Try(ZnSMBNFSNode* node, E::SessionCommand what) {
-    Ask(node, {what}, [](auto& command) { command.openread = true; });
+    Ask(node, {what});
     Wait();
     return ended.back();
   }

@@ -90,7 +90,7 @@ class OpenFiles : public MachineSessionTest {
 TEST_F(OpenFiles, AllWhoWantAFileShareOneOpen) {
   std::vector<bool> fresh;
   whenComplete = [&](ZnSMBNFSCommand* command) {
-    if (command->sessioncommand == E::SCRequestOpenFile) fresh.push_back(command->freshopen);
+    if (command->sessioncommand == E::SCRequestRead) fresh.push_back(command->freshopen);
     return false;
   };
   Hold(kOpen);
@@ -126,8 +126,7 @@ TEST_F(OpenFiles, ARefusalIsForThoseWhoWantedAllOfIt) {
     const bool writes = (request.Word(3) & 3) != 0;
     return writes ? Messages{Refusal(request, 1, kDenied)} : StandardSmbServer()(request);
   });
-  AskWrite(node);
-  AskWrite(node);
+  for (uint32_t offset : {10000, 20000}) WriteAt(node, offset);
   AskRead(node);
   Wait();
   EXPECT_THAT(ended, ElementsAre(13, 13, 0));

@@ -8,7 +8,7 @@ TEST_F(MachineSessionTest, OnlyTheFirstCallWaitsForADeadMachine) {
   peer.HangUp();
   peer.sessionResponse = "";  // it takes connections, as a stopped one does, and says nothing
   const ZnMoment began = ZnSteadyClock::Read();
-  for (int i = 0; i < 5; i++) Ask(Node("f"), {i % 2 ? E::SCRequestAttribs : E::SCRequestOpenFile});
+  for (int i = 0; i < 5; i++) Ask(Node("f"), {i % 2 ? E::SCRequestAttribs : E::SCRequestRead});
   Wait();
   EXPECT_LT(ZnSteadyClock::Read() - began, std::chrono::seconds(11));
   EXPECT_THAT(ended, ElementsAre(5, 5, 5, 5, 5));

@@ -29,7 +29,7 @@ TEST_F(Nodes, WaitingCommandsOfAPrunedFileEndStale) {
   ZnSMBNFSNode* directory = Child(share, "d");
   List(directory, {Entry("f")});
   auto waiting = CommandAt(Child(directory, "f"));
-  filesystem.BOpenFile(waiting.get());
+  filesystem.BReadFromFile(waiting.get());
   ASSERT_EQ(Session()->queue.size(), 1U);
   filesystem.Prune(directory);
   EXPECT_FALSE(waiting->node);
