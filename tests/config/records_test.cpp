@@ -95,13 +95,4 @@ TEST_F(Records, CachedRecordsLastUntilTheConfigurationChanges) {
   }
 }
 
-TEST_F(Records, StoredPasswordsReachTheRecords) {
-  ZnUniString stored = "Geheim\u00FC";
-  ASSERT_TRUE(ZnSMBNFSConfig::EncryptString(stored, "fred").IsEmpty());
-  for (const char* of : {"fred/pc", "fred/pc/c"})
-    ASSERT_EQ(LoadRecord(of, {"password={(" + stored.AsUtf8() + ")}"}), "");
-  EXPECT_EQ(machine_.password, "Geheim\u00FC");
-  EXPECT_EQ(share_.password, "Geheim\u00FC");
-}
-
 }  // namespace

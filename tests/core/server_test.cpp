@@ -121,27 +121,6 @@ class Server : public ::testing::Test {
   ZnNFSFileHandle root_;
 };
 
-TEST_F(Server, TheFirstGetattrOrStatfsDefinesTheRoot) {
-  for (bool bystatfs : {false, true}) {
-    CountedServer server(&process_, &loop_, CountedServer::Config());
-    ASSERT_TRUE(server.error().IsEmpty());
-    Lookup(server, 1, "u");
-    EXPECT_EQ(caller_.Reply(), (std::vector<uint32_t>{1, 1, 1, 1, 2})) << "MSG_DENIED, AUTH_ERROR, rejected credential";
-    if (bystatfs) {
-      caller_.Call(server, 2, 17, root_);
-    } else {
-      Getattr(server, 2, root_);
-    }
-    EXPECT_EQ(caller_.Reply().at(kStatusWord), 0U);
-    Lookup(server, 3, "u");
-    EXPECT_EQ(caller_.Reply().at(kStatusWord), 0U);
-    ZnNFSFileHandle other = root_;
-    other.bytes[0] ^= 1;
-    Getattr(server, 4, other);
-    EXPECT_EQ(caller_.Reply().at(kStatusWord), 70U);
-  }
-}
-
 TEST_F(Server, ARepeatedCallIsServedAnewOrGetsTheSameReplyAgain) {
   static ZnMoment now;
   now = ZnMoment(std::chrono::hours(1));
@@ -276,69 +255,6 @@ TEST_F(Server, ARetransmissionOfACallInFlightIsServedByTheFirstReply) {
   EXPECT_EQ(caller_.Reply().at(0), 100U);
   EXPECT_EQ(caller_.Reply().at(0), 101U);
   EXPECT_TRUE(caller_.Reply().empty());
-}
-
-// A server that folds or mangles names, and what each call asks it for once the directory was listed.
-TEST_F(Server, WhatIsMadeIsAskedForByItsNameAndOnlyElseIsTheDirectoryListed) {
-  using E = ZnSMBNFSEnum;
-  CountedServer server(&process_, &loop_, CountedServer::Config());
-  const ZnNFSFileHandle share = Walk(server);
-  auto* session = static_cast<StandInSession*>(*CountedServer::filesystem->sessions().begin());
-  std::vector<ZnUniString> there{"of another machine"};  // as the server has them
-  session->answer = [&](ZnSMBNFSCommand& command) {
-    const ZnUniString asked = command.name;
-    const bool mangled = asked.StartsWith("mangled");
-    ZnUniString stored = mangled ? ZnUniString("MANGLE~1") : asked;
-    if (asked.StartsWith("folded")) stored.UpperCase();
-    const bool makes = command.sessioncommand == E::SCRequestCreateFile || command.sessioncommand == E::SCRequestMkdir;
-    if (makes) there.push_back(stored);
-    for (const ZnUniString& name : there) {
-      const bool found = command.sessioncommand == E::SCRequestEntry && name.MatchCaseless(asked) && !mangled;
-      if (found || command.sessioncommand == E::SCRequestDirs) command.files.Append(Entry(name));
-    }
-    return true;
-  };
-  ZnNFSReaddirargs listing;
-  listing.dir = share;
-  caller_.Call(server, 2, 16, listing);
-  caller_.Reply();
-  there.emplace_back("unseen");
-  constexpr uint32_t kCreate = 9, kSymlink = 13, kMkdir = 14;
-  ZnNFSSattr unset;
-  unset.mode = unset.size = unset.atime.seconds = unset.mtime.seconds = ZnNFSEnum::kUnchanged;
-  const struct {
-    uint32_t procedure;
-    const char* name;
-    uint32_t status;
-    std::vector<E::SessionCommand> asks;
-  } cases[] = {
-      {kCreate, "plain", 0, {E::SCRequestCreateFile, E::SCRequestEntry}},
-      {kCreate, "plain", 0, {}},
-      {kCreate, "unseen", 0, {E::SCRequestCreateFile, E::SCRequestEntry}},
-      {kCreate, "folded", 0, {E::SCRequestCreateFile, E::SCRequestEntry}},
-      {kMkdir, "folded too", 0, {E::SCRequestMkdir, E::SCRequestEntry}},
-      {kMkdir, "plain", 17, {}},
-      {kCreate, "mangled", 2, {E::SCRequestCreateFile, E::SCRequestEntry, E::SCRequestDirs}},
-      {kSymlink, "link", 0, {E::SCRequestEntry, E::SCRequestCreateFile, E::SCRequestEntry, E::SCRequestWrite}},
-      {kSymlink, "link", 17, {}},
-  };
-  uint32_t xid = 3;
-  const auto call = [&](uint32_t procedure, const char* name) {
-    session->requests.clear();
-    if (procedure == kSymlink) {
-      caller_.Call(server, ++xid, procedure, ZnNFSSymlinkargs{{}, {{}, share, name}, "to", unset});
-    } else {
-      caller_.Call(server, ++xid, procedure, ZnNFSCreateargs{{}, {{}, share, name}, unset});
-    }
-    return caller_.Reply().at(kStatusWord);
-  };
-  for (const auto& test : cases) {
-    EXPECT_EQ(call(test.procedure, test.name), test.status) << test.name;
-    EXPECT_EQ(session->requests, test.asks) << test.name;
-  }
-  there.emplace_back("late");
-  EXPECT_EQ(call(kSymlink, "late"), 17U) << "a file that nobody has listed";
-  EXPECT_EQ(session->requests, std::vector{E::SCRequestEntry});
 }
 
 }  // namespace

@@ -40,19 +40,4 @@ TEST(Passwords, LanManagerTakesFourteenBytesAndFillsUpWithZeros) {
   EXPECT_NE(ZnEncrypt::MSHash(Text(text)), ZnEncrypt::MSHash(Text(text.substr(0, 13))));
 }
 
-// The cipher is the library's; ours are the keys of 7 bytes. Keys, plain and cipher texts of NBS Special Publication
-// 500-20, the keys without their parity bits.
-TEST(Passwords, DesTakesKeysOfSevenBytes) {
-  const std::array<const char*, 3> known[] = {
-      {"7d404224a35bab", "01A1D6D039776742", "690f5b0d9a26939b"},
-      {"1cb1f8e13253f7", "305532286D6F295A", "63fac0d034d9f793"},
-  };
-  for (const auto& [key, plain, cipher] : known) {
-    EXPECT_EQ(ToHex(ZnEncrypt::DES_Encrypt(Hex(plain), Hex(key))), cipher) << key;
-    EXPECT_EQ(ZnEncrypt::DES_Decrypt(Hex(cipher), Hex(key)), Hex(plain)) << key;
-  }
-  EXPECT_EQ(ZnEncrypt::DES_Encrypt(Hex("aabb"), Hex("010203")),
-            ZnEncrypt::DES_Encrypt(Hex("aabb000000000000"), Hex("01020300000000")));
-}
-
 }  // namespace

@@ -4,8 +4,6 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <sys/syscall.h>
-#include <unistd.h>
 
 #include <algorithm>
 #include <cerrno>
@@ -16,16 +14,6 @@
 #include "runtime/random.h"
 #include "support/driven_loop.h"
 #include "support/hex.h"
-
-namespace {
-unsigned gatheredWrites = 0;
-}  // namespace
-
-// In front of the system's: counts the calls of this process.
-extern "C" ssize_t sendmsg(int fd, const msghdr* message, int flags) {
-  gatheredWrites++;
-  return syscall(SYS_sendmsg, fd, message, flags);
-}
 
 namespace {
 
@@ -219,16 +207,6 @@ TEST_F(NbtConnection, LongestPayloadBothWays) {
   }
   EXPECT_TRUE(HasEvents(1));
   EXPECT_TRUE(last_ == payload);
-}
-
-TEST_F(NbtConnection, WhatATurnSendsIsOneWrite) {
-  Establish();
-  gatheredWrites = 0;
-  for (int i = 0; i < 50; i++) connection_->Send(Hex("4142"), Hex("43"));
-  EXPECT_EQ(gatheredWrites, 0U);
-  ASSERT_TRUE(HasCome(kRequestSize + 50 * size_t{7}));
-  EXPECT_EQ(gatheredWrites, 1U);
-  EXPECT_TRUE(ToHex(peer_.Received()).ends_with("00000003414243"));
 }
 
 // What the socket doesn't take at once goes out in order when there is room.

@@ -130,27 +130,6 @@ TEST_F(NameQuery, IdAndPortCantBeGuessed) {
   EXPECT_GE(ports.size(), 14U);
 }
 
-TEST_F(NameQuery, ResendsThenFails) {
-  const struct {
-    int retries;
-    milliseconds interval;
-    int sent;
-  } cases[] = {{0, kSoon, 1}, {2, kSoon, 3}, {-1, {}, 2}};
-  query_->SetDefaults(1, kSoon);
-  for (const auto& one : cases) {
-    const ZnMoment start = ZnSteadyClock::now();
-    ASSERT_TRUE(Lookup(one.retries, one.interval));
-    EXPECT_TRUE(query_->IsRunning());
-    EXPECT_EQ(Result(), false);
-    EXPECT_GE(ZnSteadyClock::now() - start, milliseconds(39) * one.sent);  // the loop's waits are rounded down
-    const std::string first = Received();
-    EXPECT_FALSE(first.empty());
-    for (int i = 1; i < one.sent; i++) EXPECT_EQ(Received(), first);
-    EXPECT_EQ(Received(), "");
-    EXPECT_FALSE(query_->IsRunning());
-  }
-}
-
 TEST_F(NameQuery, OwnerMayDeleteTheQueryInTheCallback) {
   deleteInCallback_ = true;
   ASSERT_TRUE(Lookup(0, kSoon));

@@ -1,7 +1,9 @@
 #include "rpc/rpc_records.h"
 
+#include <gtest/gtest.h>
+
 #include "rpc/nfs_records.h"
-#include "support/layout_check.h"
+#include "support/read_exactly.h"
 
 namespace {
 

@@ -153,22 +153,6 @@ TEST_P(CodesetIconv, EverySequenceAndEveryCharacter) {
 
 INSTANTIATE_TEST_SUITE_P(All, CodesetIconv, testing::ValuesIn(kSets));
 
-// ISO-2022-JP here is the bare code, which no library has; its codes are those of EUC-JP without the top bits.
-TEST(CodesetIso2022Jp, IsEucJpWithoutTopBits) {
-  for (unsigned unit = 0; unit < 0x10000; unit++) {
-    ZnUniString text;
-    text.Append(static_cast<char16_t>(unit));
-    std::string euc = Bytes(text.AsEncoding(ZnCodeset::EucJp));
-    if (euc.size() == 2 && euc[0] == '\x8E') {
-      euc.erase(0, 1);
-    } else {
-      for (char& c : euc) c &= 0x7F;
-    }
-    ASSERT_EQ(Bytes(text.AsEncoding(ZnCodeset::Iso2022Jp)), euc) << unit;
-  }
-  EXPECT_EQ(ZnUniString::CreateFrom("\x30\x21\xB1", 3, ZnCodeset::Iso2022Jp), ZnUniString(u"0!\uFF71"));
-}
-
 // The committed tables are what the script makes of the published mappings.
 TEST(CodesetTables, AreAsGenerated) {
   if (access("/usr/bin/python3", X_OK) != 0) GTEST_SKIP() << "no /usr/bin/python3";

@@ -40,29 +40,6 @@ TEST(Utf8, ReadsLatin1WhereThereIsNoSequence) {
     EXPECT_EQ(Text(bytes, ZnCodeset::Utf8), ZnUniString(text)) << testing::PrintToString(bytes);
 }
 
-TEST(Utf8, PairsAreOneSequenceAndSurrogatesAloneHaveNone) {
-  EXPECT_EQ(Code(u"a\U0001F600\U0010FFFF", ZnCodeset::Utf8), "a\xF0\x9F\x98\x80\xF4\x8F\xBF\xBF");
-  const std::u16string alone = {u'#', 0xDE00, 0xD83D, u'z', 0xD83D};
-  EXPECT_EQ(Code(alone, ZnCodeset::Utf8), "#z");
-  EXPECT_EQ(Code(alone, ZnCodeset::Utf8, ZnCodeset::Recoverable), "###DE00#D83Dz#D83D");
-  for (std::string_view bad : {"\xC0\x80"sv, "\xE0\x80\xAF"sv, "\xED\xA0\x80"sv, "\xF0\x80\x80\xAF"sv,
-                               "\xF4\x90\x80\x80"sv, "\xF8\x88\x80\x80\x80"sv, "\xE2\x82"sv, "\xFF"sv, "\x80"sv})
-    EXPECT_FALSE(ZnUniString::IsValid(ZnByteBuffer(bad.data(), bad.size()), ZnCodeset::Utf8, 0)) << bad;
-}
-
-TEST(Utf16, MarksOfTheOtherOrderTurnTheReading) {
-  const std::tuple<std::string_view, ZnEncoding, std::u16string_view> kCases[] = {
-      {"A\0B"sv, 40, u"A"},           {"\xFE\xFF\0A"sv, 40, u"A"},
-      {"\xFF\xFE\x41\0"sv, 39, u"A"}, {"\xFF\xFE\x41\0"sv, 40, u"\uFEFFA"},
-      {"\xFE\xFF\0A"sv, 41, u"A"},    {"\xFF\xFE\x41\0"sv, 41, u"\uFEFFA"},
-      {"\xFE\xFF"sv, 40, u""},        {"\xFE\xFF\xFE\xFF"sv, 40, u"\uFEFF"},
-  };
-  for (const auto& [bytes, encoding, text] : kCases)
-    EXPECT_EQ(Text(bytes, encoding), ZnUniString(text)) << testing::PrintToString(bytes);
-  EXPECT_EQ(Code(u"A", 39, ZnCodeset::AddByteOrderMarker), "\xFE\xFF\0A"sv);
-  EXPECT_EQ(Code(u"", 41, ZnCodeset::AddByteOrderMarker), "\xFF\xFE"sv);
-}
-
 TEST(Conversion, DropsWithoutTheOptionAndEscapesWithIt) {
   const auto R = ZnCodeset::Recoverable;
   EXPECT_EQ(Code(u"a\u4E2D\u00E9b\0"sv, ZnCodeset::Ascii), "ab");
@@ -94,30 +71,6 @@ TEST(Conversion, RecoverableComesBackUnchangedFromEveryEncoding) {
     ZnByteBuffer code = ZnUniString(all).AsEncoding(encoding, ZnCodeset::Recoverable);
     EXPECT_TRUE(ZnUniString::CreateFrom(code, encoding, ZnCodeset::Recoverable) == ZnUniString(all)) << encoding;
     EXPECT_TRUE(ZnUniString::IsValid(code, encoding, ZnCodeset::Recoverable)) << encoding;
-  }
-}
-
-TEST(Validation, NamesWhatIsWrongAndWhere) {
-  using Errors = std::vector<ZnCodesetConverter::ValidationError>;
-  const std::tuple<std::string_view, ZnEncoding, Errors, std::u16string_view> kReports[] = {
-      {"\x41\xAC\xFE"sv, 38, {{2, 0xFE, Kind::NoMapping}}, u"A\u0E0C"},
-      {"a\xE9\xC3\xA9\xC3"sv, 42, {{1, 0xE9, Kind::InvalidTrail}, {4, 0xC3, Kind::InvalidTrail}}, u"a\u90E9"},
-      {"A\0B"sv, 40, {{2, 'B', Kind::CutOff}}, u"A"},
-      {"a\x88\xA4@z"sv, 0, {{1, 0x88, Kind::InvalidLead}}, u"a\u4E00z"},
-      {"\xA4\x20"sv, 0, {{0, 0xA4, Kind::InvalidTrail}}, u" "},
-      {"\xFFz\x81"sv, 31, {{0, 0xFF, Kind::InvalidLead}, {2, 0x81, Kind::CutOff}}, u"z"},
-      {"\x81\x30z0"sv, 31, {{0, 0x81, Kind::InvalidTrail}}, u"0z0"},
-      {"\x84\x31\xA4\x39\x84\x31\xA5\x30"sv, 31, {{4, 0x8431A530, Kind::NoMapping}}, u"\uFFFF"},
-      {"\xA0\x82\xA0\xB1\x82"sv, 34, {{0, 0xA0, Kind::InvalidLead}, {4, 0x82, Kind::CutOff}}, u"\u3042\uFF71"},
-      {"\x82\x20\xFC\x40"sv, 34, {{0, 0x82, Kind::InvalidTrail}, {2, 0xFC40, Kind::NoMapping}}, u" "},
-      {"\xA4\xA2\x8E\xB1\x8E\xE0"sv, 35, {{4, 0x8E, Kind::InvalidTrail}, {5, 0xE0, Kind::CutOff}}, u"\u3042\uFF71"},
-  };
-  for (const auto& [text, encoding, errors, converted] : kReports) {
-    ZnCodesetConverter::ValidationInfo info;
-    ZnByteBuffer bytes(text.data(), text.size());
-    ZnCodesetConverter::ValidateFrom(bytes, info, encoding, 0);
-    EXPECT_TRUE(Errors(info.errors.begin(), info.errors.end()) == errors) << testing::PrintToString(text);
-    EXPECT_EQ(ZnUniString::CreateFrom(bytes, encoding), ZnUniString(converted)) << testing::PrintToString(text);
   }
 }
 

@@ -97,27 +97,6 @@ class EventLoop : public ::testing::Test {
   std::vector<std::string> seen;
 };
 
-TEST_F(EventLoop, TimeOutIsTheWaitForTheFirstTimer) {
-  const std::pair<ZnMoment, int> cases[] = {
-      {At(1000, 500999), 0},    {At(1000, 501999), 1}, {At(1001, 400000), 900}, {At(1000, 499999), 0}, {At(3), 0},
-      {At(1002, 500000), 2000}, {At(9000000), INT_MAX}};
-  for (const auto& [when, timeout] : cases) {
-    Callback timer = Note("timer");
-    ScriptedLoop one{&process};
-    one.AddTimeoutEvent(kLatest, &timer);
-    one.AddTimeoutEvent(when, &timer);
-    one.EnterEventLoop();
-    EXPECT_THAT(one.timeouts, ElementsAre(timeout)) << when.time_since_epoch().count();
-  }
-  loop.EnterEventLoop();
-  EXPECT_THAT(loop.timeouts, ElementsAre(-1));
-  // A wait that poll can't take in one is continued.
-  Callback late = Note("late");
-  loop.AddTimeoutEvent(kLatest, &late);
-  loop.TimesOut().EnterEventLoop();
-  EXPECT_THAT(seen, ElementsAre());
-}
-
 TEST_F(EventLoop, DueTimersFireOneATurnBehindTheReadyDescriptors) {
   Callback late = Note("late"), ready = Note("ready"), removed = Note("removed");
   Callback early([&](auto) {
@@ -162,23 +141,6 @@ TEST_F(EventLoop, ATurnsEndComesOnceBehindItsEventsAndBeforeTheLoopSleeps) {
   EXPECT_THAT(loop.timeouts, ElementsAre(500, 500, 0, 500, -1));
 }
 
-// The end of the outer turn isn't lost in a nested run, nor run twice; a run that is told to end has its turn's end.
-TEST_F(EventLoop, ATurnsEndComesInANestedRunToo) {
-  Callback leave([&](auto) { loop.ExitEventLoop(1); });
-  Callback end([&](auto) { seen.emplace_back("end"); });
-  Callback nested([&](auto) {
-    loop.EnterEventLoop();
-    seen.emplace_back("back");
-    loop.ExitEventLoop(2);
-    loop.AtTurnEnd(&end);
-  });
-  loop.AddFileEvent(6, true, false, &leave);
-  loop.AtTurnEnd(&nested);
-  loop.AtTurnEnd(&end);
-  EXPECT_EQ(loop.Reports({{6, POLLIN}}).EnterEventLoop(), 2);
-  EXPECT_THAT(seen, ElementsAre("end", "back", "end"));
-}
-
 TEST_F(EventLoop, CallbackRemovesWhatIsAboutToBeCalled) {
   auto doomed = std::make_unique<Callback>([&](auto) { seen.emplace_back("doomed"); });
   Callback killer([&](auto) {
@@ -205,19 +167,6 @@ TEST_F(EventLoop, DescriptorsAddedDuringTheWalkHaveReportedNothing) {
   EXPECT_THAT(seen, ElementsAre("fresh"));
 }
 
-// A synchronous call waits by running the loop inside a callback.
-TEST_F(EventLoop, NestedRunEndsAloneAndTakesNoEventTwice) {
-  Callback inner([&](auto) { loop.ExitEventLoop(2); });
-  Callback outer([&](auto) {
-    loop.ExitEventLoop(9);  // and still holds behind the nested run
-    seen.push_back("got " + std::to_string(loop.EnterEventLoop()));
-  });
-  loop.AddFileEvent(5, true, false, &outer);
-  loop.AddFileEvent(6, true, false, &inner);
-  EXPECT_EQ(loop.Reports({{5, POLLIN}}).Reports({{6, POLLIN}}).EnterEventLoop(), 9);
-  EXPECT_THAT(seen, ElementsAre("got 2"));
-}
-
 // The real poll, with a signal too late for the turn's look at the signals.
 class SignalDuringPoll : public ZnEventLoop {
  public:
@@ -239,23 +188,6 @@ TEST_F(EventLoop, SignalJustBeforePollIsActedOnInTheNextTurn) {
   EXPECT_EQ(real.EnterEventLoop(), 3);
   alarm(0);
   signal(SIGUSR1, SIG_DFL);
-}
-
-TEST_F(EventLoop, AClockThatIsSetBackStopsNoTimer) {
-  static ZnTimeVal time_of_day;
-  time_of_day = {1795400311, 0};
-  ZnTimeVal::SetClock([] { return time_of_day; });
-  Callback due = Note("due");
-  ZnTimer timer{&loop, &due};
-  timer.Set(std::chrono::seconds(10));
-  auto set_back = [](auto&) {
-    time_of_day.seconds -= 3600;
-    fake_now += std::chrono::seconds(10);
-    return errno = EINTR, -1;
-  };
-  loop.Then(set_back).TimesOut().EnterEventLoop();
-  EXPECT_THAT(loop.timeouts, ElementsAre(10000, 0, -1));
-  EXPECT_THAT(seen, ElementsAre("due"));
 }
 
 TEST_F(EventLoop, TimeStandsStillDuringATurn) {

@@ -1,17 +1,9 @@
 #include "runtime/log.h"
 
 #include <gtest/gtest.h>
-#include <unistd.h>
 
 #include <array>
-#include <cstdlib>
-#include <filesystem>
-#include <fstream>
-#include <sstream>
-#include <string>
 #include <tuple>
-
-#include "runtime/time_val.h"
 
 namespace {
 
@@ -25,27 +17,10 @@ class TestLogger : public ZnLog {
 
 class Log : public ::testing::Test {
  protected:
-  Log() {
-    std::string pattern = ::testing::TempDir() + "logXXXXXX";
-    directory = mkdtemp(pattern.data());
-    setenv("TZ", "UTC", 1);
-    tzset();
-    ZnTimeVal::SetClock([] { return ZnTimeVal{1795400311, 42999}; });
-    ZnLog::InitLogs(&logger, directory.string());
-  }
-  ~Log() override {
-    ZnLog::CleanUp();
-    ZnTimeVal::SetClock(nullptr);
-    std::filesystem::remove_all(directory);
-  }
-
-  std::string Contents(const std::string& name) const {
-    std::ifstream file(directory / name);
-    return (std::ostringstream() << file.rdbuf()).str();
-  }
+  Log() { ZnLog::InitLogs(&logger, ""); }
+  ~Log() override { ZnLog::CleanUp(); }
 
   TestLogger logger;
-  std::filesystem::path directory;
 };
 
 TEST_F(Log, FirstMatchingFilterDecides) {
@@ -63,29 +38,6 @@ TEST_F(Log, FirstMatchingFilterDecides) {
     ZnLog::SetupFilters(filters, onnomatch);
     for (size_t i = 0; i < on.size(); i++) EXPECT_EQ(ZnLog::Gen(i), on[i]) << i;
   }
-}
-
-TEST_F(Log, PlainAndStructuredFormsByteForByte) {
-  const std::string pid = std::to_string(getpid());
-  ZnLog::SetupFilters({"*/*/failure"}, false);
-  ZnLog::SetupJSFilters({"nfs/*/*:s%%PID%%.jsl", "*/call/FAILURE:plain.txt", "*/*/*:/one:too many", "a/b:short.jsl",
-                         "*/*/*:.../elsewhere", "no destination"});
-  ASSERT_EQ(ZnLog::AddLogFile("out", false, false, ZnCodeset::Utf8), ZnLog::Success);
-  EXPECT_FALSE(ZnLog::JsGen(0));
-  EXPECT_TRUE(ZnLog::JsGen(1));
-  EXPECT_FALSE(ZnLog::JsGen(77));
-  ZnLog::JserverLog(0, "nobody wants this");
-  ZnLog::JserverLog(1, "100%,\na=b");
-  ZnLog::JserverLog(2, "only structured");
-  ZnLog::Flush();
-  const std::string plain =
-      "2026/11/23 02:18:31.042\t (pid " + pid + ")\tnfs/call/failure\t#1\tHalden((legacy))\n100%,\na=b\n";
-  EXPECT_EQ(Contents("out.log"), plain);
-  EXPECT_EQ(Contents("plain.txt"), plain);
-  const std::string head = ",date=2026/11/23 02:18:31.042,pid=" + pid + ",systime=1795400311,message=";
-  EXPECT_EQ(Contents("s" + pid + ".jsl"), "category=nfs/call/failure" + head + "100%25%2c%0aa%3db\n" +
-                                              "category=nfs/call/success" + head + "only structured\n");
-  EXPECT_FALSE(std::filesystem::exists(directory / "short.jsl"));
 }
 
 }  // namespace

@@ -3,7 +3,6 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <poll.h>
-#include <sys/mman.h>
 #include <sys/prctl.h>
 #include <unistd.h>
 
@@ -62,28 +61,6 @@ TEST_F(Signals, EachNumberIsDispatchedOnceToAllItsCallbacksLowestFirst) {
   EXPECT_THAT(seen, ElementsAre("hup", "usr1 first", "usr1 second"));
   EXPECT_FALSE(WakeIsReadable());
   EXPECT_EQ(process.ProcessSignals(), 0);
-}
-
-// --- Faults of the program itself, each in a process of its own ---
-
-void TouchProtectedPage() {
-  *static_cast<volatile char*>(mmap(nullptr, 4096, PROT_NONE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0)) = 1;
-}
-
-void CatchFaults() {
-  static ZnUnixProcess process;
-  static Callback callback;
-  the_current_process = &process;
-  process.CatchSignal(SIGSEGV, &callback);
-}
-
-TEST(Fault, EndsTheProcessWithOneLineAndTheSignalsNumber) {
-  using ::testing::ExitedWithCode;
-  EXPECT_EXIT((CatchFaults(), TouchProtectedPage()), ExitedWithCode(11),
-              "^Halden\\(5.60.514\\) FATAL ERROR: address error \\(signal 11\\), exiting\n$");
-  // One that was sent is no fault.
-  EXPECT_EXIT((CatchFaults(), kill(getpid(), SIGSEGV), _exit(the_current_process->ProcessSignals())), ExitedWithCode(1),
-              "^$");
 }
 
 // Notes the system calls of an identity change, and refuses those in `refused`.

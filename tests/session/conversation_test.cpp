@@ -51,24 +51,6 @@ TEST_F(SaidToServer, TheOldestIsClosedWhenTooManyAreOpen) {
 
 // ---- pieces ---------------------------------------------------------------------------------------------------------
 
-TEST_F(SaidToServer, ReadsAndWritesGoInPiecesThatFitTheServer) {
-  const std::pair<unsigned, size_t> cases[] = {{4356, 2}, {16644, 1}, {8452, 1}, {8451, 2}, {500, 35}};
-  for (const auto& [buffer, requests] : cases) {
-    SCOPED_TRACE(buffer);
-    server.maxBuffer = buffer;
-    server.content = std::string(10000, 'x');
-    MakeSession();
-    Connect();
-    Read(Node("f"));
-    EXPECT_EQ(Asked().size(), 1 + requests);
-    EXPECT_EQ(data, server.content.substr(0, 8192));
-  }
-  AskWrite(Node("g"), std::string(8192, 'y'));
-  Wait();
-  EXPECT_EQ(ended.back(), 0);
-  EXPECT_GT(Asked().size(), 20u);
-}
-
 TEST_F(SaidToServer, NothingIsWrittenBehindTheLargestOffset) {
   Connect();
   Ask(Node("f"), {E::SCRequestWrite}, [](auto& command) {

@@ -225,35 +225,3 @@ TEST_F(Directory, AListingThatTheTreeHasNoRoomForLeavesWhatWasThere) {
     EXPECT_EQ(Session()->handles.Count(), 1U);
   }
 }
-
-namespace {
-ZnMoment test_now;
-}
-
-TEST_F(Directory, AgesDecideWhenTheServerIsAsked) {
-  using E = ZnSMBNFSEnum;
-  test_now = ZnMoment(std::chrono::hours(300));
-  ZnSteadyClock::SetClock([] { return test_now; });
-  ZnSMBNFSNode* share = Share();
-  List(share, {Entry("f")});
-  ZnSMBNFSNode* node = Child(share, "f");
-  struct Case {
-    int32_t ttl;
-    uint32_t age;
-    bool asks;
-  };
-  for (const Case& c : {Case{10, 10, false}, Case{10, 11, true}, Case{0, 0, false}, Case{0, 1, true}, Case{-5, 1, true},
-                        Case{0x7FFFFFFF, 1000000, false}}) {
-    filesystem.GetTree(share)->config.attribttl = filesystem.GetTree(share)->config.contentsttl = c.ttl;
-    share->contentstime = node->attribtime = test_now;
-    test_now += std::chrono::seconds(c.age);
-    Session()->requests.clear();
-    auto attributes = CommandAt(node), contents = CommandAt(share);
-    filesystem.BUpdateNode(attributes.get());
-    filesystem.BUpdateNodeContents(contents.get());
-    EXPECT_EQ(Session()->requests, c.asks ? (std::vector<E::SessionCommand>{E::SCRequestAttribs, E::SCRequestDirs})
-                                          : std::vector<E::SessionCommand>{})
-        << c.ttl << " " << c.age;
-  }
-  ZnSteadyClock::SetClock(nullptr);
-}

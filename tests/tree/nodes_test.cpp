@@ -38,17 +38,6 @@ TEST_F(Nodes, WaitingCommandsOfAPrunedFileEndStale) {
   EXPECT_TRUE(waiting->failed);
 }
 
-TEST_F(Nodes, AListingOfAPrunedDirectoryEndsStale) {
-  ZnSMBNFSNode* share = Share();
-  List(share, {Entry("d", true)});
-  auto listing = CommandAt(Child(share, "d"));
-  filesystem.BUpdateNodeContents(listing.get());
-  List(share, {});
-  listing->files.Append(Entry("late"));
-  filesystem.CompleteRequest(listing.get());
-  EXPECT_EQ(listing->error, ZnNFSEnum::NFSERR_STALE);
-}
-
 TEST_F(Nodes, AUserThatLeavesTheProfileTakesWaitingCommandsAlong) {
   ZnSMBNFSNode* share = Share();
   auto listing = CommandAt(share);
