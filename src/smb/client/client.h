@@ -25,9 +25,9 @@
 #include "smb/client/disk_space.h"
 #include "smb/client/exchange.h"
 #include "smb/client/file_object.h"
-#include "smb/client/password_fields.h"
 #include "smb/client/server_info.h"
 #include "smb/client/tree_object.h"
+#include "smb/client/tree_password.h"
 
 class ZnSmbConversation;
 

@@ -11,20 +11,6 @@ namespace {
 // A dialect's place in the list is its number in the reply.
 constexpr const char* kDialects[] = {"PC NETWORK PROGRAM 1.0", "Windows for Workgroups 3.1a", "NT LM 0.12"};
 
-// The domain comes as UTF-16 whatever was agreed on, at times behind one pad byte, and with or without terminators.
-// Servers that send eight-bit text are read the same way.
-ZnUniString DecodeDomain(const ZnPacket& raw) {
-  const uint8_t* bytes = raw.Data();
-  size_t length = raw.Length();
-  if (length > 0 && (length % 2 != 0 || bytes[0] == 0)) {
-    bytes++;
-    length--;
-  }
-  length -= length % 2;
-  while (length > 0 && bytes[length - 1] == 0 && bytes[length - 2] == 0) length -= 2;
-  return length == 0 ? ZnUniString() : ZnUniString::CreateFrom(bytes, length, ZnCodeset::Utf16Lsb);
-}
-
 class ConnectOperation : public ZnSmbLogonOperation, private ZnSmbConversation::Connector {
  public:
   ConnectOperation(ZnSmbConversation& conversation, const ZnMachine& machine, const ZnUniString& localName,
@@ -72,18 +58,17 @@ class ConnectOperation : public ZnSmbLogonOperation, private ZnSmbConversation::
     ZnSMBCNegotiate_RespWords words;
     if (!reply.ReadWords(words)) return End(Values::ErrRead);
     if (words.index > Values::DialectNT) return End(Values::ErrNegprot);  // 0xFFFF: none of them suits the server
-    TakeNegotiateWords(words, reply.header);
+    TakeNegotiateWords(words, reply.header.unicode);
     if (!TakeNegotiateData(words, reply)) return End(Values::ErrNegprot);
     // The oldest dialect has neither logons nor "IPC$", nor a way to say how much it takes at a time.
     return conversation()->IsCore() ? End() : LogOn();
   }
 
-  void TakeNegotiateWords(const ZnSMBCNegotiate_RespWords& words, const ZnSMBCHeader& header) {
+  void TakeNegotiateWords(const ZnSMBCNegotiate_RespWords& words, bool unicode) {
     ZnSMBServerInfo& server = conversation()->server;
     const bool nt = words.index == Values::DialectNT;
     server.dialect = static_cast<Values::Dialect>(words.index);
-    server.caseless = header.caseless_paths;
-    server.unicode = nt && words.capabilities.unicode && header.unicode;
+    server.unicode = nt && words.capabilities.unicode && unicode;
     if (words.index == Values::DialectCORE) return;  // it tells nothing else
 
     server.securitylevel = words.user_level ? Values::SecLevelUser : Values::SecLevelShare;
@@ -91,17 +76,13 @@ class ConnectOperation : public ZnSmbLogonOperation, private ZnSmbConversation::
     server.cansign = words.signing_enabled;
     server.mustsign = words.signing_required;
     server.maxmpx = words.max_mpx;
-    server.maxvcs = words.max_vcs;
     server.announcedbuffer = static_cast<uint16_t>(words.max_buffer);
     server.sessionkey = words.session_key;
     server.timezone = static_cast<int16_t>(words.time_zone);
     if (nt) {
-      server.maxrawsize = static_cast<uint16_t>(words.max_raw);
       server.capabilities = words.capabilities;
       server.extendedsecurity = words.capabilities.extended_security;
       server.systemtime = words.system_time;
-    } else {
-      server.capabilities.raw_mode = words.read_raw && words.write_raw;
     }
     conversation()->MostInFlight(server.maxmpx);
   }
@@ -119,7 +100,6 @@ class ConnectOperation : public ZnSmbLogonOperation, private ZnSmbConversation::
       ZnSMBCNegotiate_RespData data(words.key_length);
       if (!reply.ReadData(data)) return false;
       server.challenge = data.key;
-      server.domain = DecodeDomain(data.oemdomain);
     }
     return true;
   }

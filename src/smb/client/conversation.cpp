@@ -9,7 +9,7 @@
 using Values = ZnSMBClientValues;
 
 ZnSmbConversation::ZnSmbConversation(ZnEventLoopBase* loop, ZnSmbClient::Owner* owner)
-    : loop_(loop), owner_(owner), connection_(loop, this) {}
+    : loop_(loop), owner_(owner), pid_(static_cast<uint16_t>(getpid())), connection_(loop, this) {}
 
 ZnSmbConversation::~ZnSmbConversation() = default;
 
@@ -65,7 +65,7 @@ ZnSMBCHeader ZnSmbConversation::HeaderOf(const Envelope& envelope) const {
   header.extended_security = server.dialect == ZnSMBServerInfo::kNoDialect || server.extendedsecurity;
   header.unicode = server.unicode;
   header.tid = envelope.tid;
-  header.pid = static_cast<uint16_t>(getpid());
+  header.pid = pid_;
   header.uid = uid;
   const auto tree = trees_.find(envelope.tid);
   header.caseless_paths = tree != trees_.end() && tree->second == Values::ServicePrinter;

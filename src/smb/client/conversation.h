@@ -106,6 +106,7 @@ class ZnSmbConversation : public ZnReferable, private ZnSmbConnection::Owner {
 
   ZnEventLoopBase* loop_;
   ZnSmbClient::Owner* owner_;
+  const uint16_t pid_;
   ZnSmbSettings settings_;
   Connector* connector_ = nullptr;
   bool established_ = false;

@@ -31,8 +31,8 @@ ZnSMBCFileXAttributes LongAttribs(const std::optional<ZnSMBCFileAttributes>& att
   return encoded;
 }
 
-ZnSMBCTrans2_FILEINFO InfoOf(const ZnSMBCFileChange& change, Values::FileInfoLevel level, ZnEncoding encoding) {
-  ZnSMBCTrans2_FILEINFO info(encoding, level);
+ZnSMBCTrans2_FILEINFO InfoOf(const ZnSMBCFileChange& change, Values::FileInfoLevel level) {
+  ZnSMBCTrans2_FILEINFO info(level);
   if (level == Values::FileInfoAttribs) {
     info.xattribs = LongAttribs(change.attribs);
     info.last_access_time = LongTime(change.accessed);
@@ -62,7 +62,7 @@ ZnSmbCall ZnSmbClient::SetInfo(ZnSmbCaller caller, const ZnSMBCFileObject& file,
   const auto level = SetsLongTimes() ? Values::FileInfoAttribs : Values::FileInfoOldAttribs;
   return std::make_unique<ZnSmbSettingOperation>(*conversation_, caller, file.tid, std::move(done),
                                                  ParamsOf(*conversation_, file, command, level),
-                                                 InfoOf(change, level, nameencoding()).Pack());
+                                                 InfoOf(change, level).Pack());
 }
 
 ZnSmbCall ZnSmbClient::Replace(ZnSmbCaller caller, const ZnSMBCFileObject& file, const ZnUniString& name,

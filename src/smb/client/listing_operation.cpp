@@ -54,7 +54,7 @@ class ListOperation : public ZnSmbTransaction {
   }
 
  private:
-  bool Collected(const ZnSMBTransactionParts& parts, const ZnSMBCHeader& reply) override {
+  bool Collected(const Parts& parts, const ZnSMBCHeader& reply) override {
     const bool first = !searching_;
     ZnSMBCTrans2_RespParams params(first ? Values::Trans2FindFirst2 : Values::Trans2FindNext2);
     if (!params.Read(parts.params)) return End(Values::ErrRead);

@@ -17,7 +17,7 @@ constexpr uint32_t kShareWriting = 2;
 constexpr uint32_t kNoDirectory = 0x40;
 constexpr uint32_t kImpersonation = 2;
 
-constexpr uint32_t kAccess[] = {kReading, kWriting, kReading | kWriting};
+constexpr uint32_t kAccess[] = {kReading, kWriting, kReading | kWriting, kReading};
 
 constexpr uint32_t kSharing[] = {kShareReading | kShareWriting,  // DenyCompat
                                  0,                              // DenyAll

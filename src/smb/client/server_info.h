@@ -17,19 +17,15 @@ struct ZnSMBServerInfo {
   bool extendedsecurity = false;  // logons carry tokens
   bool cansign = false;           // its messages, if the client does
   bool mustsign = false;
-  bool unicode = true;    // strings go in Unicode: what is offered, and after negotiate what was agreed on
-  bool caseless = false;  // path names don't differ by case alone
-  bool guest = false;     // the logon was taken as guest
+  bool unicode = true;  // strings go in Unicode: what is offered, and after negotiate what was agreed on
+  bool guest = false;   // the logon was taken as guest
   uint16_t maxmpx = 0;
-  uint16_t maxvcs = 0;
   uint16_t announcedbuffer = kDefaultBuffer;  // largest message it takes, in bytes, as it said
-  uint16_t maxrawsize = 0;
   uint32_t sessionkey = 0;
   int16_t timezone = 0;     // minutes west of UTC
   uint64_t systemtime = 0;  // when it answered, in 100 ns since 1601; 0 if it didn't tell
   ZnSMBCCapabilities capabilities;
   ZnPacket challenge;
-  ZnUniString domain;
   ZnUniString nativeos;
 
   // The largest message to reckon with. A server that announces less than a request needs can't be served anyway.

@@ -28,15 +28,15 @@ class SpaceOperation : public ZnSmbTransaction {
  private:
   bool AskFileSystem() {
     ZnSMBCTrans2_ReqParams params(Values::Trans2QueryFSInfo, conversation()->RequestEncoding());
-    params.level = ZnSMBCTrans2_FSINFO::kSizeLevel;
+    params.level = ZnSMBCTrans2_FSSIZE::kLevel;
     return AskTrans2(params, ZnByteBuffer());
   }
 
-  bool Collected(const ZnSMBTransactionParts& parts, const ZnSMBCHeader&) override {
-    ZnSMBCTrans2_FSINFO info(conversation()->OfServer(false), ZnSMBCTrans2_FSINFO::kSizeLevel);
+  bool Collected(const Parts& parts, const ZnSMBCHeader&) override {
+    ZnSMBCTrans2_FSSIZE info;
     if (!info.Read(parts.data)) return End(Values::ErrRead);
-    space_->total = Bytes(info.long_units, info.sectors_per_unit, info.bytes_per_sector);
-    space_->free = Bytes(info.long_available_units, info.sectors_per_unit, info.bytes_per_sector);
+    space_->total = Bytes(info.units, info.sectors_per_unit, info.bytes_per_sector);
+    space_->free = Bytes(info.available_units, info.sectors_per_unit, info.bytes_per_sector);
     return End();
   }
 

@@ -31,7 +31,7 @@ bool ZnSmbTransaction::AskTrans2(const ZnSMBCTrans2_ReqParams& params, const ZnB
   words.timeout = kServerTimeout;
   words.setup = command.Pack();
   words.Place(section);
-  collected_ = ZnSMBTransactionParts();
+  collected_ = Parts();
   return Ask(Values::CmdTrans2, words, section);
 }
 

@@ -30,16 +30,6 @@ struct ZnSMBCWord : ZnSmbRecord<ZnSMBCWord> {
   bool operator==(const ZnSMBCWord&) const = default;
 };
 
-// Bytes as they are.
-struct ZnSMBCPacket : ZnSmbRecord<ZnSMBCPacket> {
-  ZnPacket bytes;
-  template <class Io>
-  bool Fields(Io& io) {
-    return io.Rest(bytes);
-  }
-  bool operator==(const ZnSMBCPacket&) const = default;
-};
-
 // The prefix of the "X" commands: always "no further command". A reply that chains one fails. (MS-CIFS 2.2.3.4)
 struct ZnSMBCNoChainedCommand : ZnSmbRecord<ZnSMBCNoChainedCommand> {
   template <class Io>

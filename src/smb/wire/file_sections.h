@@ -17,30 +17,6 @@ struct ZnSMBCPath_ReqData : ZnSmbRecord<ZnSMBCPath_ReqData> {
   bool operator==(const ZnSMBCPath_ReqData&) const = default;
 };
 
-// Create and delete directory, commands 0 and 1 (MS-CIFS 2.2.4.1, 2.2.4.2)
-
-struct ZnSMBCCreateDir_ReqData : ZnSmbRecord<ZnSMBCCreateDir_ReqData> {
-  ZnEncoding encoding;
-  ZnUniString newdirname;
-  explicit ZnSMBCCreateDir_ReqData(ZnEncoding strings) : encoding(strings) {}
-  template <class Io>
-  bool Fields(Io& io) {
-    return io.Path(newdirname, encoding);
-  }
-  bool operator==(const ZnSMBCCreateDir_ReqData&) const = default;
-};
-
-struct ZnSMBCDeleteDir_ReqData : ZnSmbRecord<ZnSMBCDeleteDir_ReqData> {
-  ZnEncoding encoding;
-  ZnUniString removedirname;
-  explicit ZnSMBCDeleteDir_ReqData(ZnEncoding strings) : encoding(strings) {}
-  template <class Io>
-  bool Fields(Io& io) {
-    return io.Path(removedirname, encoding);
-  }
-  bool operator==(const ZnSMBCDeleteDir_ReqData&) const = default;
-};
-
 // Open, command 2 (MS-CIFS 2.2.4.3)
 
 struct ZnSMBCOpen_ReqWords : ZnSmbRecord<ZnSMBCOpen_ReqWords> {
@@ -66,28 +42,6 @@ struct ZnSMBCOpen_RespWords : ZnSmbRecord<ZnSMBCOpen_RespWords> {
            io.U16le(access);
   }
   bool operator==(const ZnSMBCOpen_RespWords&) const = default;
-};
-
-// Create, command 3 (MS-CIFS 2.2.4.4)
-
-struct ZnSMBCCreate_ReqWords : ZnSmbRecord<ZnSMBCCreate_ReqWords> {
-  ZnSMBCFileAttributes attribs;
-  ZnTimeVal creation_time;
-  template <class Io>
-  bool Fields(Io& io) {
-    return io.Record(attribs) && io.Seconds(creation_time);
-  }
-  bool operator==(const ZnSMBCCreate_ReqWords&) const = default;
-};
-using ZnSMBCCreate_ReqData = ZnSMBCPath_ReqData;
-
-struct ZnSMBCCreate_RespWords : ZnSmbRecord<ZnSMBCCreate_RespWords> {
-  uint16_t fid = 0;
-  template <class Io>
-  bool Fields(Io& io) {
-    return io.U16le(fid);
-  }
-  bool operator==(const ZnSMBCCreate_RespWords&) const = default;
 };
 
 // Close, command 4 (MS-CIFS 2.2.4.5)
@@ -123,7 +77,6 @@ struct ZnSMBCDelete_ReqWords : ZnSmbRecord<ZnSMBCDelete_ReqWords> {
   }
   bool operator==(const ZnSMBCDelete_ReqWords&) const = default;
 };
-using ZnSMBCDelete_ReqData = ZnSMBCPath_ReqData;
 
 // Rename, command 7 (MS-CIFS 2.2.4.8)
 
@@ -152,7 +105,6 @@ struct ZnSMBCSetAttributes_ReqWords : ZnSmbRecord<ZnSMBCSetAttributes_ReqWords> 
   }
   bool operator==(const ZnSMBCSetAttributes_ReqWords&) const = default;
 };
-using ZnSMBCSetAttributes_ReqData = ZnSMBCPath_ReqData;
 
 // Read, command 10 (MS-CIFS 2.2.4.11)
 
@@ -177,31 +129,19 @@ struct ZnSMBCRead_RespWords : ZnSmbRecord<ZnSMBCRead_RespWords> {
   bool operator==(const ZnSMBCRead_RespWords&) const = default;
 };
 
-// `data` is all that follows, whatever `length` says: that is for the caller to compare.
-struct ZnSMBCRead_RespData : ZnSmbRecord<ZnSMBCRead_RespData> {
-  uint16_t length = 0;
-  ZnPacket data;
+// The front of the data of a reply, and of a write's request: the file's bytes follow it.
+struct ZnSMBCFileBlock : ZnSmbRecord<ZnSMBCFileBlock> {
+  uint16_t length = 0;  // of what follows
   template <class Io>
   bool Fields(Io& io) {
-    return io.Constant(1) && io.U16le(length) && io.Rest(data);
+    return io.Constant(1) && io.U16le(length);
   }
-  bool operator==(const ZnSMBCRead_RespData&) const = default;
+  bool operator==(const ZnSMBCFileBlock&) const = default;
 };
 
 // Write, command 11 (MS-CIFS 2.2.4.12)
 
 using ZnSMBCWrite_ReqWords = ZnSMBCRead_ReqWords;
-
-// `data` is at most 65535 bytes; it is shared with the caller's buffer until the message is assembled.
-struct ZnSMBCWrite_ReqData : ZnSmbRecord<ZnSMBCWrite_ReqData> {
-  ZnPacket data;
-  template <class Io>
-  bool Fields(Io& io) {
-    auto length = static_cast<uint16_t>(data.Length());
-    return io.Constant(1) && io.U16le(length) && io.Bytes(data, length);
-  }
-  bool operator==(const ZnSMBCWrite_ReqData&) const = default;
-};
 
 struct ZnSMBCWrite_RespWords : ZnSmbRecord<ZnSMBCWrite_RespWords> {
   uint16_t count = 0;  // bytes written
@@ -210,16 +150,6 @@ struct ZnSMBCWrite_RespWords : ZnSmbRecord<ZnSMBCWrite_RespWords> {
     return io.U16le(count);
   }
   bool operator==(const ZnSMBCWrite_RespWords&) const = default;
-};
-
-// The front of that data, where the file's bytes are kept apart from the message.
-struct ZnSMBCFileBlock : ZnSmbRecord<ZnSMBCFileBlock> {
-  uint16_t length = 0;  // of what follows
-  template <class Io>
-  bool Fields(Io& io) {
-    return io.Constant(1) && io.U16le(length);
-  }
-  bool operator==(const ZnSMBCFileBlock&) const = default;
 };
 
 // Set times, command 34 (MS-CIFS 2.2.4.27)
@@ -272,17 +202,6 @@ struct ZnSMBCMove_RespWords : ZnSmbRecord<ZnSMBCMove_RespWords> {
     return io.U16le(count);
   }
   bool operator==(const ZnSMBCMove_RespWords&) const = default;
-};
-
-struct ZnSMBCMove_RespData : ZnSmbRecord<ZnSMBCMove_RespData> {
-  ZnEncoding encoding;
-  ZnUniString errorpath;  // where the move failed
-  explicit ZnSMBCMove_RespData(ZnEncoding strings) : encoding(strings) {}
-  template <class Io>
-  bool Fields(Io& io) {
-    return io.String(errorpath, encoding);
-  }
-  bool operator==(const ZnSMBCMove_RespData&) const = default;
 };
 
 // Open, command 45 (MS-CIFS 2.2.4.41)

@@ -1,5 +1,5 @@
 #pragma once
-// Sections of the commands that set up a connection: negotiate, session setup, logoff, tree connect.
+// Sections of the commands that set up a connection: negotiate, session setup, tree connect.
 
 #include <array>
 
@@ -239,18 +239,6 @@ struct ZnSMBCSessionSetupExtended_RespData : ZnSmbRecord<ZnSMBCSessionSetupExten
   }
   bool operator==(const ZnSMBCSessionSetupExtended_RespData&) const = default;
 };
-
-// Logoff, command 116 (MS-CIFS 2.2.4.54)
-
-struct ZnSMBCUserLogoffX_ReqWords : ZnSmbRecord<ZnSMBCUserLogoffX_ReqWords> {
-  ZnSMBCNoChainedCommand cc;
-  template <class Io>
-  bool Fields(Io& io) {
-    return io.Record(cc);
-  }
-  bool operator==(const ZnSMBCUserLogoffX_ReqWords&) const = default;
-};
-using ZnSMBCUserLogoffX_RespWords = ZnSMBCUserLogoffX_ReqWords;
 
 // Tree connect, command 112 (MS-CIFS 2.2.4.50)
 

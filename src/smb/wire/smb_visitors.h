@@ -51,20 +51,14 @@ class ZnSmbReader : public ZnWireReader {
   bool Record(R& record) {
     return record.Read(*this) || Fail();
   }
-  // Records up to the end of the section, or `count` of them, each starting out as a copy of `blank`.
+  // Records up to the end of the section.
   template <class R>
   bool RecordsToEnd(ZnDList<R>& records) {
     records.Flush();
     while (Remaining() > 0) {
-      if (!AppendRecord(records, R())) return false;
-    }
-    return Ok();
-  }
-  template <class R>
-  bool Records(ZnDList<R>& records, size_t count, const R& blank) {
-    records.Flush();
-    for (size_t i = 0; i < count; i++) {
-      if (!AppendRecord(records, blank)) return false;
+      R record;
+      if (!Record(record)) return false;
+      records.Append(std::move(record));
     }
     return Ok();
   }
@@ -72,12 +66,6 @@ class ZnSmbReader : public ZnWireReader {
  private:
   bool Scan(ZnUniString& text, ZnEncoding encoding, size_t offset, size_t limit);
   bool whole_ = true;
-  template <class R>
-  bool AppendRecord(ZnDList<R>& records, R record) {
-    if (!Record(record)) return false;
-    records.Append(std::move(record));
-    return true;
-  }
 };
 
 class ZnSmbWriter : public ZnWireWriter {
@@ -114,10 +102,6 @@ class ZnSmbWriter : public ZnWireWriter {
   bool RecordsToEnd(const ZnDList<R>& records) {
     for (const R& record : records) Record(record);
     return true;
-  }
-  template <class R>
-  bool Records(const ZnDList<R>& records, size_t, const R&) {
-    return RecordsToEnd(records);
   }
 };
 

@@ -34,7 +34,6 @@ struct ZnSMBCTrans2_ReqParams : ZnSmbRecord<ZnSMBCTrans2_ReqParams> {
       case ZnSMBClientValues::Trans2FindNext2:
         return io.U16le(search_id) && io.U16le(search_count) && io.U16le(level) && io.U32le(resume_key) && Flags(io) &&
                io.StringAt(filename, encoding, 1);
-      case ZnSMBClientValues::Trans2QueryPathInfo:
       case ZnSMBClientValues::Trans2SetPathInfo:
         return io.U16le(level) && io.Reserved(4) && io.StringAt(filename, encoding, 1);
       case ZnSMBClientValues::Trans2SetFileInfo:
@@ -69,8 +68,6 @@ struct ZnSMBCTrans2_RespParams : ZnSmbRecord<ZnSMBCTrans2_RespParams> {
         return io.U16le(search_id) && Found(io);
       case ZnSMBClientValues::Trans2FindNext2:
         return Found(io);
-      case ZnSMBClientValues::Trans2QueryPathInfo:
-        return true;
       case ZnSMBClientValues::Trans2SetPathInfo:
       case ZnSMBClientValues::Trans2SetFileInfo:
       case ZnSMBClientValues::Trans2QueryFSInfo:
@@ -135,12 +132,11 @@ struct ZnSMBCTrans2_DIRENTRY : ZnSmbRecord<ZnSMBCTrans2_DIRENTRY> {
   bool operator==(const ZnSMBCTrans2_DIRENTRY&) const = default;
 };
 
-// Information about one file; `level` (a ZnSMBClientValues::FileInfoLevel) decides which members stand on the wire.
-// (MS-CIFS 2.2.8.3, 2.2.8.4)
+// What is to be set about one file; `level` (a ZnSMBClientValues::FileInfoLevel) decides which members stand on the
+// wire. (MS-CIFS 2.2.8.4.1, 2.2.8.4.3)
 struct ZnSMBCTrans2_FILEINFO : ZnSmbRecord<ZnSMBCTrans2_FILEINFO> {
-  ZnEncoding encoding;
   uint16_t level;
-  // Level 1
+  // FileInfoOldAttribs
   ZnSMBCFileAttributes attribs;
   ZnSMBCDate old_create_date;
   ZnSMBCTime old_create_time;
@@ -150,69 +146,26 @@ struct ZnSMBCTrans2_FILEINFO : ZnSmbRecord<ZnSMBCTrans2_FILEINFO> {
   ZnSMBCTime old_change_time;
   uint32_t old_size = 0;
   uint32_t old_allocation_size = 0;
-  // The others
+  // FileInfoAttribs
   ZnSMBCFileXAttributes xattribs;
   ZnSMBCTimeDCE create_time;
   ZnSMBCTimeDCE last_access_time;
   ZnSMBCTimeDCE last_write_time;
   ZnSMBCTimeDCE last_change_time;
-  uint64_t allocation_size = 0;
-  uint64_t end_of_file = 0;
-  uint32_t link_count = 0;
-  bool delete_pending = false;
-  bool directory = false;
-  uint64_t index_number = 0;
-  uint32_t ea_size = 0;
-  uint32_t access_flags = 0;
-  uint64_t file_index = 0;
-  uint32_t position = 0;
-  uint32_t mode = 0;
-  uint32_t alignment = 0;
-  ZnUniString filename;
-  ZnUniString altname;
 
-  ZnSMBCTrans2_FILEINFO(ZnEncoding strings, uint16_t infoLevel) : encoding(strings), level(infoLevel) {}
+  explicit ZnSMBCTrans2_FILEINFO(uint16_t infoLevel) : level(infoLevel) {}
   template <class Io>
   bool Fields(Io& io) {
     switch (level) {
       case ZnSMBClientValues::FileInfoOldAttribs:
-        return OldAttribs(io);
+        return io.Record(old_create_date) && io.Record(old_create_time) && io.Record(old_access_date) &&
+               io.Record(old_access_time) && io.Record(old_change_date) && io.Record(old_change_time) &&
+               io.U32le(old_size) && io.U32le(old_allocation_size) && io.Record(attribs);
       case ZnSMBClientValues::FileInfoAttribs:
-        return Attribs(io);
-      case ZnSMBClientValues::FileInfoSize:
-        return Size(io);
-      case ZnSMBClientValues::FileInfoName:
-        return Name(io, filename);
-      case ZnSMBClientValues::FileInfoAll:
-        return Attribs(io) && io.Reserved(2) && Size(io) && io.U64le(index_number) && io.U32le(ea_size) &&
-               io.U32le(access_flags) && io.U64le(file_index) && io.U32le(position) && io.U32le(mode) &&
-               io.U32le(alignment) && Name(io, filename);
-      case ZnSMBClientValues::FileInfoAltname:
-        return Name(io, altname);
+        return io.Record(create_time) && io.Record(last_access_time) && io.Record(last_write_time) &&
+               io.Record(last_change_time) && io.Record(xattribs);
     }
     return io.Fail();
-  }
-  template <class Io>
-  bool OldAttribs(Io& io) {
-    return io.Record(old_create_date) && io.Record(old_create_time) && io.Record(old_access_date) &&
-           io.Record(old_access_time) && io.Record(old_change_date) && io.Record(old_change_time) &&
-           io.U32le(old_size) && io.U32le(old_allocation_size) && io.Record(attribs);
-  }
-  template <class Io>
-  bool Attribs(Io& io) {
-    return io.Record(create_time) && io.Record(last_access_time) && io.Record(last_write_time) &&
-           io.Record(last_change_time) && io.Record(xattribs);
-  }
-  template <class Io>
-  bool Size(Io& io) {
-    return io.U64le(allocation_size) && io.U64le(end_of_file) && io.U32le(link_count) && io.U8(delete_pending) &&
-           io.U8(directory);
-  }
-  // The stated length is not relied on: the name runs to its terminator or to the end.
-  template <class Io>
-  bool Name(Io& io, ZnUniString& name) {
-    auto length = static_cast<uint32_t>(ZnSmbTextSize(name, encoding));
-    return io.U32le(length) && io.StringAt(name, encoding, 1);
   }
   bool operator==(const ZnSMBCTrans2_FILEINFO&) const = default;
 };
@@ -247,60 +200,17 @@ struct ZnSMBCTrans2_ENDOFFILE : ZnSmbRecord<ZnSMBCTrans2_ENDOFFILE> {
   bool operator==(const ZnSMBCTrans2_ENDOFFILE&) const = default;
 };
 
-// Information about a file system, at level 1, 2 or 259. (MS-CIFS 2.2.8.2)
-struct ZnSMBCTrans2_FSINFO : ZnSmbRecord<ZnSMBCTrans2_FSINFO> {
-  ZnEncoding encoding;
-  uint16_t level;
-  uint32_t filesystem_id = 0;
+// The size of a file system. (MS-CIFS 2.2.8.2.4)
+struct ZnSMBCTrans2_FSSIZE : ZnSmbRecord<ZnSMBCTrans2_FSSIZE> {
+  static constexpr uint16_t kLevel = 259;
+
+  uint64_t units = 0;
+  uint64_t available_units = 0;
   uint32_t sectors_per_unit = 0;
-  uint32_t units = 0;
-  uint32_t available_units = 0;
   uint32_t bytes_per_sector = 0;
-  uint32_t serial_number = 0;  // level 2, with the label
-  ZnUniString label;
-  uint64_t long_units = 0;  // level 259, in place of the short ones
-  uint64_t long_available_units = 0;
-
-  static constexpr uint16_t kSizeLevel = 259;
-
-  ZnSMBCTrans2_FSINFO(ZnEncoding strings, uint16_t infoLevel) : encoding(strings), level(infoLevel) {}
   template <class Io>
   bool Fields(Io& io) {
-    if (level == kSizeLevel) {
-      return io.U64le(long_units) && io.U64le(long_available_units) && io.U32le(sectors_per_unit) &&
-             io.U32le(bytes_per_sector);
-    }
-    if (level != 1 && level != 2) return io.Fail();
-    return io.U32le(filesystem_id) && io.U32le(sectors_per_unit) && io.U32le(units) && io.U32le(available_units) &&
-           io.U32le(bytes_per_sector) && (level == 1 || Label(io));
+    return io.U64le(units) && io.U64le(available_units) && io.U32le(sectors_per_unit) && io.U32le(bytes_per_sector);
   }
-  template <class Io>
-  bool Label(Io& io) {
-    auto length = static_cast<uint8_t>(ZnSmbTextSize(label, encoding));
-    return io.U32le(serial_number) && io.U8(length) && io.TextAt(label, encoding, 1, length);
-  }
-  bool operator==(const ZnSMBCTrans2_FSINFO&) const = default;
-};
-
-// Data of a reply. A listing stays raw, for its entries are read one by one; the reply to a change has no data.
-struct ZnSMBCTrans2_RespData : ZnSmbRecord<ZnSMBCTrans2_RespData> {
-  ZnSMBClientValues::Trans2Command command;
-  ZnPacket data;
-  ZnSMBCTrans2_FILEINFO fileinfo;
-  ZnSMBCTrans2_FSINFO fsinfo;
-
-  ZnSMBCTrans2_RespData(ZnSMBClientValues::Trans2Command subcommand, uint16_t level, ZnEncoding strings)
-      : command(subcommand), fileinfo(strings, level), fsinfo(strings, level) {}
-  template <class Io>
-  bool Fields(Io& io) {
-    switch (command) {
-      case ZnSMBClientValues::Trans2QueryPathInfo:
-        return io.Record(fileinfo);
-      case ZnSMBClientValues::Trans2QueryFSInfo:
-        return io.Record(fsinfo);
-      default:
-        return io.Rest(data);
-    }
-  }
-  bool operator==(const ZnSMBCTrans2_RespData&) const = default;
+  bool operator==(const ZnSMBCTrans2_FSSIZE&) const = default;
 };

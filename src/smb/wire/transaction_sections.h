@@ -1,7 +1,7 @@
 #pragma once
-// Sections of the transaction commands 37, 39 and 50 and their secondaries. Parameter and data blocks stand in the data
+// Sections of the transaction command 50. Parameter and data blocks stand in the data
 // section at an odd distance from its start, which is an even position of the message.
-// (MS-CIFS 2.2.4.33, 2.2.4.35, 2.2.4.46)
+// (MS-CIFS 2.2.4.46)
 
 #include "smb/wire/common_sections.h"
 #include "smb/wire/message.h"
@@ -31,7 +31,7 @@ struct ZnSMBCTrans_ReqData : ZnSmbRecord<ZnSMBCTrans_ReqData> {
   bool operator==(const ZnSMBCTrans_ReqData&) const = default;
 };
 
-// The words of a request, for CmdTrans and CmdTrans2 alike.
+// The words of a request.
 struct ZnSMBCTrans_ReqWords : ZnSmbRecord<ZnSMBCTrans_ReqWords> {
   uint16_t total_param_count = 0;
   uint16_t total_data_count = 0;
@@ -67,7 +67,7 @@ struct ZnSMBCTrans_ReqWords : ZnSmbRecord<ZnSMBCTrans_ReqWords> {
   bool operator==(const ZnSMBCTrans_ReqWords&) const = default;
 };
 
-// The words of every reply. One reply may come in several messages. (MS-CIFS 2.2.4.33.2)
+// The words of every reply. One reply may come in several messages. (MS-CIFS 2.2.4.46.2)
 struct ZnSMBCTranss_RespWords : ZnSmbRecord<ZnSMBCTranss_RespWords> {
   uint16_t total_param_count = 0;
   uint16_t total_data_count = 0;
@@ -89,7 +89,7 @@ struct ZnSMBCTranss_RespWords : ZnSmbRecord<ZnSMBCTranss_RespWords> {
   bool operator==(const ZnSMBCTranss_RespWords&) const = default;
 };
 
-// The blocks of a reply or of a secondary request, found by what the words say of them. `first_pad` is the distance of
+// The blocks of a reply, found by what the words say of them. `first_pad` is the distance of
 // the parameters from the start of the section, `data_start` that of the data. Blocks that overlap or lie outside are
 // refused.
 struct ZnSMBCTranss_RespData : ZnSmbRecord<ZnSMBCTranss_RespData> {
@@ -108,74 +108,3 @@ struct ZnSMBCTranss_RespData : ZnSmbRecord<ZnSMBCTranss_RespData> {
   }
   bool operator==(const ZnSMBCTranss_RespData&) const = default;
 };
-using ZnSMBCTranss_ReqData = ZnSMBCTranss_RespData;
-
-// A secondary request carries on where the first message of its request ended.
-struct ZnSMBCTranss_ReqWords : ZnSmbRecord<ZnSMBCTranss_ReqWords> {
-  uint16_t total_param_count = 0;
-  uint16_t total_data_count = 0;
-  uint16_t param_count = 0;
-  uint16_t param_offset = 0;
-  uint16_t param_displacement = 0;
-  uint16_t data_count = 0;
-  uint16_t data_offset = 0;
-  uint16_t data_displacement = 0;
-  template <class Io>
-  bool Fields(Io& io) {
-    return io.U16le(total_param_count) && io.U16le(total_data_count) && io.U16le(param_count) &&
-           io.U16le(param_offset) && io.U16le(param_displacement) && io.U16le(data_count) && io.U16le(data_offset) &&
-           io.U16le(data_displacement);
-  }
-  bool operator==(const ZnSMBCTranss_ReqWords&) const = default;
-};
-
-// Device control, command 39
-
-struct ZnSMBCIoctl_ReqData : ZnSmbRecord<ZnSMBCIoctl_ReqData> {
-  uint16_t param_count;
-  uint16_t data_count;
-  ZnPacket params;
-  ZnPacket data;
-  explicit ZnSMBCIoctl_ReqData(uint16_t paramCount = 0, uint16_t dataCount = 0)
-      : param_count(paramCount), data_count(dataCount) {}
-  template <class Io>
-  bool Fields(Io& io) {
-    return io.PadToOdd() && io.Bytes(params, param_count) && io.PadToOdd() && io.Bytes(data, data_count);
-  }
-  static constexpr size_t kParamsOffset = 1;
-  size_t DataOffset() const { return (kParamsOffset + params.Length()) | 1; }
-  bool operator==(const ZnSMBCIoctl_ReqData&) const = default;
-};
-
-struct ZnSMBCIoctl_ReqWords : ZnSmbRecord<ZnSMBCIoctl_ReqWords> {
-  uint16_t fid = 0;
-  uint16_t category = 0;
-  uint16_t function = 0;
-  uint16_t total_param_count = 0;
-  uint16_t total_data_count = 0;
-  uint16_t max_param_count = 0;
-  uint16_t max_data_count = 0;
-  uint32_t timeout = 0;  // milliseconds
-  uint16_t param_count = 0;
-  uint16_t param_offset = 0;
-  uint16_t data_count = 0;
-  uint16_t data_offset = 0;
-  template <class Io>
-  bool Fields(Io& io) {
-    return io.U16le(fid) && io.U16le(category) && io.U16le(function) && io.U16le(total_param_count) &&
-           io.U16le(total_data_count) && io.U16le(max_param_count) && io.U16le(max_data_count) && io.U32le(timeout) &&
-           io.Reserved(2) && io.U16le(param_count) && io.U16le(param_offset) && io.U16le(data_count) &&
-           io.U16le(data_offset);
-  }
-  void Place(const ZnSMBCIoctl_ReqData& section) {
-    size_t start = kZnSmbFramingSize + HowBig();
-    total_param_count = param_count = static_cast<uint16_t>(section.params.Length());
-    total_data_count = data_count = static_cast<uint16_t>(section.data.Length());
-    param_offset = param_count > 0 ? static_cast<uint16_t>(start + section.kParamsOffset) : uint16_t{0};
-    data_offset = data_count > 0 ? static_cast<uint16_t>(start + section.DataOffset()) : uint16_t{0};
-  }
-  bool operator==(const ZnSMBCIoctl_ReqWords&) const = default;
-};
-
-using ZnSMBCIoctls_RespWords = ZnSMBCTranss_ReqWords;
-using ZnSMBCIoctls_RespData = ZnSMBCTranss_RespData;

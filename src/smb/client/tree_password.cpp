@@ -1,4 +1,4 @@
-#include "smb/client/password_fields.h"
+#include "smb/client/tree_password.h"
 
 #include "crypto/encrypt.h"
 
@@ -41,19 +41,6 @@ Values::Reason ZnSMBRefusalToSend(const ZnUniString& password, const ZnSMBServer
   if (!server.encryptedpasswords) return rules.cleartext ? Values::ErrNone : Values::ErrClearPassword;
   const ZnMinAuth strongest = server.dialect == Values::DialectNT ? ZnMinAuth::Ntlm : ZnMinAuth::Lm;
   return strongest < rules.minauth ? Values::ErrWeakLogon : Values::ErrNone;
-}
-
-ZnSMBPasswordFields::ZnSMBPasswordFields(const ZnUniString& user, const ZnUniString& password,
-                                         const ZnSMBServerInfo& server, const ZnSMBLogonRules& rules) {
-  const ZnUniString secret = Secret(password);
-  ZnUniString upper = secret;
-  upper.UpperCase();
-  if (!server.encryptedpasswords) {
-    first = ClearText(upper);
-  } else if (!user.IsEmpty() || !password.IsEmpty()) {  // else anonymous: no passwords at all
-    second = NtResponse(secret, server);
-    first = GivesLm(server, rules) ? ZnPacket(LmResponse(upper, server)) : second;
-  }
 }
 
 ZnPacket ZnSMBTreePassword(const ZnUniString& password, const ZnSMBServerInfo& server, const ZnSMBLogonRules& rules) {
