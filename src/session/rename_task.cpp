@@ -153,6 +153,7 @@ void ZnRenameTask::MoveOrRename() {
   const ZnSMBCFileObject& from = *command().fileobject;
   const ZnSMBCFileObject& to = *command().fileobject2;
   const bool rename = StaysInDirectory() || (session().quirks().nomove && from.tid == to.tid);
+  movetried_ = !rename;
   Await(rename ? client().Rename(caller(), from, to.path, WhenAnswered())
                : client().Move(caller(), from, to, WhenAnswered()));
 }
@@ -253,8 +254,8 @@ std::optional<ZnTaskEvent> ZnRenameTask::EventOf(const ZnSmbOutcome& outcome) {
 
 // Whether a rename from path to path can stand in for a move that the server doesn't know.
 bool ZnRenameTask::MoveIsUnknown(const ZnSmbOutcome& refusal) const {
-  if (session().quirks().nomove || !command().node2 || StaysInDirectory()) return false;
-  return command().fileobject->tid == command().fileobject2->tid && IsOneOf(kUnknownMove, refusal.Refusal());
+  return movetried_ && command().fileobject->tid == command().fileobject2->tid &&
+         IsOneOf(kUnknownMove, refusal.Refusal());
 }
 
 // The entry itself in another case of its name is no other that could make room.

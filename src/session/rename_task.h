@@ -48,5 +48,6 @@ class ZnRenameTask : public ZnRemovingTask {
 
   std::vector<ZnFileTurnPlace> turns_;
   bool replacetried_ = false;
-  ZnSmbOutcome refusal_;  // the last
+  bool movetried_ = false;  // the last request was a move
+  ZnSmbOutcome refusal_;    // the last
 };

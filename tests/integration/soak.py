@@ -1,8 +1,9 @@
 #!/usr/bin/python3
 """A long random walk through the whole road, and what it leaves behind in the daemon.
 
-    HALDEN_BIN_DIR=build/bin tests/integration/soak.py [--calls 100000] [--seed N] [--restarts]
+    HALDEN_BIN_DIR=build/bin tests/integration/soak.py [--calls 100000] [--callers 8] [--seed N] [--restarts]
 
+Callers who don't wait for each other walk, each in directories of its own.
 Two machines in turns, with session time-outs so short that each one's session has ended when its turn comes again:
 the walk passes through hundreds of connections. What is read must be what was written, and in the end the disks are
 compared. Prints the daemon's resident size and descriptors; fails when they grow: from the first tenth to the end, or,
@@ -16,6 +17,7 @@ import random
 import signal
 import sys
 import time
+from concurrent.futures import ThreadPoolExecutor
 
 sys.path.insert(0, str(pathlib.Path(__file__).parents[1] / "support"))
 from gateway import Gateway  # noqa: E402
@@ -39,17 +41,21 @@ def is_connected(peer):
 def main():
     parser = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
     parser.add_argument("--calls", type=int, default=100000)
+    parser.add_argument("--callers", type=int, default=8)
     parser.add_argument("--restarts", action="store_true",
                         help="kill and start a server before each turn, and the daemon before each tenth")
     parser.add_argument("--seed", type=int, default=random.SystemRandom().getrandbits(32))
     options = parser.parse_args()
     print(f"seed {options.seed}")
     with Gateway({"one": {}, "two": {}}, SETTINGS) as gateway:
-        walks = {machine: RandomWalk(gateway.nfs, gateway.share(machine), options.seed + number)
-                 for number, machine in enumerate(gateway.peers)}
+        clients = [gateway.client() for _ in range(options.callers)]
+        walks = {machine: [RandomWalk(nfs, gateway.nfs.mkdir(gateway.share(machine), str(number)).file,
+                                      options.seed + number) for number, nfs in enumerate(clients)]
+                 for machine in gateway.peers}
         soak(gateway, walks, options.calls, options.restarts)
-        for machine, walk in walks.items():
-            walk.check_disk(gateway.disk(machine))
+        for machine in walks:
+            for number, walk in enumerate(walks[machine]):
+                walk.check_disk(gateway.disk(machine) / str(number))
 
 
 def turns(gateway, walks, restarts):
@@ -59,10 +65,16 @@ def turns(gateway, walks, restarts):
         if restarts:
             gateway.peers[machine].restart()
         end = time.monotonic() + TURN_SECONDS
-        while time.monotonic() < end:
-            walk.step()
+        with ThreadPoolExecutor(len(walk)) as callers:
+            for _ in callers.map(lambda one: step_until(one, end), walk):
+                pass
         ended += sum(not is_connected(peer) for name, peer in gateway.peers.items() if name != machine)
     return ended
+
+
+def step_until(walk, end):
+    while time.monotonic() < end:
+        walk.step()
 
 
 def soak(gateway, walks, most_calls, restarts):
@@ -71,7 +83,7 @@ def soak(gateway, walks, most_calls, restarts):
     early = None  # resident size and descriptors after a tenth of the calls, which is one life
     while calls < most_calls:
         ended += turns(gateway, walks, restarts)
-        calls = sum(walk.calls for walk in walks.values())
+        calls = sum(walk.calls for of_machine in walks.values() for walk in of_machine)
         now = gateway.daemon.resident(), len(os.listdir(f"/proc/{gateway.daemon.pid}/fd"))
         print(f"{time.monotonic() - began:6.0f} s {calls:7} calls {ended:4} sessions ended  {now[0]:6} KiB resident "
               f"{now[1]:3} descriptors", flush=True)
@@ -85,8 +97,9 @@ def soak(gateway, walks, most_calls, restarts):
             gateway.daemon.stop(signal.SIGKILL)
             gateway.daemon.start()
             gateway.nfs.getattr(gateway.root)
-            for machine, walk in walks.items():
-                walk.handles = {"": gateway.share(machine)}
+            for machine in walks:
+                for number, walk in enumerate(walks[machine]):
+                    walk.handles = {"": gateway.nfs.lookup(gateway.share(machine), str(number)).file}
     assert ended > 0, "no session ended"
 
 

@@ -61,3 +61,13 @@ TEST_F(ChangesInOrder, AFileUnderTransferIsLeftAloneUntilThatIsOver) {
     EXPECT_EQ(Asked(), each.requests);
   }
 }
+
+// What one learns of the server by its refusal is no reason for the other, which was on its way already, to fail.
+TEST_F(ChangesInOrder, RenamesThatMeetAnUnknownMoveTogetherAllFindTheOtherWay) {
+  Replace(kMove, [](const auto& request) { return Messages{smb_script::Refusal(request, 2, 22)}; });
+  for (const char* name : {"a", "b", "c"}) {
+    Ask(Node(name), {E::SCRequestRename}, [&](auto& command) { command.node2 = Node("directory"); });
+  }
+  Wait();
+  EXPECT_THAT(ended, ElementsAre(0, 0, 0));
+}
