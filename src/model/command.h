@@ -91,7 +91,6 @@ class ZnSMBNFSCommand {
   bool alreadylisted = false;                                 // the directory's contents are good: `files` says nothing
   std::unique_ptr<ZnSMBCFileObject> fileobject, fileobject2;  // of the request in progress
   bool retried = false;                                       // begun again after a stale connection
-  uint32_t conversation = 0;                                  // that let the command through, by its number
   bool answered = false;                                      // the server has answered the command
   bool replacedunknown = false;                               // a rename took the place of what isn't in the tree
   // Why the session couldn't do its part.

@@ -50,7 +50,7 @@ bool ZnConversation::FailsAtOnce() {
 }
 
 void ZnConversation::LookWhetherItStands() {
-  if (client_.IsConnected() && client_.HasHungUp()) End();
+  if (Stands() && client_.HasHungUp()) End();
 }
 
 ZnWaitPlace ZnConversation::Enter(ZnSmbDone done) {
@@ -113,7 +113,6 @@ void ZnConversation::Connected(const ZnSmbOutcome& told) {
   }
   Lives();
   ApplySettings();
-  number_++;
   serverclass_ = ClassOf(client_.server());
   timeoffset_ = config_.timeoffset;
   if (serverclass_ == kCore) {

@@ -25,8 +25,7 @@ class ZnConversation {
   ZnConversation(ZnSMBNFSSessionHost* host, const ZnSMBNFSMachineConfig& config, ZnSmbClient& client,
                  ZnSessionReports& reports, ZnWakeups& wakeups, std::function<void()> over);
 
-  // Of the conversation that stands, counted from 1; 0 while there is none.
-  uint32_t Number() const { return client_.IsConnected() ? number_ : 0; }
+  bool Stands() const { return client_.IsConnected(); }
   // A machine that is known not to answer: who asks now is refused.
   bool FailsAtOnce();
   // A server that hung up while nothing was asked is noticed.
@@ -66,7 +65,6 @@ class ZnConversation {
   ZnWaitList waiting_;
   ZnSmbCall connecting_;
   bool trying_ = false;
-  uint32_t number_ = 0;
   Failure failure_;
   unsigned serverclass_ = 0;
   int32_t timeoffset_ = 0;

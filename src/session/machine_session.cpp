@@ -74,7 +74,6 @@ bool ZnMachineSession::Take(ZnSMBNFSCommand& command) {
   }
   if (command.session) command.session->RemoveCommand(&command);  // it goes on at another machine
   command.session = this;
-  command.conversation = 0;
   command.answered = false;
   index_.emplace(&command, commands_.insert(commands_.end(), {&command, nullptr}));
   return true;

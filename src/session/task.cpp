@@ -21,9 +21,7 @@ ZnSmbCaller CallerOf(const ZnSMBNFSCommand& command) { return uint64_t{command.u
 }  // namespace
 
 const ZnTaskRow ZnSessionTask::kCommonRows[] = {
-    {E::SSTStart,
-     ZN_ACTION(ZnSessionTask, Begin),
-     {{{Event::Done, E::SSTConnect}, {Event::NotNeeded, E::SSTConnectTree}}}},
+    {E::SSTStart, ZN_ACTION(ZnSessionTask, Begin), {{{Event::Done, E::SSTConnect}, {Event::NotNeeded, E::SSTReady}}}},
     {E::SSTConnect, ZN_ACTION(ZnSessionTask, EnterConversation), {{{Event::Done, E::SSTConnectTree}}}},
     {E::SSTConnectTree,
      ZN_ACTION(ZnSessionTask, ConnectShare),
@@ -119,25 +117,25 @@ bool ZnSessionTask::MayBeginAgain(const ZnSmbOutcome& outcome) const {
 
 // ---- the rows in front ----------------------------------------------------------------------------------------------
 
+// All is there, usually.
 void ZnSessionTask::Begin() {
   ZnConversation& conversation = session_.conversation();
   if (conversation.FailsAtOnce()) return FailQuietly();
-  if (!command_.answered) conversation.LookWhetherItStands();
-  const uint32_t number = conversation.Number();
-  Ended(number != 0 && number == command_.conversation ? Event::NotNeeded : Event::Done);
+  const bool rested = !command_.answered && session_.Count() == 1;
+  if (rested) conversation.LookWhetherItStands();
+  const ZnSMBNFSTree* share = tree();
+  const bool stands = conversation.Stands() && share && share->connected;
+  Ended(stands && NamesNotHeld(*share).IsEmpty() ? Event::NotNeeded : Event::Done);
 }
 
 void ZnSessionTask::EnterConversation() {
   ZnConversation& conversation = session_.conversation();
-  if (conversation.Number() == 0) return Wait(conversation.Enter(WhenAnswered()));
-  command_.conversation = conversation.Number();
-  Ended();
+  conversation.Stands() ? Ended() : Wait(conversation.Enter(WhenAnswered()));
 }
 
 // A server that has let us in just now isn't one that has hung up long ago.
 void ZnSessionTask::LetThrough() {
   command_.answered = true;
-  command_.conversation = session_.conversation().Number();
   Ended();
 }
 
@@ -150,10 +148,14 @@ void ZnSessionTask::NotLetThrough() {
   Fails(failure.step, text, failure.outcome, status);
 }
 
+ZnUniString ZnSessionTask::NamesNotHeld(const ZnSMBNFSTree& share) const {
+  return ZnNamesNotHeld(command_, share, client().nameencoding());
+}
+
 void ZnSessionTask::ConnectShare() {
   ZnSMBNFSTree* share = tree();
   if (!share) return FailQuietly();
-  const ZnUniString missing = ZnNamesNotHeld(command_, *share, client().nameencoding());
+  const ZnUniString missing = NamesNotHeld(*share);
   if (!missing.IsEmpty()) return Fail(missing, ZnNFSEnum::NFSERR_ACCES);
   if (share->connected) return Ended();
   Wait(session_.shares().Connect(*share, WhenAnswered()));

@@ -3,8 +3,8 @@
 // to be done, tells what it came to, at once or later, and the table says which state that leads to. Tasks of one
 // session run side by side, and each has whatever it needs to itself.
 //
-// In front of a task's own rows stand those that all share: the conversation with the machine, and the share. A command
-// that was let through them isn't held up there again while that conversation lasts.
+// In front of a task's own rows stand those that all share: the conversation with the machine, and the share. Where
+// both stand, the first of these rows leads to the task's own.
 //
 // A task ends in SSTDone or SSTError. It is destroyed then, and its command completed. It is also destroyed when its
 // command dies, at any time; so it has to hold whatever goes on for it (calls, places, turns) in such a way that this
@@ -149,6 +149,7 @@ class ZnSessionTask : public ZnReferable {
   void Fails(ZnSMBNFSEnum::SessionStatus step, const ZnUniString& text, const ZnSmbOutcome& outcome,
              ZnNFSEnum::Status status);
   void NodeHasGone();
+  ZnUniString NamesNotHeld(const ZnSMBNFSTree& share) const;
 
   ZnMachineSession& session_;
   ZnSMBNFSCommand& command_;
