@@ -33,22 +33,6 @@ TEST_F(SaidToServer, AFileStaysOpenUntilItsModeDoesntFit) {
   EXPECT_EQ(Last(3).Word(3) & 0x73u, 0x22u);  // read and write, others mustn't write
 }
 
-TEST_F(SaidToServer, TheOldestIsClosedWhenTooManyAreOpen) {
-  session->config.maxopenfiles = 2;
-  server.maxBuffer = 16644;
-  Connect();
-  ZnSMBNFSNode *a = Node("a"), *b = Node("b"), *c = Node("c");
-  for (ZnSMBNFSNode* node : {a, b, b, c}) Read(node);
-  EXPECT_THAT(Asked(), ElementsAre(kOpen, kRead, kOpen, kRead, kRead, kClose, kOpen, kRead));
-  EXPECT_EQ(a->file, nullptr);
-  EXPECT_NE(b->file, nullptr);
-  for (ZnSMBNFSNode* node : {a, b, c}) AskRead(node);  // all are in use at once
-  Wait();
-  LetPass(100);
-  EXPECT_THAT(Asked(), testing::IsSupersetOf({kOpen, kRead, kRead, kRead, kClose}));
-  EXPECT_EQ(1, (a->file == nullptr) + (b->file == nullptr) + (c->file == nullptr));
-}
-
 // ---- pieces ---------------------------------------------------------------------------------------------------------
 
 TEST_F(SaidToServer, NothingIsWrittenBehindTheLargestOffset) {

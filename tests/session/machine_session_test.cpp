@@ -122,16 +122,6 @@ TEST_F(Commands, ASessionMayEndInTheCompletionOfACommand) {
   EXPECT_THAT(ended, ElementsAre(5));
 }
 
-TEST_F(Commands, ANodeThatGoesFailsThoseThatWaitForIt) {
-  ZnSMBNFSNode* node = Node("f");
-  AskRead(node);
-  AskRead(node);
-  Prune(node);
-  Wait();
-  EXPECT_EQ(ended.size(), 2u);
-  EXPECT_THAT(told->lines, testing::IsEmpty());
-}
-
 // ---- connections that end -------------------------------------------------------------------------------------------
 
 // All that were under way begin again on one new connection, if they change nothing on the server; the others fail.
@@ -151,17 +141,4 @@ TEST_F(Commands, ALostConnectionIsMadeAnewOnceForAll) {
   Wait();
   EXPECT_THAT(ended, testing::UnorderedElementsAre(0, 0, 5));
   EXPECT_THAT(Asked(), ElementsAre(kNegotiate, kSetup, kTree, kTree, kTrans2, kTrans2));
-}
-
-TEST_F(Commands, NoIdOfAnOldConnectionIsUsedOnANewOne) {
-  server.maxBuffer = 16644;
-  ZnSMBNFSNode* node = Node("f");
-  Read(node);
-  peer.HangUp();
-  LetPass(1000);
-  EXPECT_EQ(node->file, nullptr);
-  EXPECT_FALSE(share.tree->connected);
-  Asked();
-  Read(node);
-  EXPECT_THAT(Asked(), ElementsAre(kNegotiate, kSetup, kTree, kTree, kOpen, kRead));
 }

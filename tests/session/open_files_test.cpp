@@ -170,6 +170,7 @@ TEST_F(OpenFiles, WhatIsOpenedForAGoneNodeIsClosed) {
   EXPECT_THAT(AskedSoFar(), ElementsAre(kOpen, kClose));
   EXPECT_EQ(session->openfiles().Count(), 0u);
   EXPECT_EQ(ended.size(), 2u);
+  EXPECT_THAT(told->lines, IsEmpty());
 }
 
 // ---- order ----------------------------------------------------------------------------------------------------------
@@ -281,6 +282,50 @@ TEST_F(OpenFiles, AConnectionThatIsLostWhileOthersHaveTheirTurn) {
   Wait();
   EXPECT_THAT(ended, ElementsAre(5, 0, 5, 0));
   EXPECT_THAT(Asked(), ElementsAre(kNegotiate, kSetup, kTree, kTree, kOpen, kClose));
+}
+
+TEST_F(OpenFiles, AFileUnderTransferIsLeftAloneUntilThatIsOver) {
+  const struct {
+    const char* what;
+    E::SessionCommand change;
+    bool writes;
+    std::vector<int> requests;  // once the transfer is over: those of the change, then those of a READ behind it
+  } cases[] = {
+      {"read, removed", E::SCRequestRm, false, {kClose, kDelete, kOpen, kRead}},
+      {"written, removed", E::SCRequestRm, true, {kClose, kDelete, kOpen, kRead}},
+      {"read, renamed", E::SCRequestRename, false, {kClose, kMove, kOpen, kRead}},
+      {"written, renamed", E::SCRequestRename, true, {kFlush, kClose, kMove, kOpen, kRead}},
+      {"written, gets a time", E::SCRequestSetAllAttribs, true, {kFlush, kTrans2, kClose, kOpen, kRead}},
+  };
+  for (const auto& each : cases) {
+    SCOPED_TRACE(each.what);
+    ZnSMBNFSNode* node = Node(each.what);
+    for (const int command : {kRead, kWrite}) Hold(command);
+    each.writes ? AskWrite(node) : AskRead(node);
+    LetPass(1000);
+    Asked();
+    Ask(node, {each.change}, [&](auto& command) {
+      command.node2 = Node("directory");
+      command.ownsattr.mtime.seconds = 1000000000;
+    });
+    LetPass(1000);
+    AskRead(node);  // must wait too
+    LetPass(1000);
+    EXPECT_THAT(Asked(), ElementsAre());
+    LetGo();
+    Wait();
+    EXPECT_EQ(Asked(), each.requests);
+  }
+}
+
+// What one learns of the server by its refusal is no reason for the other, which was on its way already, to fail.
+TEST_F(OpenFiles, RenamesThatMeetAnUnknownMoveTogetherAllFindTheOtherWay) {
+  Replace(kMove, [](const Request& request) { return Messages{Refusal(request, 2, 22)}; });
+  for (const char* name : {"a", "b", "c"}) {
+    Ask(Node(name), {E::SCRequestRename}, [&](auto& command) { command.node2 = Node("directory"); });
+  }
+  Wait();
+  EXPECT_THAT(ended, ElementsAre(0, 0, 0));
 }
 
 // ---- flushing -------------------------------------------------------------------------------------------------------

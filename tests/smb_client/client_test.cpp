@@ -205,26 +205,6 @@ TEST_F(Client, NothingIsSentWhereNothingCanCome) {
   EXPECT_THAT(Asked(), IsEmpty());
 }
 
-TEST_F(Client, ATimeOutCostsOneOperation) {
-  Connect();
-  Replace(kDelete, Silence);
-  const ZnSmbCall other = Listing()([](const ZnSmbOutcome&) {});
-  std::optional<ZnSmbOutcome> deleted;
-  const ZnSmbCall call = Deleting()([&](const ZnSmbOutcome& outcome) { deleted = outcome; });
-  LetPass(5000);
-  EXPECT_EQ(ReasonOf(Closing()), Values::ErrNone) << "something comes meanwhile";
-  LetPass(6000);
-  ASSERT_TRUE(deleted);
-  EXPECT_EQ(deleted->reason, Values::ErrTimedOut);
-  EXPECT_FALSE(deleted->unserved);
-  for (const Request& request : peer.requests) {
-    if (request.command == kDelete) peer.Send(Reply(request));
-  }
-  server.replaced.clear();
-  EXPECT_EQ(ReasonOf(Deleting()), Values::ErrNone);
-  EXPECT_EQ(peer.connections, 1U);
-}
-
 // The owner hears first; and what it begins then doesn't meet the end of what was.
 TEST_F(Client, ALostConnectionEndsAllOperations) {
   server.maxMpx = 2;
@@ -244,25 +224,6 @@ TEST_F(Client, ALostConnectionEndsAllOperations) {
   EXPECT_THAT(ends, ElementsAre("ErrDisconnect", "ErrDisconnect", "ErrDisconnect unserved", "ErrDisconnect unserved"));
   EXPECT_FALSE(client->IsConnected());
   Again();
-}
-
-TEST_F(Client, DisconnectEndsEverythingFromTheLoop) {
-  std::vector<Reason> ends;
-  const auto note = [&](const ZnSmbOutcome& outcome) { ends.push_back(outcome.reason); };
-  const ZnSmbCall connecting = Connecting()(note);
-  client->Disconnect();
-  EXPECT_THAT(ends, IsEmpty());
-  LetPass(5);
-  EXPECT_THAT(ends, ElementsAre(Values::ErrDisconnect));
-  Connect();
-  Replace(kDelete, Silence);
-  const ZnSmbCall deleting = Deleting()(note);
-  client->Disconnect();
-  EXPECT_EQ(ends.size(), 1U);
-  LetPass(5);
-  EXPECT_THAT(ends, ElementsAre(Values::ErrDisconnect, Values::ErrDisconnect));
-  Again();
-  EXPECT_THAT(lost, IsEmpty());
 }
 
 TEST_F(Client, ADoneMayDeleteTheClientAndHandlesMayOutliveIt) {

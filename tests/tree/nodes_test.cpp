@@ -23,21 +23,6 @@ TEST_F(Nodes, ARelistingKeepsHandlesAndIdsOfNamesThatStay) {
   EXPECT_NE(Child(share, "B")->handle, handle) << "another case is another name";
 }
 
-TEST_F(Nodes, WaitingCommandsOfAPrunedFileEndStale) {
-  ZnSMBNFSNode* share = Share();
-  List(share, {Entry("d", true)});
-  ZnSMBNFSNode* directory = Child(share, "d");
-  List(directory, {Entry("f")});
-  auto waiting = CommandAt(Child(directory, "f"));
-  filesystem.BReadFromFile(waiting.get());
-  ASSERT_EQ(Session()->queue.size(), 1U);
-  filesystem.Prune(directory);
-  EXPECT_FALSE(waiting->node);
-  filesystem.CompleteRequest(waiting.get());
-  EXPECT_EQ(waiting->error, ZnNFSEnum::NFSERR_STALE);
-  EXPECT_TRUE(waiting->failed);
-}
-
 TEST_F(Nodes, AUserThatLeavesTheProfileTakesWaitingCommandsAlong) {
   ZnSMBNFSNode* share = Share();
   auto listing = CommandAt(share);
