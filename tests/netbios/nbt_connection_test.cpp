@@ -258,45 +258,6 @@ TEST_F(NbtConnection, NothingSurvivesIntoTheNextConversation) {
   }
 }
 
-// In each callback the owner may delete the connection, or start the next conversation.
-TEST_F(NbtConnection, OwnerMayDoAnythingInACallback) {
-  const struct {
-    const char* bytes;
-    const char* more;
-    const char* event;
-  } cases[] = {{"82000000 00000001 42", "", "established"},
-               {"82000000 00000001 41 00000001 42", "", "41"},
-               {"82000000 00000002 41", "42 00000001 43", "4142"},
-               {"83000001 80", "", "not reached"},
-               {"", "", "not answered"}};
-  for (const auto& one : cases) {
-    for (bool again : {false, true}) {
-      connection_ = std::make_unique<ZnNbtConnection>(&loop_, this);
-      patience_ = 100ms;
-      bool done = false;
-      onEvent_ = [&](const std::string& event) {
-        if (done || event != one.event) return;
-        done = true;
-        if (!again) return connection_.reset();
-        patience_ = 10s;
-        EXPECT_TRUE(Connect(peer_));
-      };
-      Call();
-      peer_.Send(one.bytes);
-      loop_.RunFor(5);
-      peer_.Send(one.more);
-      ASSERT_TRUE(loop_.RunUntil([&] { return done; }));
-      EXPECT_EQ(events_.back(), one.event);
-      if (!again) continue;
-      TakeCall(peer_);
-      peer_.Send("82000000 00000001 43");
-      const size_t before = events_.size();
-      EXPECT_TRUE(HasEvents(before + 2));
-      EXPECT_EQ(events_.back(), "43");
-    }
-  }
-}
-
 // Which messages the other end can't have: after a hang-up those that it hadn't acknowledged, after an end of ours only
 // those that were never written. What the system still holds then is taken back.
 TEST_F(NbtConnection, KnowsWhatWasCut) {

@@ -18,21 +18,6 @@ class SaidToServer : public MachineSessionTest {
 
 // ---- open files -----------------------------------------------------------------------------------------------------
 
-TEST_F(SaidToServer, AFileStaysOpenUntilItsModeDoesntFit) {
-  share.tree->config.syncwrites = true;
-  server.maxBuffer = 16644;
-  Connect();
-  ZnSMBNFSNode* node = Node("f");
-  AskRead(node);
-  Read(node);
-  EXPECT_EQ(data, server.content);
-  EXPECT_THAT(Asked(), ElementsAre(kOpen, kRead, kRead));
-  AskWrite(node);
-  Read(node);
-  EXPECT_THAT(Asked(), ElementsAre(kClose, kOpen, kWrite, kRead, kFlush));
-  EXPECT_EQ(Last(3).Word(3) & 0x73u, 0x22u);  // read and write, others mustn't write
-}
-
 // ---- pieces ---------------------------------------------------------------------------------------------------------
 
 TEST_F(SaidToServer, NothingIsWrittenBehindTheLargestOffset) {
@@ -75,7 +60,7 @@ TEST_F(SaidToServer, RefusalsAreToldInWordsAndBecomeAStatus) {
     server.replaced.clear();
     Replace(test.command, [&](const auto& request) -> Messages {
       if (request.data.find("IPC") != std::string::npos) return StandardSmbServer()(request);
-      return {smb_script::Refusal(request, test.errorClass, test.code)};
+      return {Refusal(request, test.errorClass, test.code)};
     });
     const bool inside = test.command != kMkdir && test.command != kSetup;
     Ask(inside ? Node("f") : &share, test.what, [&](auto& command) { command.data = ZnByteBuffer("bytes", 5); });
@@ -135,9 +120,9 @@ TEST_F(SaidToServer, RemovalsAndRenamesFindAWay) {
   for (int command : {kDelete, kSetAttributes, kRename, kRmdir, kMkdir, kTrans2}) {
     Replace(command, [&, command](const auto& request) {
       const unsigned error = next < test->answers.size() ? test->answers[next++] : 1;
-      if (error != 0) return Messages{smb_script::Refusal(request, 1, error)};
-      if (command == kTrans2) return Messages{smb_script::TransReply(request, smb_script::U16(0), "")};
-      return Messages{smb_script::Reply(request)};
+      if (error != 0) return Messages{Refusal(request, 1, error)};
+      if (command == kTrans2) return Messages{TransReply(request, U16(0), "")};
+      return Messages{Reply(request)};
     });
   }
   for (const Case& each : cases) {
@@ -173,9 +158,9 @@ TEST_F(SaidToServer, ARenameThatIsCutSaysWhereItLeftWhatWasInTheWay) {
   share.children.Insert(target->name, {target, target->id});
   int renames = 0;
   Replace(kRename, [&](const auto& request) {
-    if (renames++ == 0) return Messages{smb_script::Refusal(request, 1, 183)};
+    if (renames++ == 0) return Messages{Refusal(request, 1, 183)};
     Prune(node);
-    return Messages{smb_script::Reply(request)};
+    return Messages{Reply(request)};
   });
   Ask(node, {E::SCRequestRename}, [&](auto& command) { command.node2 = &share; });
   Wait();
@@ -210,7 +195,7 @@ TEST_F(SaidToServer, OnlyWhatChangesNothingIsSentAgain) {
 TEST_F(SaidToServer, ACloseThatIsThereIsSeenBeforeARequestGoesOut) {
   Connect();
   Replace(kMkdir, [&](const auto& request) -> Messages {
-    peer.Send(smb_script::Reply(request));
+    peer.Send(Reply(request));
     peer.HangUp();
     server.replaced.clear();  // and with it this function: nothing of it is touched behind this
     return {};

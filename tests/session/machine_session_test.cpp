@@ -14,21 +14,13 @@ class Commands : public MachineSessionTest {
       return false;
     };
   }
-  // The server keeps its answers to look-ups to itself until they are let go.
-  void HoldLookUps() {
-    Replace(kTrans2, [this](const auto& request) {
-      held.push_back(request);
-      return Messages{};
-    });
-  }
   void LookUp(const char* name) { Ask(Node(name), {E::SCRequestAttribs}); }
 
-  std::vector<smb_script::Request> held;
   std::vector<std::string> order;  // in which commands were completed
 };
 
 TEST_F(Commands, WhatTheyShareIsFetchedOnceAndEachIsAnsweredInItsTime) {
-  HoldLookUps();
+  Hold(kTrans2);
   for (const char* name : {"a", "b", "c"}) LookUp(name);
   LetPass(1000);
   EXPECT_THAT(Asked(), ElementsAre(kNegotiate, kSetup, kTree, kTree, kTrans2, kTrans2, kTrans2));
@@ -42,7 +34,7 @@ TEST_F(Commands, WhatTheyShareIsFetchedOnceAndEachIsAnsweredInItsTime) {
 
 // One that isn't answered costs nobody else anything, and the connection goes on.
 TEST_F(Commands, ATimeOutIsOneCommandsOwn) {
-  HoldLookUps();
+  Hold(kTrans2);
   LookUp("slow");
   LetPass(1000);
   server.replaced.clear();
@@ -58,7 +50,7 @@ TEST_F(Commands, ATimeOutIsOneCommandsOwn) {
 }
 
 TEST_F(Commands, WhoDiesTakesOnlyItsOwnExchangesAlong) {
-  HoldLookUps();
+  Hold(kTrans2);
   ZnSMBNFSCommand* early = Ask(Node("early"), {E::SCRequestAttribs});
   LookUp("a");
   delete early;  // it waits for the conversation

@@ -4,8 +4,6 @@
 
 #include "machine_session_fixture.h"
 
-using smb_script::Refusal;
-using smb_script::Request;
 using testing::Contains;
 using testing::Each;
 using testing::ElementsAre;
@@ -33,18 +31,6 @@ class OpenFiles : public MachineSessionTest {
     ended.clear();
   }
 
-  // The server keeps its answers to a request to itself until they are let go.
-  void Hold(int command) {
-    Replace(command, [this](const Request& request) {
-      held.push_back(request);
-      return Messages{};
-    });
-  }
-  void LetGo() {
-    server.replaced.clear();
-    for (const Request& request : std::exchange(held, {})) peer.Send(StandardSmbServer()(request).front());
-    LetPass(10);
-  }
   void AnswerLast() {
     peer.Send(StandardSmbServer()(held.back()).front());
     held.pop_back();
@@ -81,7 +67,6 @@ class OpenFiles : public MachineSessionTest {
   }
   ZnSMBNFSCommand* SetSize(ZnSMBNFSNode* node, uint32_t size) { return WriteAt(node, size, ""); }
 
-  std::vector<Request> held;
   size_t seen = 0;
 };
 
@@ -116,6 +101,9 @@ TEST_F(OpenFiles, AFileThatIsOpenForLessIsOpenedForBothWhenItsTransfersAreOver) 
   Wait();
   EXPECT_THAT(Asked(), testing::UnorderedElementsAre(kClose, kOpen, kWrite, kRead));
   EXPECT_TRUE(node->file->readable && node->file->writable);
+  const auto open =
+      std::find_if(peer.requests.rbegin(), peer.requests.rend(), [](auto& r) { return r.command == kOpen; });
+  EXPECT_EQ(open->Word(3) & 0x73u, 0x22u) << "read and write, others mustn't write";
   EXPECT_THAT(ended, ElementsAre(0, 0, 0));
 }
 
@@ -320,7 +308,7 @@ TEST_F(OpenFiles, AFileUnderTransferIsLeftAloneUntilThatIsOver) {
 
 // What one learns of the server by its refusal is no reason for the other, which was on its way already, to fail.
 TEST_F(OpenFiles, RenamesThatMeetAnUnknownMoveTogetherAllFindTheOtherWay) {
-  Replace(kMove, [](const Request& request) { return Messages{Refusal(request, 2, 22)}; });
+  Replace(kMove, Refuse(2, 22));
   for (const char* name : {"a", "b", "c"}) {
     Ask(Node(name), {E::SCRequestRename}, [&](auto& command) { command.node2 = Node("directory"); });
   }
@@ -396,7 +384,7 @@ TEST_F(OpenFiles, IdleFilesAreClosedAndAFailureHarmsNobody) {
   session->CleanUp();
   EXPECT_THAT(AskedSoFar(), IsEmpty());
   LetPass(2000);
-  Replace(kClose, [](const Request& request) { return Messages{Refusal(request, 1, kDiskFull)}; });
+  Replace(kClose, Refuse(1, kDiskFull));
   Ask(node, {E::SCRequestAttribs});
   session->CleanUp();
   Wait();

@@ -5,10 +5,6 @@
 namespace {
 
 using namespace std::string_literals;
-using smb_script::Refusal;
-using smb_script::Reply;
-using smb_script::Request;
-using smb_script::U16;
 using testing::ElementsAre;
 using testing::IsEmpty;
 

@@ -9,9 +9,6 @@
 namespace {
 
 using namespace std::chrono_literals;
-using smb_script::Reply;
-using smb_script::Request;
-using smb_script::U16;
 using testing::ElementsAre;
 using testing::IsEmpty;
 using Strings = std::vector<std::string>;

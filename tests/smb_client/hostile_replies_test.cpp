@@ -5,15 +5,13 @@
 
 namespace {
 
-using smb_script::U16;
-
 class HostileReplies : public OperationsTest, public testing::WithParamInterface<int> {
  protected:
   void SetUp() override {
     server.dialect = static_cast<unsigned>(GetParam());
     server.capabilities = kAll;
     server.entriesARound = 2;
-    peer.script = [this](const smb_script::Request& request) {
+    peer.script = [this](const Request& request) {
       auto messages = server(request);
       for (auto& message : messages) {
         if (replies.size() == target) change(message);

@@ -5,11 +5,6 @@
 namespace {
 
 using namespace std::string_literals;
-using smb_script::Refusal;
-using smb_script::Reply;
-using smb_script::Request;
-using smb_script::U16;
-using smb_script::U32;
 using testing::ElementsAre;
 
 class Opens : public OperationsTest {
@@ -100,7 +95,7 @@ TEST_F(Opens, ADiskIsAskedForInTheWayThatTheServerKnows) {
       server.dialect = dialect;
       Again();
       Asked();
-      if (refused) Replace(kTrans2, [](const Request& request) { return Messages{Refusal(request, 1, 124)}; });
+      if (refused) Replace(kTrans2, Refuse(1, 124));
       ZnSMBDiskSpace space;
       EXPECT_EQ(ReasonOf([&](const ZnSmbDone& done) { return client->GetDiskSpace(1, tree, &space, done); }),
                 Values::ErrNone);

@@ -18,7 +18,6 @@ enum SmbCommand {
   kSetAttributes = 0x09,
   kRead = 0x0A,
   kWrite = 0x0B,
-  kTransaction = 0x25,
   kMove = 0x2A,
   kOpen = 0x2D,
   kReadX = 0x2E,
@@ -33,6 +32,14 @@ enum SmbCommand {
   kNtCreate = 0xA2,
 };
 
+using smb_script::DirEntry;
+using smb_script::Refusal;
+using smb_script::Reply;
+using smb_script::Request;
+using smb_script::TransReply;
+using smb_script::U16;
+using smb_script::U32;
+using smb_script::U64;
 using Messages = std::vector<std::string>;
 
 class ScriptedServerTest : public testing::Test {
@@ -40,7 +47,7 @@ class ScriptedServerTest : public testing::Test {
   using Script = ScriptedSmbPeer::Script;
 
   ScriptedServerTest() {
-    peer.script = [this](const smb_script::Request& request) -> Messages {
+    peer.script = [this](const Request& request) -> Messages {
       if (request.command != hangupcommand_ || hangups_ == 0) return server(request);
       hangups_--;
       peer.HangUp();
@@ -50,7 +57,23 @@ class ScriptedServerTest : public testing::Test {
 
   // Answers a command in this way from now on.
   void Replace(int command, Script script) { server.replaced[command] = std::move(script); }
-  static Messages Silence(const smb_script::Request&) { return {}; }
+  static Script Refuse(unsigned errorClass, unsigned code) {
+    return [=](const Request& request) { return Messages{Refusal(request, errorClass, code)}; };
+  }
+  // The server keeps its answers to a command to itself until the test gives them.
+  void Hold(int command) {
+    Replace(command, [this](const Request& request) {
+      held.push_back(request);
+      return Messages();
+    });
+  }
+  // Gives them all, as a server that behaves, and holds no more.
+  void LetGo() {
+    server.replaced.clear();
+    for (const Request& request : std::exchange(held, {})) peer.Send(server(request).front());
+    LetPass(10);
+  }
+  static Messages Silence(const Request&) { return {}; }
   // The server ends the connection instead of answering, `times` times.
   void HangUpOn(int command, int times) {
     hangupcommand_ = command;
@@ -63,15 +86,14 @@ class ScriptedServerTest : public testing::Test {
     return commands;
   }
   // The last request, or one that many before it.
-  const smb_script::Request& Last(size_t before = 0) const {
-    return peer.requests.at(peer.requests.size() - 1 - before);
-  }
+  const Request& Last(size_t before = 0) const { return peer.requests.at(peer.requests.size() - 1 - before); }
   // Lets the loop do what there is to do for some virtual milliseconds.
   void LetPass(uint32_t milliseconds) { loop.LetPass(milliseconds); }
 
   VirtualLoop loop;
   StandardSmbServer server;
   ScriptedSmbPeer peer{&loop};
+  std::vector<Request> held;
 
  private:
   int hangupcommand_ = -1;

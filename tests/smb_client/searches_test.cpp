@@ -5,13 +5,6 @@
 namespace {
 
 using namespace std::string_literals;
-using smb_script::DirEntry;
-using smb_script::Refusal;
-using smb_script::Reply;
-using smb_script::Request;
-using smb_script::TransReply;
-using smb_script::U16;
-using smb_script::U32;
 
 class Searches : public OperationsTest {
  protected:
@@ -22,6 +15,11 @@ class Searches : public OperationsTest {
     Replace(kTrans2, answer);
     listed.Flush();
     return ReasonOf(Listing());
+  }
+  // One entry of search 0x55, and there are more.
+  static Messages More(const Request& request) {
+    const std::string first = request.Word(14) == 1 ? U16(0x55) : "";
+    return {TransReply(request, first + U16(1) + U16(0) + U16(0) + U16(0), DirEntry("x", 1, 100))};
   }
 };
 
@@ -127,15 +125,8 @@ TEST_F(Searches, EndlessListingsEndAtAMillion) {
 
 // A search that stays open costs the server one of few.
 TEST_F(Searches, AreClosedWhenTheirListingEndsEarly) {
-  const Script more = [](const Request& request) {
-    const std::string first = request.Word(14) == 1 ? U16(0x55) : "";
-    return Messages{TransReply(request, first + U16(1) + U16(0) + U16(0) + U16(0), DirEntry("x", 1, 100))};
-  };
   const auto next = [&](const Script& script) -> Script {
-    return [=](const Request& request) { return request.Word(14) == 1 ? more(request) : script(request); };
-  };
-  const auto refuse = [](unsigned code) -> Script {
-    return [=](const Request& request) { return Messages{Refusal(request, 1, code)}; };
+    return [=](const Request& request) { return request.Word(14) == 1 ? More(request) : script(request); };
   };
   const struct {
     const char* what;
@@ -144,11 +135,11 @@ TEST_F(Searches, AreClosedWhenTheirListingEndsEarly) {
     bool closes = true;
     bool took = true;
   } cases[] = {
-      {"nobody takes the entries", more, Values::ErrInternal, true, false},
-      {"refused", next(refuse(5)), Values::ErrSMB},
-      {"no more", next(refuse(18)), Values::ErrNone, false},
-      {"not even one", refuse(18), Values::ErrNone, false},
-      {"refused at first", refuse(5), Values::ErrSMB, false},
+      {"nobody takes the entries", More, Values::ErrInternal, true, false},
+      {"refused", next(Refuse(1, 5)), Values::ErrSMB},
+      {"no more", next(Refuse(1, 18)), Values::ErrNone, false},
+      {"not even one", Refuse(1, 18), Values::ErrNone, false},
+      {"refused at first", Refuse(1, 5), Values::ErrSMB, false},
       {"garbage", next(Piece(U16(1) + U16(0) + U32(0), "garbage", 7)), Values::ErrRead},
       {"nothing in it", next(Piece(std::string(8, '\0'), "", 0)), Values::ErrNone},
       {"the end", next(Piece(U16(0) + U16(1) + U32(0), "", 0)), Values::ErrNone, false},
@@ -166,30 +157,26 @@ TEST_F(Searches, AreClosedWhenTheirListingEndsEarly) {
 }
 
 TEST_F(Searches, AreClosedWhenNobodyWaitsAnyLonger) {
-  const Script more = [](const Request& request) {
-    const std::string first = request.Word(14) == 1 ? U16(0x55) : "";
-    return Messages{TransReply(request, first + U16(1) + U16(0) + U16(0) + U16(0), DirEntry("x", 1, 100))};
-  };
   for (const size_t rounds : {0U, 1U, 3U}) {
     for (const bool inside : {false, true}) {
       SCOPED_TRACE(rounds);
-      Replace(kTrans2, more);
-      std::optional<Request> held;
+      Replace(kTrans2, More);
+      std::optional<Request> kept;
       size_t taken = 0;
       ZnSmbCall call;
       call = Listing([&] {
         taken++;
         if (taken < rounds) return true;
         if (inside) call.reset();
-        Replace(kTrans2, [&](const Request& request) { return held = request, Messages(); });
+        Replace(kTrans2, [&](const Request& request) { return kept = request, Messages(); });
         return true;
       })([](const ZnSmbOutcome&) { FAIL() << "withdrawn"; });
-      if (rounds == 0) Replace(kTrans2, [&](const Request& request) { return held = request, Messages(); });
+      if (rounds == 0) Replace(kTrans2, [&](const Request& request) { return kept = request, Messages(); });
       LetPass(5);
       call.reset();
       listed.Flush();
-      if (held) {
-        for (const auto& message : more(*held)) peer.Send(message);
+      if (kept) {
+        for (const auto& message : More(*kept)) peer.Send(message);
       }
       LetPass(5);
       EXPECT_EQ(Last().command, kFindClose);

@@ -5,12 +5,6 @@
 namespace {
 
 using namespace std::string_literals;
-using smb_script::Refusal;
-using smb_script::Reply;
-using smb_script::Request;
-using smb_script::U16;
-using smb_script::U32;
-using smb_script::U64;
 using testing::Each;
 using testing::IsEmpty;
 
@@ -31,13 +25,6 @@ class Transfers : public OperationsTest {
     Connect();
     Asked();
   }
-  // Keeps requests of this command until they are answered.
-  void Hold(int command) {
-    Replace(command, [this](const Request& request) {
-      held.push_back(request);
-      return Messages();
-    });
-  }
   // Answers the one held longest, or another, as the server does or in this way.
   void Answer(size_t index = 0, const Script& script = nullptr) {
     const Request request = held.at(index);
@@ -47,9 +34,6 @@ class Transfers : public OperationsTest {
     server.replaced.insert_or_assign(request.command, hold.mapped());
     LetPass(5);
   }
-  static Script Refuse(unsigned errorClass, unsigned code) {
-    return [=](const Request& request) { return Messages{Refusal(request, errorClass, code)}; };
-  }
   // Begins an operation whose end goes to `ended`.
   void Start(const Begin& begin) {
     ended.reset();
@@ -57,7 +41,6 @@ class Transfers : public OperationsTest {
     LetPass(5);
   }
 
-  std::vector<Request> held;
   ZnSmbCall call;
   std::optional<ZnSmbOutcome> ended;
 };
