@@ -3,7 +3,6 @@
 #include <gtest/gtest.h>
 
 #include "netbios/fred.h"
-#include "netbios/nbt_datagram.h"
 #include "netbios/nbt_ns_datagram.h"
 #include "support/read_exactly.h"
 
