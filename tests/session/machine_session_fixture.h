@@ -40,7 +40,10 @@ class MachineSessionTest : public ScriptedServerTest, public ZnSMBNFSSessionHost
     config.encoding = ZnCodeset::Utf8;
     MakeSession();
   }
-  ~MachineSessionTest() override { machine.session.reset(); }
+  ~MachineSessionTest() override {
+    while (!calls.empty()) delete calls.back().command;  // which nobody waited for
+    machine.session.reset();
+  }
 
   void MakeSession() {
     auto made = std::make_unique<ZnMachineSession>(&machine, this, config);

@@ -49,6 +49,30 @@ TEST_F(Commands, ATimeOutIsOneCommandsOwn) {
   EXPECT_THAT(told->lines[0], HasSubstr("slow: looking up: The remote server took too long"));
 }
 
+TEST_F(Commands, TransfersOfOneUserHoldNobodyElseUpByMoreThanOneExchange) {
+  server.maxMpx = 2;
+  server.maxBuffer = 16644;
+  ZnSMBNFSNode* node = Node("large");
+  Read(node);
+  Replace(kRead, [this](const auto& request) {
+    held.push_back(request);
+    return Messages{};
+  });
+  for (uint32_t i = 0; i < 16; i++) {
+    Ask(node, {E::SCRequestRead}, [i](auto& command) { command.offset = 8192 * i, command.uid = 1; });
+  }
+  LetPass(100);
+  EXPECT_EQ(held.size(), 2u);
+  Asked();
+  Ask(Node("small"), {E::SCRequestAttribs}, [](auto& command) { command.uid = 2; });
+  for (size_t i = 0; i < 2; i++) {
+    peer.Send(StandardSmbServer()(held.at(i)).front());
+    LetPass(100);
+  }
+  const std::vector<int> asked = Asked();
+  EXPECT_LE(std::find(asked.begin(), asked.end(), kTrans2) - asked.begin(), 1);
+}
+
 TEST_F(Commands, WhoDiesTakesOnlyItsOwnExchangesAlong) {
   Hold(kTrans2);
   ZnSMBNFSCommand* early = Ask(Node("early"), {E::SCRequestAttribs});
