@@ -4,8 +4,6 @@
 #include <nettle/md4.h>
 #include <nettle/md5.h>
 
-#include "crypto/wipe.h"
-
 namespace {
 
 // `update` and `digest` are those of the context's kind.
@@ -19,10 +17,9 @@ ZnDigest Digest(Context& context, Update update, Finish finish, ZnPieces pieces)
 
 }  // namespace
 
-ZnByteBuffer ZnSecretOf(ZnDigest digest) {
+ZnByteBuffer ZnSecretOf(const ZnDigest& digest) {
   ZnByteBuffer secret(digest.data(), digest.size());
   secret.MarkSecret();
-  ZnWipe(digest);
   return secret;
 }
 

@@ -5,14 +5,21 @@
 #include <initializer_list>
 #include <span>
 
+#include "crypto/wipe.h"
 #include "runtime/byte_buffer.h"
 
-using ZnDigest = std::array<uint8_t, 16>;
+// Wiped when it goes: some are keys, or prove one.
+struct ZnDigest : std::array<uint8_t, 16> {
+  ZnDigest() = default;
+  ZnDigest(const ZnDigest&) = default;
+  ZnDigest& operator=(const ZnDigest&) = default;
+  ~ZnDigest() { ZnWipe(static_cast<std::array<uint8_t, 16>&>(*this)); }
+};
 using ZnPieces = std::initializer_list<std::span<const uint8_t>>;
 
 inline std::span<const uint8_t> ZnBytesOf(const ZnByteBuffer& buffer) { return {buffer.Data(), buffer.Length()}; }
 // A digest that is a key, or makes one.
-ZnByteBuffer ZnSecretOf(ZnDigest digest);
+ZnByteBuffer ZnSecretOf(const ZnDigest& digest);
 
 ZnDigest ZnMd4(ZnPieces pieces);                               // RFC 1320
 ZnDigest ZnMd5(ZnPieces pieces);                               // RFC 1321
