@@ -2,6 +2,7 @@
 
 #include "config/smbnfs_config.h"
 #include "model/age.h"
+#include "model/directory_index.h"
 #include "model/log_catalogue.h"
 #include "model/name_mapping.h"
 #include "tree/file_system.h"
@@ -160,6 +161,7 @@ ZnSMBNFSChild* ZnSMBNFSFileSystem::Show(const Listed& listed, ZnSMBNFSChild* chi
     UpdateKnown(child->node, listed.file, look);
     return child;
   }
+  directory->index.reset();  // made anew when it is asked for: much more may come
   AddNode(directory, listed.file, path)->stored = listed.stored;
   return directory->children.Find(listed.file.path);
 }
@@ -200,6 +202,7 @@ void ZnSMBNFSFileSystem::CBUpdateDirList(ZnSMBNFSCommand* command) {
   }
   if (failed || !GetTree(node.Get())) return RefreshFailed(command);
   if (listing.held < node->children.Count() || !listing.waiting.empty()) {
+    node->index.reset();  // much may go
     return ZnSweep::Begin(*this, loop_, command, ZnSweep::What::NotListed);
   }
   ListingEnds(command);
